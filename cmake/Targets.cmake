@@ -1,0 +1,21 @@
+# SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+# SPDX-License-Identifier: BSD-3-Clause
+
+# What all targets of this project share.
+
+# The language level, the warnings and the Qt habits of our own code.
+function(tarnvel_set_up_target target)
+    set_target_properties(${target} PROPERTIES
+        CXX_STANDARD 17
+        CXX_STANDARD_REQUIRED ON
+        CXX_EXTENSIONS OFF)
+    target_compile_options(${target} PRIVATE
+        -Wall -Wextra -Wpedantic
+        $<$<BOOL:${TARNVEL_MANAGED_CONFIGURATION_WERROR}>:-Werror>)
+    target_compile_definitions(${target} PRIVATE
+        QT_NO_KEYWORDS
+        QT_NO_CAST_FROM_BYTEARRAY
+        QT_NO_CAST_TO_ASCII
+        QT_NO_NARROWING_CONVERSIONS_IN_CONNECT
+        QT_NO_URL_CAST_FROM_STRING)
+endfunction()

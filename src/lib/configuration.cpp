@@ -1,0 +1,210 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "configuration.h"
+#include "configuration_p.h"
+
+#include <QtCore/QDebug>
+#include <QtCore/QStringList>
+
+#include "xpath.h"
+
+#include <algorithm>
+#include <array>
+#include <utility>
+
+namespace Tarnvel::Application::ManagedConfiguration {
+
+namespace {
+
+template<typename List, typename Type>
+bool contains(const List &list, Type type)
+{
+    return std::find(list.begin(), list.end(), type) != list.end();
+}
+
+bool isSupportedListType(const QVariant &value)
+{
+    static const std::array<int, 3> listTypes {
+        qMetaTypeId<QList<int>>(), qMetaTypeId<QList<bool>>(), qMetaTypeId<QList<QString>>()};
+
+    return value.type() == QVariant::StringList || contains(listTypes, value.userType());
+}
+
+bool isConfiguration(const QVariant &value)
+{
+    return value.userType() == qMetaTypeId<Configuration>();
+}
+
+bool stepToItem(QVariant &current, int index, const QString &xpath)
+{
+    if (!isSupportedListType(current)) {
+        qWarning().nospace() << "Error when getting a value from configuration by the " << xpath
+                             << " xpath. The current value to be processed does not support an "
+                                "access by index (index="
+                             << index << ")";
+        return false;
+    }
+    const auto items = current.value<QVariantList>();
+    const QVariant item = items.value(index);
+    if (!item.isValid()) {
+        qWarning() << "Error when getting a value from configuration by the" << xpath
+                   << "xpath. The current sequence to be processed does not contain enough items "
+                      "to access item at index"
+                   << index;
+        return false;
+    }
+    current = item;
+    return true;
+}
+
+bool stepToValue(QVariant &current, const QString &key, const QString &xpath)
+{
+    if (!isConfiguration(current)) {
+        qWarning().nospace() << "Error when getting a value from configuration by the " << xpath
+                             << " xpath. The current value to be processed does not support an "
+                                "access by key (key="
+                             << key << ")";
+        return false;
+    }
+    const Configuration configuration = Configuration::fromVariant(current);
+    if (!configuration.containsKey(key)) {
+        qWarning() << "Error when getting a value from configuration by the" << xpath
+                   << "xpath. The current value to be processed does not contain the" << key
+                   << "key";
+        return false;
+    }
+    current = configuration.get(key);
+    return true;
+}
+
+bool step(QVariant &current, const XpathAccess &access, const QString &xpath)
+{
+    switch (access.type()) {
+    case XpathAccess::Index:
+        return stepToItem(current, access.toIndex(), xpath);
+    case XpathAccess::Key:
+        return stepToValue(current, access.toKey(), xpath);
+    }
+    Q_UNREACHABLE();
+}
+
+} // namespace
+
+ConfigurationPrivate::ConfigurationPrivate(QMap<QString, QVariant> map) : m_entries(std::move(map))
+{
+}
+
+ConfigurationPrivate::ConfigurationPrivate(const ConfigurationPrivate &other) = default;
+
+bool ConfigurationPrivate::containsKey(const QString &key) const
+{
+    return m_entries.contains(key);
+}
+
+bool ConfigurationPrivate::isEmpty() const
+{
+    return m_entries.isEmpty();
+}
+
+QVariant ConfigurationPrivate::get(const QString &key) const
+{
+    return m_entries.value(key);
+}
+
+bool ConfigurationPrivate::set(const QString &key, const QVariant &value)
+{
+    static const std::array<QVariant::Type, 3> scalarTypes {QVariant::Int, QVariant::Bool,
+                                                            QVariant::String};
+
+    if (!contains(scalarTypes, value.type()) && !isSupportedListType(value)
+        && !isConfiguration(value))
+        return false;
+    m_entries.insert(key, value);
+    return true;
+}
+
+QMap<QString, QVariant> ConfigurationPrivate::data(const Configuration &configuration)
+{
+    Q_ASSERT_X(configuration.d, "Configuration", "the configuration has been moved from");
+    return configuration.d->m_entries;
+}
+
+Configuration::Configuration() : d(new ConfigurationPrivate({})) { }
+
+Configuration::Configuration(ConfigurationPrivate *d) : d(d) { }
+
+Configuration::Configuration(const Configuration &other)
+    : d(new ConfigurationPrivate(ConfigurationPrivate::data(other)))
+{
+}
+
+Configuration::Configuration(Configuration &&other) noexcept : d(other.d.take()) { }
+
+Configuration &Configuration::operator=(const Configuration &other)
+{
+    if (this != &other)
+        d.reset(new ConfigurationPrivate(ConfigurationPrivate::data(other)));
+    return *this;
+}
+
+Configuration &Configuration::operator=(Configuration &&other) noexcept
+{
+    d.swap(other.d);
+    return *this;
+}
+
+Configuration::~Configuration() = default;
+
+bool Configuration::containsKey(const QString &key) const
+{
+    return d->containsKey(key);
+}
+
+bool Configuration::isEmpty() const
+{
+    return d->isEmpty();
+}
+
+QVariant Configuration::get(const QString &key) const
+{
+    return d->get(key);
+}
+
+bool Configuration::set(const QString &key, const QVariant &value)
+{
+    return d->set(key, value);
+}
+
+QVariant Configuration::getByXpath(const QString &xpath) const
+{
+    const Xpath path(xpath);
+    if (!path.isValid()) {
+        qWarning().nospace() << "Attempt to use a non-valid xpath to get a value from the "
+                                "configuration (xpath="
+                             << path.toString() << ")";
+        return {};
+    }
+
+    QVariant current = QVariant::fromValue(*this);
+    for (const XpathAccess &access : path.accesses()) {
+        if (!step(current, access, path.toString()))
+            return {};
+    }
+    return current;
+}
+
+Configuration Configuration::fromVariant(const QVariant &variant)
+{
+    const int type = qMetaTypeId<Configuration>();
+    if (!variant.canConvert(type))
+        return {};
+    return variant.value<Configuration>();
+}
+
+bool Configuration::operator==(const Configuration &other) const
+{
+    return ConfigurationPrivate::data(*this) == ConfigurationPrivate::data(other);
+}
+
+} // namespace Tarnvel::Application::ManagedConfiguration

@@ -1,0 +1,70 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#pragma once
+
+#include <QtDBus/QDBusAbstractInterface>
+#include <QtDBus/QDBusArgument>
+
+#include "configuration.h"
+#include "error.h"
+#include "global.h"
+
+#include <functional>
+
+namespace Tarnvel::Application::ManagedConfiguration {
+
+class ConfigurationManager;
+
+/*!
+ * \brief Writes \a configuration as one dictionary of signature a{sv}.
+ *
+ * Nested configurations are written the same way, to any depth.
+ */
+TARNVEL_MANAGED_CONFIGURATION_EXPORT QDBusArgument &operator<<(QDBusArgument &argument,
+                                                               const Configuration &configuration);
+
+/*!
+ * \brief Adds the entries of a dictionary of signature a{sv} to \a configuration.
+ *
+ * Nested dictionaries become nested configurations, arrays become typed lists. Entries that a
+ * Configuration does not store are left out; a warning tells of arrays that do not fit.
+ */
+TARNVEL_MANAGED_CONFIGURATION_EXPORT const QDBusArgument &operator>>(const QDBusArgument &argument,
+                                                                     Configuration &configuration);
+
+/*!
+ * \brief The D-Bus side of a ConfigurationManager: its requests and its subscription.
+ *
+ * The watchers of all calls are its children, so that none outlives it.
+ */
+class TARNVEL_MANAGED_CONFIGURATION_EXPORT ConfigurationManagerPrivate
+    : public QDBusAbstractInterface
+{
+    Q_OBJECT
+
+public:
+    /*! \brief Opens the interface for \a manager, on which changes will be announced. */
+    explicit ConfigurationManagerPrivate(ConfigurationManager *manager);
+
+    /*! \brief As ConfigurationManager::getConfiguration(). */
+    void getConfiguration(const std::function<void(const Configuration &configuration,
+                                                   const Error &error)> &callback);
+
+    /*! \brief As ConfigurationManager::changeConfiguration(). */
+    void changeConfiguration(const Configuration &configuration,
+                             const std::function<void(const Error &error)> &callback);
+
+public Q_SLOTS:
+    /*!
+     * \brief Reads the configuration again and announces it on the manager.
+     *
+     * The watcher of this re-read is kept until this object is destroyed.
+     */
+    void onConfigurationChanged();
+
+private:
+    ConfigurationManager *m_manager;
+};
+
+} // namespace Tarnvel::Application::ManagedConfiguration
