@@ -176,7 +176,7 @@ void ConfigurationManagerPrivate::getConfiguration(
     const std::function<void(const Configuration &, const Error &)> &callback)
 {
     watchOnce(asyncCall(QStringLiteral("GetConfiguration")), this,
-              [callback](const QDBusPendingReply<Configuration> &reply) {
+              [callback = callback](const QDBusPendingReply<Configuration> &reply) {
                   if (reply.isValid())
                       callback(reply.value(), Error(Error::NoError, QString()));
                   else
@@ -188,7 +188,7 @@ void ConfigurationManagerPrivate::changeConfiguration(
     const Configuration &configuration, const std::function<void(const Error &)> &callback)
 {
     watchOnce(asyncCall(QStringLiteral("ChangeConfiguration"), QVariant::fromValue(configuration)),
-              this, [callback](const QDBusPendingReply<> &reply) {
+              this, [callback = callback](const QDBusPendingReply<> &reply) {
                   if (reply.isValid())
                       callback(Error(Error::NoError, QString()));
                   else
