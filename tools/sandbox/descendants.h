@@ -1,0 +1,25 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#pragma once
+
+namespace Tarnvel::Sandbox {
+
+/*!
+ * \brief Ends, with this process's help, whatever processes its children leave behind.
+ *
+ * While it lives, a process whose parent ends becomes a child of this process.
+ */
+class Descendants
+{
+public:
+    Descendants();
+
+    /*! \brief Kills all children, and the children that come to this process by that. */
+    ~Descendants();
+
+    Descendants(const Descendants &) = delete;
+    Descendants &operator=(const Descendants &) = delete;
+};
+
+} // namespace Tarnvel::Sandbox

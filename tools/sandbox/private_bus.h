@@ -1,0 +1,62 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#pragma once
+
+#include <QtCore/QProcess>
+#include <QtCore/QString>
+#include <QtCore/QTemporaryDir>
+
+namespace Tarnvel::Sandbox {
+
+/*!
+ * \brief A D-Bus daemon of type system that nobody else uses.
+ *
+ * It has the default limits of a system bus and activates no services. Its socket lies in a
+ * directory that only the present user can enter. The daemon dies with this process, however this
+ * process ends.
+ */
+class PrivateBus
+{
+public:
+    PrivateBus() = default;
+
+    /*! \brief Stops the daemon. */
+    ~PrivateBus();
+
+    PrivateBus(const PrivateBus &) = delete;
+    PrivateBus &operator=(const PrivateBus &) = delete;
+
+    /*!
+     * \brief Starts the daemon and waits, for at most ten seconds, until it accepts connections.
+     *
+     * False if it does not come up; errorString() then says why. A daemon that has been stopped may
+     * be started again, at the same address.
+     */
+    bool start();
+
+    /*! \brief Kills the daemon, as in a crash, and waits until it is gone. */
+    void stop();
+
+    /*! \brief The address to connect to; fixed for the life of this object. */
+    QString address() const;
+
+    /*! \brief What went wrong in start(). */
+    QString errorString() const;
+
+private:
+    class Daemon : public QProcess
+    {
+    protected:
+        void setupChildProcess() override;
+    };
+
+    bool writeConfiguration(const QString &fileName);
+    bool waitForAddress();
+
+    QTemporaryDir m_directory;
+    Daemon m_daemon;
+    QString m_errorString;
+};
+
+} // namespace Tarnvel::Sandbox
