@@ -1,0 +1,110 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "answers.h"
+#include "bus_fixture.h"
+#include "configuration_manager.h"
+#include "description.h"
+#include "message_log.h"
+
+#include <QtCore/QDate>
+#include <QtDBus/QDBusArgument>
+#include <QtDBus/QDBusVariant>
+#include <QtTest/QTest>
+
+#include <dlfcn.h>
+
+using namespace Tarnvel::Application::ManagedConfiguration;
+using namespace Tarnvel::Testing;
+
+namespace {
+
+/*! What the bus layer hands over, in place of the elements that it has read. */
+QVariantList replacements;
+
+} // namespace
+
+// The library reads the elements of an array through this function, and this definition comes
+// before the bus layer's own. Only so can an array have elements of several kinds: on the bus all
+// are of one.
+QVariant QDBusArgument::asVariant() const
+{
+    using AsVariant = QVariant (*)(const QDBusArgument *);
+    static const auto original = reinterpret_cast<AsVariant>(
+        dlsym(RTLD_NEXT, "_ZNK13QDBusArgument9asVariantEv"));
+    const QVariant element = original(this);
+    return replacements.isEmpty() ? element : replacements.takeFirst();
+}
+
+class MixedArrayElementsTest : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit MixedArrayElementsTest(BusFixture &fixture) : m_service(fixture.service) { }
+
+private Q_SLOTS:
+    void theFirstElementDecidesTheKindOfTheList_data();
+    void theFirstElementDecidesTheKindOfTheList();
+
+private:
+    FakeService &m_service;
+    ConfigurationManager m_manager;
+};
+
+void MixedArrayElementsTest::theFirstElementDecidesTheKindOfTheList_data()
+{
+    QTest::addColumn<QVariantList>("elements");
+    QTest::addColumn<QString>("stored");
+    QTest::addColumn<QStringList>("warnings");
+
+    const auto row = [](const char *name, const QVariantList &elements, const QString &stored,
+                        const QStringList &warnings = {}) {
+        QTest::newRow(name) << elements << stored << warnings;
+    };
+    const auto unexpected = [](const char *type) {
+        return QStringLiteral("Array element has unexpected type:  ") + QLatin1String(type);
+    };
+    const QVariant userType = QVariant::fromValue(QDBusVariant(1));
+    const char *const userTypeName = QVariant::typeToName(QVariant::UserType);
+
+    row("int, then what converts", {1, 2.6, true, "3", qlonglong(4)}, "QList<int> [1, 3, 1, 3, 4]");
+    row("int, then a conversion that fails", {1, "x", 2}, "QList<int> [1, 0, 2]");
+    row("int, then what cannot convert", {1, userType, QDate(2020, 1, 1), 2}, "QList<int> [1, 2]",
+        {unexpected(userTypeName), unexpected("QDate")});
+    row("bool, then what converts", {true, 0, "false", "x"},
+        "QList<bool> [true, false, false, true]");
+    row("bool, then what cannot convert", {false, QDate(2020, 1, 1)}, "QList<bool> [false]",
+        {unexpected("QDate")});
+    row("string", {"a", "", "b"}, "QList<QString> [\"a\", \"\", \"b\"]");
+    row("string, then what converts", {"a", 1, true, 2.5},
+        "QList<QString> [\"a\", \"1\", \"true\", \"2.5\"]");
+    row("string, then what cannot convert", {"a", userType, QVariantMap()},
+        "QList<QString> [\"a\"]", {unexpected(userTypeName), unexpected("QVariantMap")});
+    row("unsupported first, whatever follows", {2.5, 1, 2}, "invalid",
+        {QStringLiteral("Unsupported type for arrays:  double")});
+}
+
+void MixedArrayElementsTest::theFirstElementDecidesTheKindOfTheList()
+{
+    QFETCH(const QVariantList, elements);
+    QFETCH(const QString, stored);
+    QFETCH(const QStringList, warnings);
+
+    const QString original = QStringList(QVector<QString>(elements.count(), "0").toList())
+                                 .join(QLatin1Char(','));
+    m_service.answerWith(QStringLiteral("({'key': <[%1]>},)").arg(original));
+    replacements = elements;
+    MessageLog log;
+    Answers answers;
+    m_manager.getConfiguration(answers.forReading());
+    QVERIFY(answers.waitFor(1));
+
+    QVERIFY(replacements.isEmpty());
+    QCOMPARE(describe(answers.at(0).configuration.get("key")), stored);
+    QCOMPARE(log.take(), warnings);
+}
+
+TARNVEL_BUS_TEST_MAIN(MixedArrayElementsTest)
+
+#include "mixed_array_elements_test.moc"

@@ -1,0 +1,771 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include <QtCore/QDir>
+#include <QtCore/QFile>
+#include <QtCore/QProcess>
+#include <QtCore/QTemporaryDir>
+#include <QtTest/QTest>
+
+#include <csignal>
+#include <gio/gio.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+constexpr int timeoutMs = 20000;
+
+const QString viewerPath = QStringLiteral("/acme_2eviewer");
+const QString editorPath = QStringLiteral("/acme_2eeditor");
+const QString playerPath = QStringLiteral("/acme_2eplayer");
+
+QByteArray applicationOf(const QByteArray &name, const QByteArray &configuration,
+                         const QByteArray &locked = "[]")
+{
+    return R"({"organization": "acme", "application": ")" + name + R"(", "configuration": )"
+        + configuration + R"(, "locked": )" + locked + "}";
+}
+
+QByteArray worldOf(const QByteArrayList &applications)
+{
+    return R"({"applications": [)" + applications.join(", ") + "]}";
+}
+
+bool write(const QString &fileName, const QByteArray &text)
+{
+    QFile file(fileName);
+    return file.open(QIODevice::WriteOnly) && file.write(text) == text.size();
+}
+
+// A process that has ended and is not collected yet counts as gone.
+bool isRunning(const QByteArray &pid)
+{
+    QFile file(QStringLiteral("/proc/%1/stat").arg(QString::fromLatin1(pid)));
+    if (!file.open(QIODevice::ReadOnly))
+        return false;
+    const QByteArray line = file.readAll();
+    return !line.mid(line.lastIndexOf(')') + 2).startsWith('Z');
+}
+
+QByteArrayList childrenOf(qint64 pid)
+{
+    QFile file(QStringLiteral("/proc/%1/task/%1/children").arg(pid));
+    if (!file.open(QIODevice::ReadOnly))
+        return {};
+    return file.readAll().trimmed().split(' ');
+}
+
+// What a program on the bus sees that shares no code with the sandbox or the library.
+class Client
+{
+public:
+    ~Client()
+    {
+        if (!m_connection)
+            return;
+        g_dbus_connection_signal_unsubscribe(m_connection, m_subscription);
+        g_dbus_connection_close_sync(m_connection, nullptr, nullptr);
+        g_object_unref(m_connection);
+    }
+
+    bool open(const QString &address)
+    {
+        m_connection = g_dbus_connection_new_for_address_sync(
+            address.toUtf8().constData(),
+            static_cast<GDBusConnectionFlags>(G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT
+                                              | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION),
+            nullptr, nullptr, nullptr);
+        if (!m_connection)
+            return false;
+        m_subscription = g_dbus_connection_signal_subscribe(
+            m_connection, "org.brenvik.ManagedConfiguration",
+            "org.brenvik.ManagedConfiguration.Application1", nullptr, nullptr, nullptr,
+            G_DBUS_SIGNAL_FLAGS_NONE, receive, &m_signals, nullptr);
+        return true;
+    }
+
+    // The answer in GVariant's text form, or the error's name and message.
+    QString call(const QString &path, const char *method, const char *arguments = "()")
+    {
+        g_autoptr(GError) error = nullptr;
+        g_autoptr(GVariant) values = g_dbus_connection_call_sync(
+            m_connection, "org.brenvik.ManagedConfiguration", path.toUtf8().constData(),
+            "org.brenvik.ManagedConfiguration.Application1", method,
+            g_variant_new_parsed(arguments), nullptr, G_DBUS_CALL_FLAGS_NONE, timeoutMs, nullptr,
+            &error);
+        if (values) {
+            g_autofree gchar *text = g_variant_print(values, TRUE);
+            return QString::fromUtf8(text);
+        }
+        g_autofree gchar *name = g_dbus_error_get_remote_error(error);
+        g_dbus_error_strip_remote_error(error);
+        return QStringLiteral("%1: %2").arg(QString::fromUtf8(name),
+                                            QString::fromUtf8(error->message));
+    }
+
+    QString read(const QString &path = viewerPath)
+    {
+        return call(path, "GetConfiguration");
+    }
+
+    QString change(const char *arguments)
+    {
+        return call(viewerPath, "ChangeConfiguration", arguments);
+    }
+
+    QString name() const
+    {
+        return QString::fromUtf8(g_dbus_connection_get_unique_name(m_connection));
+    }
+
+    // The signals so far: "path member arguments".
+    const QStringList &signalsSeen() const
+    {
+        return m_signals;
+    }
+
+private:
+    static void receive(GDBusConnection *, const gchar *, const gchar *path, const gchar *,
+                        const gchar *member, GVariant *arguments, gpointer list)
+    {
+        g_autofree gchar *text = g_variant_print(arguments, TRUE);
+        static_cast<QStringList *>(list)->append(
+            QStringLiteral("%1 %2 %3")
+                .arg(QString::fromUtf8(path), QString::fromUtf8(member), QString::fromUtf8(text)));
+    }
+
+    GDBusConnection *m_connection = nullptr;
+    guint m_subscription = 0;
+    QStringList m_signals;
+};
+
+QString changed(const QString &path)
+{
+    return path + QStringLiteral(" ConfigurationChanged ()");
+}
+
+} // namespace
+
+class SandboxTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void init();
+    void cleanup();
+
+    void theExitStatusIsThatOfTheCommand_data();
+    void theExitStatusIsThatOfTheCommand();
+    void aMistakeOfUseIsNamed_data();
+    void aMistakeOfUseIsNamed();
+    void helpAndVersionAreShown();
+    void theCommandGetsItsWordsItsChannelsAndItsEnvironment();
+    void theCommandFindsTheServiceRunning();
+    void theBusIsOutOfOthersReach();
+    void anotherShellCanUseThePrintedLine();
+    void theTemporaryDirectoryMayHaveAnyName();
+
+    void everyKindOfValueIsServed();
+    void anUnknownApplicationIsRefused_data();
+    void anUnknownApplicationIsRefused();
+    void aMalformedCallIsRefused_data();
+    void aMalformedCallIsRefused();
+    void aChangeIsMergedByTopLevelKey();
+    void aChangeThatAltersNothingIsNotAnnounced();
+    void aLockedSettingStaysAndWithItAllOthers_data();
+    void aLockedSettingStaysAndWithItAllOthers();
+    void aLockedSettingMayBeSentAsItIs();
+    void everyEventIsPrinted();
+
+    void aNewWorldIsPushedToThoseWhomItConcerns_data();
+    void aNewWorldIsPushedToThoseWhomItConcerns();
+    void aNewWorldReplacesWhatTheApplicationChanged();
+    void locksComeAndGoWithTheFile();
+    void aBadWorldChangesNothing();
+    void aFileThatVanishesAndReturnsIsFollowed();
+
+    void aSignalReachesTheCommand_data();
+    void aSignalReachesTheCommand();
+    void aCommandThatIgnoresTheSignalIsKilled();
+    void nothingIsLeftBehind_data();
+    void nothingIsLeftBehind();
+    void theCommandDoesNotOutliveTheSandbox();
+
+private:
+    void start(const QStringList &arguments);
+    void finish();
+    void serve(const QByteArray &world);
+    QByteArray readLine();
+    QByteArrayList eventLines();
+
+    QScopedPointer<QTemporaryDir> m_directory;
+    QScopedPointer<QProcess> m_sandbox;
+    QScopedPointer<Client> m_client;
+    QString m_worldFile;
+    QString m_temporaryFiles;
+};
+
+void SandboxTest::init()
+{
+    m_directory.reset(new QTemporaryDir);
+    QVERIFY(m_directory->isValid());
+    m_worldFile = m_directory->filePath("world.json");
+    m_temporaryFiles = m_directory->filePath("tmp");
+    QVERIFY(QDir().mkdir(m_temporaryFiles));
+    m_client.reset(new Client);
+    m_sandbox.reset(new QProcess);
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert("TMPDIR", m_temporaryFiles);
+    environment.insert("QT_NO_GLIB", "1");
+    m_sandbox->setProcessEnvironment(environment);
+}
+
+void SandboxTest::cleanup()
+{
+    m_client.reset();
+    if (m_sandbox->state() != QProcess::NotRunning) {
+        m_sandbox->terminate();
+        QVERIFY(m_sandbox->waitForFinished(timeoutMs));
+    }
+}
+
+void SandboxTest::start(const QStringList &arguments)
+{
+    m_sandbox->start(SANDBOX, arguments);
+    QVERIFY2(m_sandbox->waitForStarted(timeoutMs), qPrintable(m_sandbox->errorString()));
+}
+
+void SandboxTest::finish()
+{
+    QVERIFY(m_sandbox->state() == QProcess::NotRunning || m_sandbox->waitForFinished(timeoutMs));
+    QCOMPARE(m_sandbox->exitStatus(), QProcess::NormalExit);
+}
+
+// Starts the sandbox without a command and connects the client to its bus.
+void SandboxTest::serve(const QByteArray &world)
+{
+    QVERIFY(write(m_worldFile, world));
+    start({"--world", m_worldFile});
+    const QByteArray line = readLine();
+    const QByteArray before = "export DBUS_SYSTEM_BUS_ADDRESS='";
+    QVERIFY2(line.startsWith(before) && line.endsWith('\''), line.constData());
+    const QByteArray address = line.mid(before.size(), line.size() - before.size() - 1);
+    QVERIFY(m_client->open(QString::fromUtf8(address)));
+}
+
+QByteArray SandboxTest::readLine()
+{
+    while (!m_sandbox->canReadLine()) {
+        if (!m_sandbox->waitForReadyRead(timeoutMs))
+            return "no line: " + m_sandbox->readAllStandardError();
+    }
+    return m_sandbox->readLine().chopped(1);
+}
+
+// All that a sandbox that runs no command has printed when it ended.
+QByteArrayList SandboxTest::eventLines()
+{
+    m_sandbox->terminate();
+    m_sandbox->waitForFinished(timeoutMs);
+    QByteArrayList lines = m_sandbox->readAllStandardError().split('\n');
+    lines.removeLast();
+    return lines;
+}
+
+void SandboxTest::theExitStatusIsThatOfTheCommand_data()
+{
+    QTest::addColumn<QString>("script");
+    QTest::addColumn<int>("status");
+
+    QTest::newRow("killed") << "kill -KILL $$" << 128 + SIGKILL;
+    QTest::newRow("terminated") << "kill -TERM $$" << 128 + SIGTERM;
+    QTest::newRow("success") << "exit 0" << 0;
+    QTest::newRow("failure") << "exit 3" << 3;
+    QTest::newRow("greatest status") << "exit 255" << 255;
+}
+
+void SandboxTest::theExitStatusIsThatOfTheCommand()
+{
+    QFETCH(QString, script);
+    start({"--", "sh", "-c", script});
+    finish();
+    QTEST(m_sandbox->exitCode(), "status");
+    QCOMPARE(m_sandbox->readAllStandardError(), QByteArray());
+}
+
+void SandboxTest::aMistakeOfUseIsNamed_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QString>("message");
+
+    QTest::newRow("unknown option")
+        << QStringList {"--wrld", "x"} << 2 << "Unknown option 'wrld'.\n";
+    QTest::newRow("no file") << QStringList {"--world"} << 2 << "Missing value after '--world'.\n";
+    QTest::newRow("empty name") << QStringList {"--world", ""} << 2
+                                << "\"--world\" needs the name of a file\n";
+    QTest::newRow("missing file") << QStringList {"--world", "/nowhere/w.json", "--", "true"} << 2
+                                  << "/nowhere/w.json: No such file or directory\n";
+    QTest::newRow("missing command") << QStringList {"--", "/nowhere/command"} << 127
+                                     << "/nowhere/command: execve: No such file or directory\n";
+}
+
+void SandboxTest::aMistakeOfUseIsNamed()
+{
+    QFETCH(QStringList, arguments);
+    QFETCH(QString, message);
+    start(arguments);
+    finish();
+    QCOMPARE(QString::fromUtf8(m_sandbox->readAllStandardError()), message);
+    QCOMPARE(m_sandbox->readAllStandardOutput(), QByteArray());
+    QTEST(m_sandbox->exitCode(), "status");
+}
+
+void SandboxTest::helpAndVersionAreShown()
+{
+    start({"--help"});
+    finish();
+    const QByteArray help = m_sandbox->readAllStandardOutput();
+    QVERIFY2(help.contains(" [options] [-- COMMAND ARGS...]\n"), help.constData());
+    QVERIFY2(help.contains("  --world <FILE> "), help.constData());
+    QCOMPARE(m_sandbox->exitCode(), 0);
+
+    start({"--version"});
+    finish();
+    QCOMPARE(m_sandbox->readAllStandardOutput(),
+             QByteArray("managed-configuration-sandbox " SANDBOX_VERSION "\n"));
+    QCOMPARE(m_sandbox->exitCode(), 0);
+}
+
+void SandboxTest::theCommandGetsItsWordsItsChannelsAndItsEnvironment()
+{
+    start({"--", "sh", "-c",
+           "printf '%s|' \"$@\"; echo $QT_NO_GLIB; cat; echo to the other channel >&2", "sh",
+           "--world", "--", "a b", "", "ü"});
+    m_sandbox->write("through the standard input\n");
+    m_sandbox->closeWriteChannel();
+    finish();
+    QCOMPARE(m_sandbox->readAllStandardOutput(),
+             QByteArray("--world|--|a b||ü|1\nthrough the standard input\n"));
+    QCOMPARE(m_sandbox->readAllStandardError(), QByteArray("to the other channel\n"));
+}
+
+void SandboxTest::theCommandFindsTheServiceRunning()
+{
+    start({"--", "sh", "-c",
+           "gdbus call --address \"$DBUS_SYSTEM_BUS_ADDRESS\" --dest org.freedesktop.DBus"
+           " --object-path /org/freedesktop/DBus --method org.freedesktop.DBus.NameHasOwner"
+           " org.brenvik.ManagedConfiguration"});
+    finish();
+    QCOMPARE(m_sandbox->readAllStandardOutput(), QByteArray("(true,)\n"));
+    QCOMPARE(m_sandbox->exitCode(), 0);
+}
+
+void SandboxTest::theBusIsOutOfOthersReach()
+{
+    start({"--", "sh", "-c", "echo \"$DBUS_SYSTEM_BUS_ADDRESS\"; cat"});
+    const QByteArray address = readLine();
+    const QByteArray before = "unix:path=";
+    QVERIFY2(address.startsWith(before + m_temporaryFiles.toUtf8()), address.constData());
+    const QByteArray socket = address.mid(before.size());
+    struct stat status = {};
+    QCOMPARE(lstat(socket.constData(), &status), 0);
+    QVERIFY(S_ISSOCK(status.st_mode));
+    QCOMPARE(lstat(socket.left(socket.lastIndexOf('/')).constData(), &status), 0);
+    QCOMPARE(status.st_mode & 07777, 0700u);
+    QCOMPARE(status.st_uid, geteuid());
+    m_sandbox->closeWriteChannel();
+    finish();
+}
+
+void SandboxTest::anotherShellCanUseThePrintedLine()
+{
+    QVERIFY(write(m_worldFile, worldOf({applicationOf("viewer", R"({"theme": "dark"})")})));
+    start({"--world", m_worldFile});
+    QProcess shell;
+    shell.start("sh",
+                {"-c",
+                 "eval \"$1\"; busctl --system call org.brenvik.ManagedConfiguration"
+                 " /acme_2eviewer org.brenvik.ManagedConfiguration.Application1"
+                 " GetConfiguration",
+                 "sh", QString::fromUtf8(readLine())});
+    QVERIFY(shell.waitForFinished(timeoutMs));
+    QCOMPARE(shell.readAllStandardError(), QByteArray());
+    QCOMPARE(shell.readAllStandardOutput(), QByteArray("a{sv} 1 \"theme\" s \"dark\"\n"));
+}
+
+void SandboxTest::theTemporaryDirectoryMayHaveAnyName()
+{
+    // These characters have a meaning in the address of a bus.
+    const QString directory = m_directory->filePath("blank comma, ; = % é ~");
+    QVERIFY(QDir().mkdir(directory));
+    QProcessEnvironment environment = m_sandbox->processEnvironment();
+    environment.insert("TMPDIR", directory);
+    m_sandbox->setProcessEnvironment(environment);
+    serve(worldOf({applicationOf("viewer", R"({"a": 1})")}));
+    QCOMPARE(m_client->read(), QString("({'a': <1>},)"));
+}
+
+void SandboxTest::everyKindOfValueIsServed()
+{
+    serve(worldOf({applicationOf("viewer", R"({"": "", "true": true, "int": -7, "text": "ü",
+        "texts": ["a", ""], "ints": [1, -2], "bools": [true, false], "none": [],
+        "nested": {"empty": {}, "inner": {"list": [3]}}})")}));
+    QCOMPARE(m_client->read(),
+             QString::fromUtf8("({'': <''>, 'bools': <[true, false]>, 'int': <-7>, "
+                               "'ints': <[1, -2]>, 'nested': <{'empty': <@a{sv} {}>, "
+                               "'inner': <{'list': <[3]>}>}>, 'none': <@as []>, "
+                               "'text': <'ü'>, 'texts': <['a', '']>, 'true': <true>},)"));
+}
+
+void SandboxTest::anUnknownApplicationIsRefused_data()
+{
+    QTest::addColumn<QByteArray>("world");
+    QTest::addColumn<QString>("known");
+
+    QTest::newRow("none known") << worldOf({}) << ", nor at any other path";
+    QTest::newRow("one known") << worldOf({applicationOf("viewer", "{}")})
+                               << ", only at \"/acme_2eviewer\"";
+    QTest::newRow("two known") << worldOf(
+        {applicationOf("viewer", "{}"), applicationOf("editor", "{}")})
+                               << ", only at \"/acme_2eeditor\", \"/acme_2eviewer\"";
+}
+
+void SandboxTest::anUnknownApplicationIsRefused()
+{
+    QFETCH(QByteArray, world);
+    QFETCH(QString, known);
+    serve(world);
+    const QString refusal = "org.brenvik.ManagedConfiguration.Error.NotConfigurable: "
+                            "no application is kept at \"/acme_2eplayer\""
+        + known;
+    QCOMPARE(m_client->read(playerPath), refusal);
+    QCOMPARE(m_client->call(playerPath, "ChangeConfiguration", "({'a': <1>},)"), refusal);
+}
+
+void SandboxTest::aMalformedCallIsRefused_data()
+{
+    QTest::addColumn<QByteArray>("method");
+    QTest::addColumn<QByteArray>("arguments");
+    QTest::addColumn<QString>("refusal");
+
+    const QString error = "org.freedesktop.DBus.Error.";
+    QTest::newRow("no argument") << QByteArray("ChangeConfiguration") << QByteArray("()")
+                                 << error
+            + "InvalidArgs: the argument is not one configuration, but \"()\"";
+    QTest::newRow("other dictionary")
+        << QByteArray("ChangeConfiguration") << QByteArray("({'a': 1},)")
+        << error + "InvalidArgs: the argument is not one configuration, but \"(a{si})\"";
+    QTest::newRow("two arguments")
+        << QByteArray("ChangeConfiguration") << QByteArray("({'a': <1>}, 'x')")
+        << error + "InvalidArgs: the argument is not one configuration, but \"(a{sv}s)\"";
+    QTest::newRow("unknown method")
+        << QByteArray("ResetConfiguration") << QByteArray("()")
+        << error + "UnknownMethod: there is no method \"ResetConfiguration\"";
+}
+
+void SandboxTest::aMalformedCallIsRefused()
+{
+    QFETCH(QByteArray, method);
+    QFETCH(QByteArray, arguments);
+    QFETCH(QString, refusal);
+    serve(worldOf({applicationOf("viewer", R"({"a": 1})")}));
+    QCOMPARE(m_client->call(viewerPath, method.constData(), arguments.constData()), refusal);
+    QCOMPARE(m_client->read(), QString("({'a': <1>},)"));
+}
+
+void SandboxTest::aChangeIsMergedByTopLevelKey()
+{
+    serve(worldOf({applicationOf("viewer", R"({"a": 1, "n": {"x": 1, "y": 2}, "z": true})"),
+                   applicationOf("editor", R"({"a": 1})")}));
+    QCOMPARE(m_client->change("({'n': <{'x': <int32 5>}>, 'b': <['new']>, 'a': <'text'>},)"),
+             QString("()"));
+    QCOMPARE(m_client->read(),
+             QString("({'a': <'text'>, 'b': <['new']>, 'n': <{'x': <5>}>, 'z': <true>},)"));
+    QCOMPARE(m_client->read(editorPath), QString("({'a': <1>},)"));
+    QTRY_COMPARE(m_client->signalsSeen(), QStringList(changed(viewerPath)));
+}
+
+void SandboxTest::aChangeThatAltersNothingIsNotAnnounced()
+{
+    serve(worldOf({applicationOf("viewer", R"({"a": 1, "n": {"x": 1, "y": 2}})")}));
+    QCOMPARE(m_client->change("(@a{sv} {},)"), QString("()"));
+    QCOMPARE(m_client->change("({'n': <{'y': <2>, 'x': <1>}>, 'a': <1>},)"), QString("()"));
+    QCOMPARE(m_client->change("({'a': <2>},)"), QString("()"));
+    QCOMPARE(m_client->read(), QString("({'a': <2>, 'n': <{'x': <1>, 'y': <2>}>},)"));
+    QTRY_VERIFY(!m_client->signalsSeen().isEmpty());
+    QCOMPARE(m_client->signalsSeen(), QStringList(changed(viewerPath)));
+}
+
+void SandboxTest::aLockedSettingStaysAndWithItAllOthers_data()
+{
+    QTest::addColumn<QByteArray>("change");
+    QTest::addColumn<QString>("named");
+
+    QTest::newRow("nested value gone") << QByteArray("({'n': <@a{sv} {}>, 'a': <2>},)") << "n/x";
+    QTest::newRow("no longer nested") << QByteArray("({'n': <1>, 'a': <2>},)") << "n/x";
+    QTest::newRow("nested value") << QByteArray("({'a': <2>, 'n': <{'x': <2>}>},)") << "n/x";
+    QTest::newRow("type") << QByteArray("({'a': <2>, 'theme': <1>},)") << "theme";
+    QTest::newRow("new value") << QByteArray("({'a': <2>, 'later': <1>},)") << "later";
+    QTest::newRow("whole configuration")
+        << QByteArray("({'a': <2>, 'whole': <{'p': <2>}>},)") << "whole";
+    QTest::newRow("value") << QByteArray("({'theme': <'dark'>, 'a': <2>},)") << "theme";
+    QTest::newRow("two") << QByteArray("({'n': <2>, 'theme': <'dark'>},)") << "n/x";
+}
+
+void SandboxTest::aLockedSettingStaysAndWithItAllOthers()
+{
+    QFETCH(QByteArray, change);
+    QFETCH(QString, named);
+    serve(worldOf({applicationOf(
+        "viewer", R"({"a": 1, "n": {"x": 1, "y": 2}, "theme": "light", "whole": {"p": 1}})",
+        R"(["n/x", "theme", "later", "whole"])")}));
+    QCOMPARE(
+        m_client->change(change.constData()),
+        QString("org.brenvik.ManagedConfiguration.Error.Forbidden: \"%1\" is locked").arg(named));
+    QCOMPARE(m_client->read(),
+             QString("({'a': <1>, 'n': <{'x': <1>, 'y': <2>}>, 'theme': <'light'>, "
+                     "'whole': <{'p': <1>}>},)"));
+    QCOMPARE(m_client->change("({'fence': <1>},)"), QString("()"));
+    QTRY_VERIFY(!m_client->signalsSeen().isEmpty());
+    QCOMPARE(m_client->signalsSeen(), QStringList(changed(viewerPath)));
+}
+
+void SandboxTest::aLockedSettingMayBeSentAsItIs()
+{
+    serve(worldOf({applicationOf("viewer", R"({"n": {"x": 1, "y": 2}, "theme": "light"})",
+                                 R"(["n/x", "theme"])")}));
+    QCOMPARE(m_client->change("({'n': <{'y': <3>, 'x': <1>}>, 'theme': <'light'>},)"),
+             QString("()"));
+    QCOMPARE(m_client->read(), QString("({'n': <{'x': <1>, 'y': <3>}>, 'theme': <'light'>},)"));
+}
+
+void SandboxTest::everyEventIsPrinted()
+{
+    serve(worldOf({applicationOf("viewer", R"({"theme": "light"})", R"(["theme"])")}));
+    m_client->read();
+    m_client->change("({'zoom': <2>},)");
+    m_client->change("({'zoom': <2>},)");
+    m_client->change("({'theme': <'dark'>},)");
+    m_client->read();
+    m_client->read(playerPath);
+    const QByteArray from = " from " + m_client->name().toUtf8() + ": ";
+    const QByteArrayList expected {
+        "acme/viewer: GetConfiguration" + from + "answered, 1 entry",
+        "acme/viewer: ChangeConfiguration" + from + "accepted",
+        "acme/viewer: ConfigurationChanged",
+        "acme/viewer: ChangeConfiguration" + from + "accepted, no difference",
+        "acme/viewer: ChangeConfiguration" + from + "refused, Forbidden: \"theme\" is locked",
+        "acme/viewer: GetConfiguration" + from + "answered, 2 entries",
+        "/acme_2eplayer: GetConfiguration" + from
+            + "refused, NotConfigurable: no application is kept at \"/acme_2eplayer\", "
+              "only at \"/acme_2eviewer\"",
+    };
+    QCOMPARE(eventLines(), expected);
+}
+
+void SandboxTest::aNewWorldIsPushedToThoseWhomItConcerns_data()
+{
+    QTest::addColumn<bool>("isMoved");
+
+    QTest::newRow("moved there") << true;
+    QTest::newRow("written in place") << false;
+}
+
+void SandboxTest::aNewWorldIsPushedToThoseWhomItConcerns()
+{
+    QFETCH(bool, isMoved);
+    const auto replace = [this, isMoved](const QByteArray &text) {
+        if (!isMoved)
+            return write(m_worldFile, text);
+        const QString other = m_worldFile + ".new";
+        return write(other, text)
+            && std::rename(other.toUtf8().constData(), m_worldFile.toUtf8().constData()) == 0;
+    };
+    serve(worldOf({applicationOf("viewer", R"({"a": 1})"), applicationOf("editor", R"({"a": 1})"),
+                   applicationOf("gone", "{}")}));
+    QVERIFY(replace(
+        worldOf({applicationOf("editor", R"({"a": 1})", R"(["a"])"),
+                 applicationOf("viewer", R"({"a": 2})"), applicationOf("player", R"({"a": 3})")})));
+    QStringList expected {changed("/acme_2egone"), changed(viewerPath), changed(playerPath)};
+    QTRY_COMPARE(m_client->signalsSeen(), expected);
+    QCOMPARE(m_client->read(), QString("({'a': <2>},)"));
+    QCOMPARE(m_client->read(editorPath), QString("({'a': <1>},)"));
+    QCOMPARE(m_client->read(playerPath), QString("({'a': <3>},)"));
+
+    QVERIFY(replace(
+        worldOf({applicationOf("viewer", R"({"a": 2})"), applicationOf("editor", R"({"a": 9})"),
+                 applicationOf("player", R"({"a": 3})")})));
+    expected.append(changed(editorPath));
+    QTRY_VERIFY(m_client->signalsSeen().size() >= expected.size());
+    QCOMPARE(m_client->signalsSeen(), expected);
+    QCOMPARE(m_client->read(editorPath), QString("({'a': <9>},)"));
+}
+
+void SandboxTest::aNewWorldReplacesWhatTheApplicationChanged()
+{
+    serve(worldOf({applicationOf("viewer", R"({"a": 1})"), applicationOf("editor", "{}")}));
+    QCOMPARE(m_client->change("({'a': <2>, 'b': <true>},)"), QString("()"));
+    QTRY_COMPARE(m_client->signalsSeen(), QStringList(changed(viewerPath)));
+    QVERIFY(write(m_worldFile,
+                  worldOf({applicationOf("viewer", R"({"a": 2, "b": true})"),
+                           applicationOf("editor", R"({"x": 1})")})));
+    QTRY_COMPARE(m_client->signalsSeen(), QStringList({changed(viewerPath), changed(editorPath)}));
+    QVERIFY(write(
+        m_worldFile,
+        worldOf({applicationOf("viewer", R"({"a": 1})"), applicationOf("editor", R"({"x": 1})")})));
+    QTRY_COMPARE(m_client->signalsSeen(),
+                 QStringList({changed(viewerPath), changed(editorPath), changed(viewerPath)}));
+    QCOMPARE(m_client->read(), QString("({'a': <1>},)"));
+}
+
+void SandboxTest::locksComeAndGoWithTheFile()
+{
+    const QByteArray configuration = R"({"a": 1})";
+    serve(worldOf({applicationOf("viewer", configuration, R"(["a"])")}));
+    const QString refusal = "org.brenvik.ManagedConfiguration.Error.Forbidden: \"a\" is locked";
+    QCOMPARE(m_client->change("({'a': <2>},)"), refusal);
+    QVERIFY(write(m_worldFile, worldOf({applicationOf("viewer", configuration)})));
+    QTRY_COMPARE(m_client->change("({'a': <2>},)"), QString("()"));
+}
+
+void SandboxTest::aBadWorldChangesNothing()
+{
+    serve(worldOf({applicationOf("viewer", R"({"a": 1})")}));
+    QCOMPARE(m_client->change("({'b': <2>},)"), QString("()"));
+    QTRY_COMPARE(m_client->signalsSeen().size(), 1);
+    m_sandbox->setReadChannel(QProcess::StandardError);
+    QVERIFY(readLine().endsWith(": accepted"));
+    QCOMPARE(readLine(), QByteArray("acme/viewer: ConfigurationChanged"));
+
+    const QByteArray name = m_worldFile.toUtf8();
+    QVERIFY(write(m_worldFile, "{\"applications\": [\n}"));
+    QCOMPARE(readLine(), name + ":2:1: object is missing after a comma; nothing is changed");
+    QVERIFY(write(m_worldFile, worldOf({applicationOf("viewer", R"({"a": 2, "c": null})")})));
+    QCOMPARE(readLine(),
+             name
+                 + ": applications[0]/configuration/c: null is no value of a setting; "
+                   "nothing is changed");
+    QCOMPARE(m_client->read(), QString("({'a': <1>, 'b': <2>},)"));
+
+    QVERIFY(write(m_worldFile, worldOf({applicationOf("viewer", R"({"a": 3})")})));
+    QTRY_VERIFY(m_client->signalsSeen().size() > 1);
+    QCOMPARE(m_client->signalsSeen(), QStringList({changed(viewerPath), changed(viewerPath)}));
+    QCOMPARE(m_client->read(), QString("({'a': <3>},)"));
+}
+
+void SandboxTest::aFileThatVanishesAndReturnsIsFollowed()
+{
+    serve(worldOf({applicationOf("viewer", R"({"a": 1})")}));
+    QVERIFY(QFile::rename(m_worldFile, m_worldFile + '~'));
+    QCOMPARE(m_client->read(), QString("({'a': <1>},)"));
+    QVERIFY(write(m_worldFile, worldOf({applicationOf("viewer", R"({"a": 2})")})));
+    QTRY_COMPARE(m_client->signalsSeen(), QStringList(changed(viewerPath)));
+    QCOMPARE(m_client->read(), QString("({'a': <2>},)"));
+    QVERIFY(QFile::remove(m_worldFile));
+    QVERIFY(write(m_worldFile, worldOf({applicationOf("viewer", R"({"a": 3})")})));
+    QTRY_COMPARE(m_client->signalsSeen(), QStringList({changed(viewerPath), changed(viewerPath)}));
+    const QByteArray from = " from " + m_client->name().toUtf8() + ": ";
+    const QByteArray read = "acme/viewer: GetConfiguration" + from + "answered, 1 entry";
+    const QByteArray readAgain = m_worldFile.toUtf8() + ": read again";
+    const QByteArray announced = "acme/viewer: ConfigurationChanged";
+    QCOMPARE(eventLines(),
+             QByteArrayList({read, readAgain, announced, read, readAgain, announced}));
+}
+
+void SandboxTest::aSignalReachesTheCommand_data()
+{
+    QTest::addColumn<int>("signal");
+    QTest::addColumn<QString>("script");
+    QTest::addColumn<int>("status");
+
+    QTest::newRow("SIGTERM caught") << SIGTERM << "trap 'exit 7' TERM" << 7;
+    QTest::newRow("SIGINT caught") << SIGINT << "trap 'exit 8' INT" << 8;
+    QTest::newRow("SIGHUP caught") << SIGHUP << "trap 'exit 9' HUP" << 9;
+    QTest::newRow("SIGTERM") << SIGTERM << ":" << 128 + SIGTERM;
+    QTest::newRow("SIGINT") << SIGINT << ":" << 128 + SIGINT;
+}
+
+void SandboxTest::aSignalReachesTheCommand()
+{
+    QFETCH(int, signal);
+    QFETCH(QString, script);
+    start({"--", "sh", "-c", script + "; echo ready; sleep 1000 & wait"});
+    QCOMPARE(readLine(), QByteArray("ready"));
+    QCOMPARE(kill(static_cast<pid_t>(m_sandbox->processId()), signal), 0);
+    finish();
+    QTEST(m_sandbox->exitCode(), "status");
+}
+
+void SandboxTest::aCommandThatIgnoresTheSignalIsKilled()
+{
+    start({"--", "sh", "-c", "trap '' TERM; echo ready; exec sleep 1000"});
+    QCOMPARE(readLine(), QByteArray("ready"));
+    m_sandbox->terminate();
+    finish();
+    QCOMPARE(m_sandbox->exitCode(), 128 + SIGKILL);
+}
+
+void SandboxTest::nothingIsLeftBehind_data()
+{
+    QTest::addColumn<QStringList>("command");
+    QTest::addColumn<bool>("isTerminated");
+
+    QTest::newRow("terminated without a command") << QStringList() << true;
+    QTest::newRow("command terminated")
+        << QStringList {"--", "sh", "-c", "echo $$; exec sleep 1000"} << true;
+    QTest::newRow("command ended") << QStringList {"--", "sh", "-c", "echo $$; cat"} << false;
+    QTest::newRow("command leaves a process behind")
+        << QStringList {"--", "sh", "-c", "sleep 1000 <&- >&- 2>&- & echo $!; cat"} << false;
+    QTest::newRow("command leaves one behind that it disowned")
+        << QStringList {"--", "sh", "-c",
+                        "setsid sh -c 'trap \"\" TERM HUP; sleep 1000' <&- >&- 2>&- &"
+                        " echo $!; cat"}
+        << false;
+}
+
+void SandboxTest::nothingIsLeftBehind()
+{
+    QFETCH(QStringList, command);
+    QFETCH(bool, isTerminated);
+    QVERIFY(write(m_worldFile, worldOf({})));
+    start(QStringList {"--world", m_worldFile} + command);
+    const QByteArray line = readLine();
+    QByteArrayList processes = childrenOf(m_sandbox->processId());
+    QCOMPARE(processes.size(), command.isEmpty() ? 1 : 2);
+    if (!command.isEmpty())
+        processes.append(line);
+    for (const QByteArray &process : processes)
+        QVERIFY2(isRunning(process), process.constData());
+    QCOMPARE(QDir(m_temporaryFiles).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(), 1);
+
+    if (isTerminated)
+        m_sandbox->terminate();
+    else
+        m_sandbox->closeWriteChannel();
+    finish();
+    QCOMPARE(m_sandbox->exitCode(), isTerminated && !command.isEmpty() ? 128 + SIGTERM : 0);
+    for (const QByteArray &process : processes)
+        QVERIFY2(!isRunning(process), process.constData());
+    QCOMPARE(QDir(m_temporaryFiles).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+             QStringList());
+    QCOMPARE(QDir(m_directory->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+             QStringList({"tmp", "world.json"}));
+}
+
+void SandboxTest::theCommandDoesNotOutliveTheSandbox()
+{
+    start({"--", "sh", "-c", "echo ready; exec sleep 1000"});
+    QCOMPARE(readLine(), QByteArray("ready"));
+    const QByteArrayList processes = childrenOf(m_sandbox->processId());
+    QCOMPARE(processes.size(), 2);
+    m_sandbox->kill();
+    QVERIFY(m_sandbox->waitForFinished(timeoutMs));
+    for (const QByteArray &process : processes)
+        QTRY_VERIFY(!isRunning(process));
+}
+
+QTEST_GUILESS_MAIN(SandboxTest)
+
+#include "sandbox_test.moc"

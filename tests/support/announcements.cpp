@@ -1,0 +1,31 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "announcements.h"
+
+#include "configuration_manager.h"
+#include "description.h"
+
+namespace Tarnvel::Testing {
+
+using namespace Application::ManagedConfiguration;
+
+Announcements::Announcements(ConfigurationManager &manager)
+{
+    QObject::connect(&manager, &ConfigurationManager::configurationChanged, &manager,
+                     [texts = m_texts](const Configuration &configuration) {
+                         texts->append(describe(configuration));
+                     });
+}
+
+QStringList Announcements::texts() const
+{
+    return *m_texts;
+}
+
+int Announcements::count() const
+{
+    return m_texts->count();
+}
+
+} // namespace Tarnvel::Testing

@@ -1,0 +1,48 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "answers.h"
+
+#include <QtTest/QTest>
+
+namespace Tarnvel::Testing {
+
+using namespace Application::ManagedConfiguration;
+
+namespace {
+
+constexpr int answerTimeoutMs = 10000;
+
+} // namespace
+
+std::function<void(const Configuration &, const Error &)> Answers::forReading() const
+{
+    return [answers = m_answers](const Configuration &configuration, const Error &error) {
+        answers->append({configuration, error});
+    };
+}
+
+std::function<void(const Error &)> Answers::forChanging() const
+{
+    return [answers = m_answers](const Error &error) { answers->append({Configuration(), error}); };
+}
+
+int Answers::count() const
+{
+    return m_answers->count();
+}
+
+const Answer &Answers::at(int index) const
+{
+    if (index >= count())
+        qFatal("there is no answer %d, only %d", index, count());
+    return m_answers->at(index);
+}
+
+bool Answers::waitFor(int count) const
+{
+    return QTest::qWaitFor([this, count] { return this->count() >= count; }, answerTimeoutMs)
+        && this->count() == count;
+}
+
+} // namespace Tarnvel::Testing

@@ -1,0 +1,52 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#pragma once
+
+#include "configuration.h"
+#include "error.h"
+
+#include <QtCore/QList>
+
+#include <functional>
+#include <memory>
+
+namespace Tarnvel::Testing {
+
+/*! \brief What the callback of a request was called with. A change has no configuration. */
+struct Answer
+{
+    Application::ManagedConfiguration::Configuration configuration;
+    Application::ManagedConfiguration::Error error;
+};
+
+/*!
+ * \brief Collects the answers of any number of requests, in the order in which they come.
+ *
+ * The callbacks may outlive this object.
+ */
+class Answers
+{
+public:
+    /*! \brief A callback for ConfigurationManager::getConfiguration(). */
+    std::function<void(const Application::ManagedConfiguration::Configuration &,
+                       const Application::ManagedConfiguration::Error &)>
+    forReading() const;
+
+    /*! \brief A callback for ConfigurationManager::changeConfiguration(). */
+    std::function<void(const Application::ManagedConfiguration::Error &)> forChanging() const;
+
+    /*! \brief How many answers there are. */
+    int count() const;
+
+    /*! \brief The answer at \a index; ends the test program if there is none. */
+    const Answer &at(int index) const;
+
+    /*! \brief Runs the event loop until there are \a count answers; false after ten seconds. */
+    bool waitFor(int count) const;
+
+private:
+    std::shared_ptr<QList<Answer>> m_answers = std::make_shared<QList<Answer>>();
+};
+
+} // namespace Tarnvel::Testing

@@ -1,0 +1,60 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#pragma once
+
+#include "fake_service.h"
+#include "private_bus.h"
+
+#include <QtCore/QCoreApplication>
+
+namespace Tarnvel::Testing {
+
+/*! \brief An application that catches what an empty callback throws, and counts it. */
+class CatchingApplication : public QCoreApplication
+{
+public:
+    using QCoreApplication::QCoreApplication;
+
+    /*! \brief How many exceptions have come out of event handlers so far. */
+    int caughtExceptions() const;
+
+    bool notify(QObject *receiver, QEvent *event) override;
+
+private:
+    int m_caughtExceptions = 0;
+};
+
+/*!
+ * \brief What a test of the library on a bus stands on: a private bus, a service, an identity.
+ *
+ * Make one before the library is first used: it directs the system bus of this process to the
+ * private one.
+ */
+class BusFixture
+{
+public:
+    /*! \brief The object path of the identity that this fixture gives to the process. */
+    static const QString path;
+
+    /*! \brief Starts the bus and the service; ends the process if either fails. */
+    BusFixture(int &argc, char **argv);
+
+    /*! \brief The unique name on the bus of the connection that the library uses. */
+    QString uniqueName() const;
+
+    CatchingApplication application;
+    Sandbox::PrivateBus bus;
+    FakeService service;
+};
+
+/*! \brief The main function of a test \a Class that takes a BusFixture. */
+#define TARNVEL_BUS_TEST_MAIN(Class)                                                               \
+    int main(int argc, char *argv[])                                                               \
+    {                                                                                              \
+        Tarnvel::Testing::BusFixture fixture(argc, argv);                                          \
+        Class test(fixture);                                                                       \
+        return QTest::qExec(&test, argc, argv);                                                    \
+    }
+
+} // namespace Tarnvel::Testing

@@ -1,0 +1,57 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "description.h"
+
+#include "configuration_p.h"
+
+#include <QtCore/QStringList>
+
+namespace Tarnvel::Testing {
+
+using namespace Application::ManagedConfiguration;
+
+namespace {
+
+QString itemText(const QVariant &item)
+{
+    return item.type() == QVariant::String ? u'"' + item.toString() + u'"' : item.toString();
+}
+
+QString listText(const QVariant &value)
+{
+    QStringList items;
+    for (const QVariant &item : value.value<QVariantList>())
+        items.append(itemText(item));
+    return u'[' + items.join(QLatin1String(", ")) + u']';
+}
+
+} // namespace
+
+QString describe(const QVariant &value)
+{
+    const QString type = QLatin1String(value.typeName());
+    if (!value.isValid())
+        return QStringLiteral("invalid");
+    if (value.userType() == qMetaTypeId<Configuration>())
+        return describe(value.value<Configuration>());
+    if (value.type() == QVariant::StringList || value.userType() == qMetaTypeId<QList<int>>()
+        || value.userType() == qMetaTypeId<QList<bool>>()
+        || value.userType() == qMetaTypeId<QList<QString>>())
+        return type + u' ' + listText(value);
+    if (value.type() == QVariant::Int || value.type() == QVariant::Bool
+        || value.type() == QVariant::String)
+        return type + u' ' + itemText(value);
+    return type;
+}
+
+QString describe(const Configuration &configuration)
+{
+    const QMap<QString, QVariant> entries = ConfigurationPrivate::data(configuration);
+    QStringList texts;
+    for (auto entry = entries.begin(); entry != entries.end(); ++entry)
+        texts.append(QStringLiteral("\"%1\": %2").arg(entry.key(), describe(entry.value())));
+    return u'{' + texts.join(QLatin1String(", ")) + u'}';
+}
+
+} // namespace Tarnvel::Testing

@@ -1,0 +1,24 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#pragma once
+
+#include "configuration.h"
+
+#include <QtCore/QString>
+#include <QtCore/QVariant>
+
+namespace Tarnvel::Testing {
+
+/*!
+ * \brief A value with all its types as a text, so that tests compare content and type at once.
+ *
+ * For example `{"sizes": QList<int> [1, 2], "theme": QString "dark"}`. A value of a type that no
+ * configuration stores is described by its type's name alone.
+ */
+QString describe(const QVariant &value);
+
+/*! \brief The same for a configuration. */
+QString describe(const Application::ManagedConfiguration::Configuration &configuration);
+
+} // namespace Tarnvel::Testing

@@ -1,0 +1,71 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#pragma once
+
+#include "bus_service.h"
+
+#include <QtCore/QList>
+#include <QtCore/QString>
+
+#include <functional>
+
+namespace Tarnvel::Testing {
+
+/*! \brief A value in GVariant's text form, such as "({'theme': <'dark'>},)". */
+GVariant *parseValue(const QString &text);
+
+/*!
+ * \brief A service under a test's command, which records what it is asked.
+ *
+ * It sees the calls as GDBus does, and so is an observer of the wire that shares nothing with
+ * QtDBus.
+ */
+class FakeService
+{
+public:
+    /*! \brief A call as it came in. */
+    struct Call
+    {
+        QString path;
+        QString method;
+        /*! The arguments in GVariant's text form, types included: "({'volume': <int32 7>},)". */
+        QString arguments;
+    };
+
+    using Handler = Sandbox::BusService::Handler;
+
+    /*! \brief A service for the bus at \a address that is not running yet. */
+    explicit FakeService(const QString &address);
+
+    /*! \brief Appears on the bus. */
+    bool start();
+
+    /*! \brief Drops off the bus, with calls unanswered if there are any. */
+    void stop();
+
+    /*! \brief From now on, answers every call with \a values, a tuple in GVariant's text form. */
+    void answerWith(const QString &values);
+
+    /*! \brief From now on, answers every call with an error. */
+    void answerWithError(const QString &name, const QString &message);
+
+    /*! \brief From now on, leaves the answer to every call to \a handler. */
+    void answerThrough(const Handler &handler);
+
+    /*! \brief The calls received so far, oldest first. */
+    const QList<Call> &calls() const;
+
+    /*! \brief Announces a change at \a path; see BusService::announceChange(). */
+    void announceChange(const QString &path, const QString &arguments = QString());
+
+private:
+    void receive(const Sandbox::MethodCall &call);
+
+    QString m_address;
+    QList<Call> m_calls;
+    Handler m_handler;
+    Sandbox::BusService m_service;
+};
+
+} // namespace Tarnvel::Testing
