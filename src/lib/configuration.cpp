@@ -196,9 +196,6 @@ QVariant Configuration::getByXpath(const QString &xpath) const
 
 Configuration Configuration::fromVariant(const QVariant &variant)
 {
-    const int type = qMetaTypeId<Configuration>();
-    if (!variant.canConvert(type))
-        return {};
     return variant.value<Configuration>();
 }
 
