@@ -100,7 +100,8 @@ void MixedArrayElementsTest::theFirstElementDecidesTheKindOfTheList()
     m_manager.getConfiguration(answers.forReading());
     QVERIFY(answers.waitFor(1));
 
-    QVERIFY(replacements.isEmpty());
+    // Behind a first element that makes no list, nothing is read.
+    QCOMPARE(replacements.isEmpty(), stored != QLatin1String("invalid"));
     QCOMPARE(describe(answers.at(0).configuration.get("key")), stored);
     QCOMPARE(log.take(), warnings);
 }

@@ -6,11 +6,14 @@
 #include "bus_fixture.h"
 #include "configuration_manager.h"
 #include "configuration_manager_p.h"
+#include "description.h"
 #include "message_log.h"
 
 #include <QtDBus/QDBusPendingCallWatcher>
 #include <QtTest/QTest>
+#include <QtTest/QTestEventLoop>
 
+#include <malloc.h>
 #include <memory>
 
 using namespace Tarnvel::Application::ManagedConfiguration;
@@ -18,6 +21,9 @@ using namespace Tarnvel::Testing;
 using Tarnvel::Sandbox::MethodCall;
 
 namespace {
+
+/*! In seconds. */
+constexpr int answerTimeout = 10;
 
 /*! Another process on the bus, as far as the bus can tell. */
 class Stranger
@@ -81,6 +87,8 @@ private Q_SLOTS:
     void eachNotificationIsReReadAndAnnouncedOnce();
     void announcementsComeInTheOrderOfTheReReads();
     void aWatcherIsKeptForEachNotification();
+    void theRepliesOfReReadsAreNotKept();
+    void aWatcherKeepsLessThanAKibibyte();
     void aStrangersSignalIsIgnored();
     void signalsOfOtherObjectsAreIgnored();
     void eachManagerAnnouncesForItself();
@@ -213,6 +221,59 @@ void NotificationsTest::aWatcherIsKeptForEachNotification()
     requests.getConfiguration(answers.forReading());
     QVERIFY(answers.waitFor(1));
     QTRY_COMPARE(watchers(), notifications);
+}
+
+void NotificationsTest::theRepliesOfReReadsAreNotKept()
+{
+    // libdbus stops reading once it keeps 63 MiB of received messages.
+    constexpr int notifications = 100;
+    const QString mebibyte(1024 * 1024, QLatin1Char('x'));
+    m_service.answerWith(QStringLiteral("({'key': <'%1'>},)").arg(mebibyte));
+    m_announcements.reset();
+    QTestEventLoop loop;
+    QObject::connect(m_manager.get(), &ConfigurationManager::configurationChanged, &loop,
+                     [&](const Configuration &configuration) {
+                         QCOMPARE(configuration.get("key").toString().size(), mebibyte.size());
+                         loop.exitLoop();
+                     });
+    for (int count = 0; count < notifications; ++count) {
+        m_service.announceChange(BusFixture::path);
+        loop.enterLoop(answerTimeout);
+        QVERIFY(!loop.timeout());
+    }
+    m_service.answerWith("({'key': <8>},)");
+    Answers answers;
+    m_manager->getConfiguration(answers.forReading());
+    QVERIFY(answers.waitFor(1));
+    QCOMPARE(describe(answers.at(0).configuration), QStringLiteral("{\"key\": int 8}"));
+}
+
+void NotificationsTest::aWatcherKeepsLessThanAKibibyte()
+{
+    constexpr int notifications = 500;
+    m_service.answerWith(
+        QStringLiteral("({'key': <'%1'>},)").arg(QString(10000, QLatin1Char('x'))));
+    ConfigurationManagerPrivate requests(m_manager.get());
+    m_announcements.reset();
+    QTestEventLoop loop;
+    QObject::connect(m_manager.get(), &ConfigurationManager::configurationChanged, &loop,
+                     &QTestEventLoop::exitLoop);
+    const auto notify = [&](int count) {
+        for (int done = 0; done < count; ++done) {
+            requests.onConfigurationChanged();
+            loop.enterLoop(answerTimeout);
+            QVERIFY(!loop.timeout());
+        }
+    };
+    notify(notifications);
+    const std::size_t before = mallinfo2().uordblks;
+    notify(notifications);
+    const std::size_t after = mallinfo2().uordblks;
+    QCOMPARE(requests.findChildren<QDBusPendingCallWatcher *>().count(), 2 * notifications);
+    const std::size_t kept = after > before ? (after - before) / notifications : 0;
+    qInfo("%zu bytes for each notification", kept);
+    QVERIFY(kept > 0);
+    QVERIFY(kept < 1024);
 }
 
 void NotificationsTest::aStrangersSignalIsIgnored()

@@ -37,6 +37,21 @@ struct CopyCounter
     int &copies;
 };
 
+/*! \a levels configurations inside one another, the innermost with \a entry if that is valid. */
+Configuration nested(int levels, const QVariant &entry)
+{
+    Configuration configuration;
+    if (entry.isValid())
+        configuration.set("key", entry);
+    for (int level = 1; level < levels; ++level) {
+        Configuration outer;
+        outer.set("a", 1);
+        outer.set("key", QVariant::fromValue(configuration));
+        configuration = outer;
+    }
+    return configuration;
+}
+
 int watcherCount(const QObject &parent)
 {
     return parent.findChildren<QDBusPendingCallWatcher *>().count();
@@ -78,6 +93,10 @@ private Q_SLOTS:
     void aRequestMayBeMadeInsideACallback();
     void theWatcherOfARequestIsReleased();
     void theConfigurationSentIsThatOfTheRequestsTime();
+    void aConfigurationIsSentAsLongAsTheBusCarriesIt_data();
+    void aConfigurationIsSentAsLongAsTheBusCarriesIt();
+    void aConfigurationNestedTooDeepIsNotSent_data();
+    void aConfigurationNestedTooDeepIsNotSent();
 
 private:
     CatchingApplication &m_application;
@@ -475,6 +494,67 @@ void RequestsTest::theConfigurationSentIsThatOfTheRequestsTime()
     configuration.set("key", 8);
     QVERIFY(answers.waitFor(1));
     QCOMPARE(m_service.calls().last().arguments, QStringLiteral("({'key': <7>},)"));
+}
+
+void RequestsTest::aConfigurationIsSentAsLongAsTheBusCarriesIt_data()
+{
+    QTest::addColumn<int>("levels");
+    QTest::addColumn<QVariant>("entry");
+
+    QTest::newRow("empty list on the deepest level") << 21 << QVariant(QStringList());
+    QTest::newRow("list on the deepest level") << 21 << QVariant::fromValue(QList<int> {1, 2});
+    QTest::newRow("value on the deepest level") << 21 << QVariant(1);
+    QTest::newRow("empty configuration on the deepest level") << 21 << QVariant();
+}
+
+void RequestsTest::aConfigurationIsSentAsLongAsTheBusCarriesIt()
+{
+    QFETCH(const int, levels);
+    QFETCH(const QVariant, entry);
+
+    m_service.answerWith("()");
+    const int calls = m_service.calls().count();
+    Answers answers;
+    m_manager.changeConfiguration(nested(levels, entry), answers.forChanging());
+    QVERIFY(answers.waitFor(1));
+    QCOMPARE(answers.at(0).error.message(), QString());
+    QVERIFY(!answers.at(0).error);
+    QCOMPARE(m_service.calls().count(), calls + 1);
+    QCOMPARE(m_service.calls().last().arguments.count("'key'"), levels - (entry.isValid() ? 0 : 1));
+}
+
+void RequestsTest::aConfigurationNestedTooDeepIsNotSent_data()
+{
+    QTest::addColumn<int>("levels");
+    QTest::addColumn<QVariant>("entry");
+
+    QTest::newRow("value one level too deep") << 22 << QVariant(1);
+    QTest::newRow("empty configuration two levels too deep") << 23 << QVariant();
+    QTest::newRow("thousands of levels") << 10000 << QVariant(1);
+}
+
+void RequestsTest::aConfigurationNestedTooDeepIsNotSent()
+{
+    QFETCH(const int, levels);
+    QFETCH(const QVariant, entry);
+
+    m_service.answerWith("()");
+    const int calls = m_service.calls().count();
+    Answers answers;
+    m_manager.changeConfiguration(nested(levels, entry), answers.forChanging());
+    QCOMPARE(answers.count(), 0);
+    QVERIFY(answers.waitFor(1));
+    QCOMPARE(answers.at(0).error.code(), Error::Internal);
+    QCOMPARE(answers.at(0).error.message(),
+             QStringLiteral("The configuration is nested too deep to be sent: D-Bus carries 21 "
+                            "levels"));
+
+    // The next request is the next call.
+    m_manager.changeConfiguration(nested(1, 1), answers.forChanging());
+    QVERIFY(answers.waitFor(2));
+    QVERIFY(!answers.at(1).error);
+    QCOMPARE(m_service.calls().count(), calls + 1);
+    QCOMPARE(m_service.calls().last().arguments, QStringLiteral("({'key': <1>},)"));
 }
 
 TARNVEL_BUS_TEST_MAIN(RequestsTest)

@@ -89,6 +89,25 @@ void WireFormatTest::aReceivedValueIsStoredByItsKind_data()
     row("dictionary of dictionaries", "{'a': <{'b': <{'c': <[1]>}>}>}",
         "{\"a\": {\"b\": {\"c\": QList<int> [1]}}}");
 
+    row("empty dictionary of strings", "@a{ss} {}", "{}");
+    row("dictionary of strings", "{'a': 'x', 'b': 'y'}", "{}");
+    row("dictionary of int32", "{'a': 1}", "{}");
+    row("dictionary of doubles", "{'a': 1.5}", "{}");
+    row("dictionary of structures", "{'a': (1, 'x')}", "{}");
+    row("dictionary of arrays", "{'a': [1]}", "{}");
+    row("dictionary of plain dictionaries", "{'a': {'b': <1>}}", "{}");
+    row("dictionary with int32 keys", "{1: <'x'>}", "{}");
+    row("dictionary with int64 keys and values", "{int64 1: int64 2}", "{}");
+    row("dictionary with byte keys", "{byte 1: <1>}", "{}");
+    row("dictionary with double keys", "{1.5: <1>}", "{}");
+    row("dictionary with object path keys", "{objectpath '/a': <1>}", "{}");
+    row("dictionary with signature keys", "{signature 's': <1>}", "{}");
+    row("foreign dictionary among entries", "{'a': <1>, 'b': <{'x': 'y'}>, 'c': <2>}",
+        "{\"a\": int 1, \"b\": {}, \"c\": int 2}");
+    row("foreign dictionary in a structure", "({'x': 'y'}, 1)", leftOut);
+    row("foreign dictionary in a variant", "<{'x': 'y'}>", leftOut);
+    row("array of foreign dictionaries", "[{'x': 'y'}]", leftOut, userType);
+
     row("empty array of strings", "@as []", "QStringList []");
     row("array of strings", "['b', 'a', '']", "QStringList [\"b\", \"a\", \"\"]");
     row("empty array of int32", "@ai []", leftOut);
@@ -222,6 +241,8 @@ void WireFormatTest::aStoredValueIsSentAsItsType_data()
     row("QString", QStringLiteral("grün"), "'grün'");
     row("QList<int>", QVariant::fromValue(QList<int> {3, -1}), "[3, -1]");
     row("QList<bool>", QVariant::fromValue(QList<bool> {true, false}), "[true, false]");
+    row("empty QList<QString>", QVariant::fromValue(QList<QString> {}), "@as []");
+    row("QList<QString>", QVariant::fromValue(QList<QString> {"b", ""}), "['b', '']");
     row("QStringList", QStringList {"b", ""}, "['b', '']");
     row("nested configuration", QVariant::fromValue(outer), "{'inner': <{'list': <[1]>}>}");
 }

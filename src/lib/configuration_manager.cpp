@@ -8,6 +8,7 @@
 #include <QtCore/QDebug>
 #include <QtCore/QPointer>
 #include <QtDBus/QDBusConnection>
+#include <QtDBus/QDBusMessage>
 #include <QtDBus/QDBusMetaType>
 #include <QtDBus/QDBusPendingCallWatcher>
 #include <QtDBus/QDBusPendingReply>
@@ -15,6 +16,7 @@
 
 #include "configuration_p.h"
 
+#include <algorithm>
 #include <utility>
 
 namespace Tarnvel::Application::ManagedConfiguration {
@@ -56,11 +58,19 @@ QVariant toTypedList(const QVariantList &list)
     return QVariant::fromValue(typedList);
 }
 
+bool isListElement(const QVariant &element)
+{
+    return element.type() == QVariant::Int || element.type() == QVariant::String
+        || element.type() == QVariant::Bool;
+}
+
 QVariant parseArray(const QDBusArgument &argument)
 {
     QVariantList list;
     argument.beginArray();
-    while (!argument.atEnd())
+    // The first element decides. Behind one that makes no list, millions may wait that would only
+    // fill the memory.
+    while (!argument.atEnd() && (list.isEmpty() || isListElement(list.first())))
         list.append(argument.asVariant());
     argument.endArray();
 
@@ -98,6 +108,37 @@ QVariant parseVariantData(const QVariant &value)
     }
 }
 
+// QtDBus does not know QList<QString>, and asking libdbus to send it ends the process.
+QVariant sendable(const QVariant &value)
+{
+    if (value.userType() == qMetaTypeId<QList<QString>>())
+        return QStringList(value.value<QList<QString>>());
+    return value;
+}
+
+// A message holds at most 64 containers inside one another, and the bus drops the connection that
+// sends more. Each level of a configuration takes three: the dictionary, an entry and its variant.
+constexpr int deepestLevel = 64 / 3;
+
+bool isTooDeep(const Configuration &configuration, int level = 1)
+{
+    const QMap<QString, QVariant> entries = ConfigurationPrivate::data(configuration);
+    if (level > deepestLevel)
+        return !entries.isEmpty();
+    return std::any_of(entries.begin(), entries.end(), [level](const QVariant &value) {
+        return value.userType() == qMetaTypeId<Configuration>()
+            && isTooDeep(value.value<Configuration>(), level + 1);
+    });
+}
+
+QDBusError tooDeepError()
+{
+    return {
+        QDBusError::LimitsExceeded,
+        QStringLiteral("The configuration is nested too deep to be sent: D-Bus carries %1 levels")
+            .arg(deepestLevel)};
+}
+
 // When the process has no connection to a bus, QtDBus hands out a call that has failed but whose
 // watcher never reports it. The same error made into a call of its own is reported, from the event
 // loop, like any other.
@@ -126,6 +167,18 @@ void watchOnce(const QDBusPendingCall &call, QObject *parent, Handler handler)
     });
 }
 
+Configuration configurationOrEmpty(const QDBusPendingReply<Configuration> &reply)
+{
+    return reply.isValid() ? reply.value() : Configuration();
+}
+
+// libdbus stops reading from the bus while 63 MiB of received messages are alive, and a watcher
+// keeps its own alive.
+void dropReply(QDBusPendingCallWatcher *watcher)
+{
+    static_cast<QDBusPendingCall &>(*watcher) = QDBusPendingCall::fromCompletedCall(QDBusMessage());
+}
+
 } // namespace
 
 QDBusArgument &operator<<(QDBusArgument &argument, const Configuration &configuration)
@@ -134,7 +187,7 @@ QDBusArgument &operator<<(QDBusArgument &argument, const Configuration &configur
     argument.beginMap(QVariant::String, qMetaTypeId<QDBusVariant>());
     for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
         argument.beginMapEntry();
-        argument << entry.key() << QDBusVariant(entry.value());
+        argument << entry.key() << QDBusVariant(sendable(entry.value()));
         argument.endMapEntry();
     }
     argument.endMap();
@@ -143,6 +196,13 @@ QDBusArgument &operator<<(QDBusArgument &argument, const Configuration &configur
 
 const QDBusArgument &operator>>(const QDBusArgument &argument, Configuration &configuration)
 {
+    // QtDBus takes an entry for what it is asked to read, past the end of the data if need be. All
+    // entries of a dictionary are of one kind, so either all can be read or none.
+    if (argument.currentSignature() != QLatin1String("a{sv}")) {
+        argument.asVariant();
+        return argument;
+    }
+
     argument.beginMap();
     while (!argument.atEnd()) {
         QString key;
@@ -187,22 +247,24 @@ void ConfigurationManagerPrivate::getConfiguration(
 void ConfigurationManagerPrivate::changeConfiguration(
     const Configuration &configuration, const std::function<void(const Error &)> &callback)
 {
-    watchOnce(asyncCall(QStringLiteral("ChangeConfiguration"), QVariant::fromValue(configuration)),
-              this, [callback = callback](const QDBusPendingReply<> &reply) {
-                  if (reply.isValid())
-                      callback(Error(Error::NoError, QString()));
-                  else
-                      callback(errorFromDBus(reply.error()));
-              });
+    const QDBusPendingCall call = isTooDeep(configuration)
+        ? QDBusPendingCall::fromError(tooDeepError())
+        : asyncCall(QStringLiteral("ChangeConfiguration"), QVariant::fromValue(configuration));
+    watchOnce(call, this, [callback = callback](const QDBusPendingReply<> &reply) {
+        if (reply.isValid())
+            callback(Error(Error::NoError, QString()));
+        else
+            callback(errorFromDBus(reply.error()));
+    });
 }
 
 void ConfigurationManagerPrivate::onConfigurationChanged()
 {
     watch(asyncCall(QStringLiteral("GetConfiguration")), this,
           [this](QDBusPendingCallWatcher *watcher) {
-              const QDBusPendingReply<Configuration> reply = *watcher;
-              Q_EMIT m_manager->configurationChanged(reply.isValid() ? reply.value()
-                                                                     : Configuration());
+              const Configuration configuration = configurationOrEmpty(*watcher);
+              dropReply(watcher);
+              Q_EMIT m_manager->configurationChanged(configuration);
           });
 }
 

@@ -12,20 +12,19 @@ using namespace Application::ManagedConfiguration;
 
 Announcements::Announcements(ConfigurationManager &manager)
 {
-    QObject::connect(&manager, &ConfigurationManager::configurationChanged, &manager,
-                     [texts = m_texts](const Configuration &configuration) {
-                         texts->append(describe(configuration));
-                     });
+    QObject::connect(
+        &manager, &ConfigurationManager::configurationChanged, &m_context,
+        [this](const Configuration &configuration) { m_texts.append(describe(configuration)); });
 }
 
 QStringList Announcements::texts() const
 {
-    return *m_texts;
+    return m_texts;
 }
 
 int Announcements::count() const
 {
-    return m_texts->count();
+    return m_texts.count();
 }
 
 } // namespace Tarnvel::Testing

@@ -3,9 +3,8 @@
 
 #pragma once
 
+#include <QtCore/QObject>
 #include <QtCore/QStringList>
-
-#include <memory>
 
 namespace Tarnvel::Application::ManagedConfiguration {
 class ConfigurationManager;
@@ -13,7 +12,8 @@ class ConfigurationManager;
 
 namespace Tarnvel::Testing {
 
-/*! \brief What a manager announces through configurationChanged() from now on, described. */
+/*! \brief What a manager announces through configurationChanged() while this object lives,
+ * described. */
 class Announcements
 {
 public:
@@ -27,7 +27,8 @@ public:
     int count() const;
 
 private:
-    std::shared_ptr<QStringList> m_texts = std::make_shared<QStringList>();
+    QObject m_context;
+    QStringList m_texts;
 };
 
 } // namespace Tarnvel::Testing
