@@ -18,6 +18,7 @@
 #include "message_log.h"
 
 #include <functional>
+#include <limits>
 #include <memory>
 #include <type_traits>
 #include <utility>

@@ -268,6 +268,8 @@ void ErrorValuesTest::anyOtherNameBecomesInternal_data()
     QTest::newRow("prefix in lower case") << prefix.toLower() + "Forbidden";
     QTest::newRow("prefix in capitals") << prefix.toUpper() + "Forbidden";
     QTest::newRow("blank before the prefix") << " " + prefix + "Forbidden";
+    QTest::newRow("prefix at the end") << "Forbidden" + prefix;
+    QTest::newRow("prefix inside the suffix") << "For" + prefix + "bidden";
     QTest::newRow("prefix in the middle") << "com.acme." + prefix + "Forbidden";
     QTest::newRow("another service") << QString("org.acme.ManagedConfiguration.Error.Forbidden");
     QTest::newRow("suffix alone") << QString("Forbidden");

@@ -266,6 +266,8 @@ void NotificationsTest::aWatcherKeepsLessThanAKibibyte()
         }
     };
     notify(notifications);
+    if (mallinfo2().uordblks == 0)
+        QSKIP("a sanitizer's allocator does not count");
     const std::size_t before = mallinfo2().uordblks;
     notify(notifications);
     const std::size_t after = mallinfo2().uordblks;

@@ -376,7 +376,7 @@ void PathParsingTest::anIndexIsWhatToIntMakesOfIt_data()
                              "18446744073709551616",
                              QString::fromUtf8("1\0", 2)};
     for (const QString &text : texts)
-        QTest::newRow(qUtf8Printable('<' + text + '>')) << text;
+        QTest::newRow(qUtf8Printable(quoted(text))) << text;
 }
 
 void PathParsingTest::anIndexIsWhatToIntMakesOfIt()

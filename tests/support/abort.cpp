@@ -7,6 +7,7 @@
 
 #include <csignal>
 #include <cstdlib>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -14,14 +15,38 @@ namespace Tarnvel::Testing {
 
 namespace {
 
+#ifdef COVERAGE
 constexpr int abortedStatus = 86;
+
+// The counters are written by an ordinary exit only.
+void prepareAbort()
+{
+    std::signal(SIGABRT, [](int) { std::exit(abortedStatus); });
+}
+
+bool isAborted(int status)
+{
+    return WIFEXITED(status) && WEXITSTATUS(status) == abortedStatus;
+}
+#else
+void prepareAbort()
+{
+    constexpr rlimit noCoreFile {};
+    setrlimit(RLIMIT_CORE, &noCoreFile);
+    std::signal(SIGABRT, SIG_DFL);
+}
+
+bool isAborted(int status)
+{
+    return WIFSIGNALED(status) && WTERMSIG(status) == SIGABRT;
+}
+#endif
 
 [[noreturn]] void runInChild(const std::function<void()> &action, int errorChannel)
 {
     dup2(errorChannel, STDERR_FILENO);
     qInstallMessageHandler(nullptr);
-    // An ordinary exit in place of the default action lets the coverage counters be written.
-    std::signal(SIGABRT, [](int) { std::exit(abortedStatus); });
+    prepareAbort();
     action();
     _exit(EXIT_SUCCESS);
 }
@@ -50,8 +75,7 @@ QByteArray abortMessage(const std::function<void()> &action)
     close(channel[0]);
     int status = 0;
     waitpid(child, &status, 0);
-    const bool isAborted = WIFEXITED(status) && WEXITSTATUS(status) == abortedStatus;
-    return isAborted ? text : QByteArray();
+    return isAborted(status) ? text : QByteArray();
 }
 
 } // namespace Tarnvel::Testing

@@ -104,8 +104,9 @@ public:
      * It is sent as it is, an empty one included. Whether the service takes it as a whole or merges
      * it into what it keeps is the service's decision. The callback receives a success or an
      * error, like that of getConfiguration(). A configuration with entries on more than 21 levels
-     * is more than D-Bus can carry: it is not sent, and the error is Error::Internal. A change that was accepted does not emit
-     * configurationChanged() by itself: that follows if the service announces the change.
+     * is more than D-Bus can carry: it is not sent, and the error is Error::Internal. A change that
+     * was accepted does not emit configurationChanged() by itself: that follows if the service
+     * announces the change.
      */
     void changeConfiguration(const Configuration &configuration,
                              const std::function<void(const Error &error)> &callback);
