@@ -82,7 +82,7 @@ public:
             m_connection, "org.brenvik.ManagedConfiguration",
             "org.brenvik.ManagedConfiguration.Application1", nullptr, nullptr, nullptr,
             G_DBUS_SIGNAL_FLAGS_NONE, receive, &m_signals, nullptr);
-        return true;
+        return waitForBus();
     }
 
     // The answer in GVariant's text form, or the error's name and message.
@@ -126,6 +126,15 @@ public:
     }
 
 private:
+    // The bus handles the messages of one connection in their order, the subscription included.
+    bool waitForBus()
+    {
+        g_autoptr(GVariant) answer = g_dbus_connection_call_sync(
+            m_connection, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
+            "GetId", nullptr, nullptr, G_DBUS_CALL_FLAGS_NONE, timeoutMs, nullptr, nullptr);
+        return answer;
+    }
+
     static void receive(GDBusConnection *, const gchar *, const gchar *path, const gchar *,
                         const gchar *member, GVariant *arguments, gpointer list)
     {
