@@ -85,6 +85,7 @@ private Q_SLOTS:
     void aFailedReReadAnnouncesAnEmptyConfiguration_data();
     void aFailedReReadAnnouncesAnEmptyConfiguration();
     void eachNotificationIsReReadAndAnnouncedOnce();
+    void eachNotificationOfAFloodIsAnnouncedOnce();
     void announcementsComeInTheOrderOfTheReReads();
     void aWatcherIsKeptForEachNotification();
     void theRepliesOfReReadsAreNotKept();
@@ -186,6 +187,29 @@ void NotificationsTest::eachNotificationIsReReadAndAnnouncedOnce()
     QCOMPARE(m_service.calls().count(), calls + notifications + 1);
     for (const QString &text : m_announcements->texts())
         QCOMPARE(text, QStringLiteral("{\"key\": int 7}"));
+}
+
+void NotificationsTest::eachNotificationOfAFloodIsAnnouncedOnce()
+{
+    // Of re-reads at the same time, a system bus lets 128 be outstanding and refuses the others.
+    constexpr int notifications = 1000;
+    constexpr int outstanding = 128;
+    QList<MethodCall> reReads;
+    m_service.answerThrough([&](const MethodCall &call) { reReads.append(call); });
+    for (int count = 0; count < notifications; ++count)
+        m_service.announceChange(BusFixture::path);
+    QTRY_COMPARE(m_announcements->count(), notifications - outstanding);
+    QCOMPARE(reReads.count(), outstanding);
+    for (const MethodCall &call : qAsConst(reReads))
+        call.reply(parseValue("({'key': <8>},)"));
+
+    m_service.answerWith("({'key': <7>},)");
+    Answers answers;
+    m_manager->getConfiguration(answers.forReading());
+    QVERIFY(answers.waitFor(1));
+    QCOMPARE(m_announcements->count(), notifications);
+    QCOMPARE(m_announcements->texts().count("{}"), notifications - outstanding);
+    QCOMPARE(m_announcements->texts().count("{\"key\": int 8}"), outstanding);
 }
 
 void NotificationsTest::announcementsComeInTheOrderOfTheReReads()

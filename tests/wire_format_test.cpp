@@ -14,8 +14,13 @@
 #include <QtDBus/QDBusVariant>
 #include <QtTest/QTest>
 
+#include <limits>
+#include <sys/resource.h>
+#include <vector>
+
 using namespace Tarnvel::Application::ManagedConfiguration;
 using namespace Tarnvel::Testing;
+using Tarnvel::Sandbox::MethodCall;
 
 class WireFormatTest : public QObject
 {
@@ -28,11 +33,16 @@ private Q_SLOTS:
     void aReceivedValueIsStoredByItsKind_data();
     void aReceivedValueIsStoredByItsKind();
     void aFileDescriptorIsLeftOut();
+    void theDeepestReplyThatTheBusCarriesIsRead_data();
+    void theDeepestReplyThatTheBusCarriesIsRead();
+    void aHugeUnsupportedArrayIsNotTakenIn();
     void theLaterOfTwoEntriesWithOneKeyCounts();
     void keysArriveAndLeaveUnchanged_data();
     void keysArriveAndLeaveUnchanged();
     void aStoredValueIsSentAsItsType_data();
     void aStoredValueIsSentAsItsType();
+    void textThatDBusCannotCarryIsChangedOnItsWay_data();
+    void textThatDBusCannotCarryIsChangedOnItsWay();
     void entriesAreSentInOrderOfTheirKeys();
     void anEmptyConfigurationIsSentAsAnEmptyDictionary();
     void aReceivedConfigurationGoesBackUnchanged();
@@ -162,7 +172,7 @@ void WireFormatTest::aReceivedValueIsStoredByItsKind()
 
 void WireFormatTest::aFileDescriptorIsLeftOut()
 {
-    m_service.answerThrough([](const Tarnvel::Sandbox::MethodCall &call) {
+    m_service.answerThrough([](const MethodCall &call) {
         call.reply(parseValue("({'file': <handle 0>, 'later': <2>},)"), {0});
     });
     Answers answers;
@@ -172,6 +182,74 @@ void WireFormatTest::aFileDescriptorIsLeftOut()
 
     QCOMPARE(log.take(), QStringList());
     QCOMPARE(describe(answers.at(0).configuration), QStringLiteral("{\"later\": int 2}"));
+}
+
+void WireFormatTest::theDeepestReplyThatTheBusCarriesIsRead_data()
+{
+    QTest::addColumn<QString>("sent");
+    QTest::addColumn<QString>("stored");
+
+    const auto nested = [](int levels, const QString &opening, const QString &innermost,
+                           const QString &closing) {
+        return opening.repeated(levels) + innermost + closing.repeated(levels);
+    };
+    // The dictionary of the reply, its entry and the variant take three of the 64 containers.
+    QTest::newRow("dictionaries") << nested(20, "{'k': <", "[1]", ">}")
+                                  << nested(20, "{\"k\": ", "QList<int> [1]", "}");
+    QTest::newRow("variants") << nested(60, "<", "1", ">") << "invalid";
+    QTest::newRow("arrays") << nested(32, "[", "1", "]") << "invalid";
+    QTest::newRow("structures") << nested(32, "(", "1", ",)") << "invalid";
+    QTest::newRow("arrays of structures") << nested(30, "[(", "1", ",)]") << "invalid";
+    QTest::newRow("foreign dictionaries") << nested(15, "{'k': ", "'x'", "}") << "{}";
+    QTest::newRow("a foreign dictionary in dictionaries")
+        << nested(19, "{'k': <", "{'x': 1}", ">}") << nested(19, "{\"k\": ", "{}", "}");
+}
+
+void WireFormatTest::theDeepestReplyThatTheBusCarriesIsRead()
+{
+    QFETCH(const QString, sent);
+    QFETCH(const QString, stored);
+
+    m_service.answerWith(QStringLiteral("({'key': <%1>, 'later': <2>},)").arg(sent));
+    Answers answers;
+    MessageLog log;
+    m_manager.getConfiguration(answers.forReading());
+    QVERIFY(answers.waitFor(1));
+    QCOMPARE(answers.at(0).error.message(), QString());
+    QCOMPARE(describe(answers.at(0).configuration.get("key")), stored);
+    QCOMPARE(describe(answers.at(0).configuration.get("later")), QStringLiteral("int 2"));
+}
+
+void WireFormatTest::aHugeUnsupportedArrayIsNotTakenIn()
+{
+    // A million structures: 8 MiB on the wire, hundreds as values of the bus layer.
+    constexpr int elements = 1024 * 1024;
+    constexpr long budgetKibibytes = 96 * 1024;
+    m_service.answerThrough([](const MethodCall &call) {
+        const std::vector<guint32> structures(elements, 0);
+        GVariantBuilder entries;
+        g_variant_builder_init(&entries, G_VARIANT_TYPE_VARDICT);
+        g_variant_builder_add(&entries, "{sv}", "key",
+                              g_variant_new_from_data(G_VARIANT_TYPE("a(u)"), structures.data(),
+                                                      structures.size() * sizeof(guint32), TRUE,
+                                                      nullptr, nullptr));
+        call.reply(g_variant_new("(a{sv})", &entries));
+    });
+    const auto peakKibibytes = [] {
+        rusage usage {};
+        getrusage(RUSAGE_SELF, &usage);
+        return usage.ru_maxrss;
+    };
+    const long before = peakKibibytes();
+    Answers answers;
+    MessageLog log;
+    m_manager.getConfiguration(answers.forReading());
+    QVERIFY(answers.waitFor(1));
+    QVERIFY(!answers.at(0).error);
+    QCOMPARE(log.take().count(), 1);
+    const long grown = peakKibibytes() - before;
+    qInfo("%ld KiB", grown);
+    QVERIFY(grown < budgetKibibytes);
 }
 
 void WireFormatTest::theLaterOfTwoEntriesWithOneKeyCounts()
@@ -263,6 +341,40 @@ void WireFormatTest::aStoredValueIsSentAsItsType()
     QVERIFY(!answers.at(0).error);
     QCOMPARE(m_service.calls().count(), calls + 1);
     QCOMPARE(m_service.calls().last().arguments, QStringLiteral("({'key': <%1>},)").arg(wire));
+}
+
+void WireFormatTest::textThatDBusCannotCarryIsChangedOnItsWay_data()
+{
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("carried");
+
+    QTest::newRow("NUL at the end") << QString::fromUtf8("ab\0", 3) << "ab";
+    QTest::newRow("NUL inside") << QString::fromUtf8("a\0b", 3) << "a";
+    QTest::newRow("unpaired high surrogate") << QString(QChar(0xD83D)) << "?";
+    QTest::newRow("unpaired low surrogate") << QString(QChar(0xDE00)) + QLatin1Char('a') << "?a";
+    QTest::newRow("noncharacter") << QString(QChar(0xFFFE)) << QString(QChar(0xFFFE));
+}
+
+void WireFormatTest::textThatDBusCannotCarryIsChangedOnItsWay()
+{
+    QFETCH(const QString, text);
+    QFETCH(const QString, carried);
+
+    Configuration configuration;
+    configuration.set("key", text);
+    QString received;
+    m_service.answerThrough([&](const MethodCall &call) {
+        const gchar *value = nullptr;
+        g_autoptr(GVariant) entries = g_variant_get_child_value(call.arguments(), 0);
+        if (g_variant_lookup(entries, "key", "&s", &value))
+            received = QString::fromUtf8(value);
+        call.reply(nullptr);
+    });
+    Answers answers;
+    m_manager.changeConfiguration(configuration, answers.forChanging());
+    QVERIFY(answers.waitFor(1));
+    QVERIFY(!answers.at(0).error);
+    QCOMPARE(received, carried);
 }
 
 void WireFormatTest::entriesAreSentInOrderOfTheirKeys()
