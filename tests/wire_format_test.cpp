@@ -36,7 +36,8 @@ private Q_SLOTS:
     void theDeepestReplyThatTheBusCarriesIsRead_data();
     void theDeepestReplyThatTheBusCarriesIsRead();
     void aHugeUnsupportedArrayIsNotTakenIn();
-    void theLaterOfTwoEntriesWithOneKeyCounts();
+    void theLastStorableOfEntriesWithOneKeyCounts_data();
+    void theLastStorableOfEntriesWithOneKeyCounts();
     void keysArriveAndLeaveUnchanged_data();
     void keysArriveAndLeaveUnchanged();
     void aStoredValueIsSentAsItsType_data();
@@ -252,16 +253,35 @@ void WireFormatTest::aHugeUnsupportedArrayIsNotTakenIn()
     QVERIFY(grown < budgetKibibytes);
 }
 
-void WireFormatTest::theLaterOfTwoEntriesWithOneKeyCounts()
+void WireFormatTest::theLastStorableOfEntriesWithOneKeyCounts_data()
 {
-    m_service.answerWith("([{'a', <1>}, {'b', <2>}, {'a', <'later'>}, {'b', <7.5>}],)");
+    QTest::addColumn<QString>("entries");
+    QTest::addColumn<QString>("stored");
+
+    // What a configuration does not store replaces nothing.
+    QTest::newRow("storable last") << "{'a', <7.5>}, {'a', <1>}"
+                                   << "{\"a\": int 1}";
+    QTest::newRow("storable first") << "{'a', <1>}, {'a', <7.5>}"
+                                    << "{\"a\": int 1}";
+    QTest::newRow("both storable") << "{'a', <1>}, {'a', <'later'>}"
+                                   << "{\"a\": QString \"later\"}";
+    QTest::newRow("neither storable") << "{'a', <7.5>}, {'a', <[1.5]>}"
+                                      << "{}";
+    QTest::newRow("apart, in descending order") << "{'b', <1>}, {'a', <2>}, {'b', <3>}"
+                                                << "{\"a\": int 2, \"b\": int 3}";
+}
+
+void WireFormatTest::theLastStorableOfEntriesWithOneKeyCounts()
+{
+    QFETCH(const QString, entries);
+    QFETCH(const QString, stored);
+
+    m_service.answerWith(QStringLiteral("([%1],)").arg(entries));
+    MessageLog log;
     Answers answers;
     m_manager.getConfiguration(answers.forReading());
     QVERIFY(answers.waitFor(1));
-
-    // What a configuration does not store replaces nothing.
-    QCOMPARE(describe(answers.at(0).configuration),
-             QStringLiteral("{\"a\": QString \"later\", \"b\": int 2}"));
+    QCOMPARE(describe(answers.at(0).configuration), stored);
 }
 
 void WireFormatTest::keysArriveAndLeaveUnchanged_data()
