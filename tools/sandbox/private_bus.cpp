@@ -105,6 +105,8 @@ bool PrivateBus::waitForAddress()
             return false;
         }
     }
+    // From here on the daemon reports what its clients do wrong, which nobody reads.
+    m_daemon.closeReadChannel(QProcess::StandardError);
     return true;
 }
 
