@@ -86,6 +86,7 @@ private Q_SLOTS:
     void answersComeInTheOrderOfTheReplies();
     void twoRequestsInARowAreAnsweredOneEach();
     void hundredsOfRequestsAtOnceAreAnsweredOnceEach();
+    void unansweredRequestsUseUpWhatTheBusAllows();
     void aSecondReplyToOneCallIsIgnored();
     void theCallbackIsCopiedOnce();
     void anEmptyCallbackThrowsFromTheEventLoop_data();
@@ -386,6 +387,32 @@ void RequestsTest::hundredsOfRequestsAtOnceAreAnsweredOnceEach()
     QVERIFY(answers.waitFor(1));
     QVERIFY(!answers.at(0).error);
     QCOMPARE(answered.count(1), requests);
+}
+
+void RequestsTest::unansweredRequestsUseUpWhatTheBusAllows()
+{
+    constexpr int outstanding = 128;
+    ConfigurationManagerPrivate requests(&m_manager);
+    requests.setTimeout(200);
+    m_service.answerThrough([](const MethodCall &) {});
+    Answers answers;
+    for (int request = 0; request < outstanding; ++request)
+        requests.getConfiguration(answers.forReading());
+    QVERIFY(answers.waitFor(outstanding));
+
+    m_service.answerWith("({'key': <7>},)");
+    requests.getConfiguration(answers.forReading());
+    QVERIFY(answers.waitFor(outstanding + 1));
+    const Error refusal = answers.at(outstanding).error;
+    QCOMPARE(refusal.code(), Error::Internal);
+    QVERIFY2(refusal.message().contains(QLatin1String("maximum number of pending replies")),
+             qPrintable(refusal.message()));
+
+    m_service.stop();
+    QVERIFY(m_service.start());
+    requests.getConfiguration(answers.forReading());
+    QVERIFY(answers.waitFor(outstanding + 2));
+    QVERIFY(!answers.at(outstanding + 1).error);
 }
 
 void RequestsTest::aSecondReplyToOneCallIsIgnored()

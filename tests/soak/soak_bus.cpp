@@ -1,0 +1,32 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "command.h"
+#include "private_bus.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QProcessEnvironment>
+#include <QtCore/QStringList>
+
+using Tarnvel::Sandbox::Command;
+using Tarnvel::Sandbox::PrivateBus;
+
+// Runs the application on a private bus. What the bus writes to its log is kept by the process that
+// started it, and must not be counted to the application.
+int main(int argc, char *argv[])
+{
+    QCoreApplication application(argc, argv);
+    const QStringList words = QCoreApplication::arguments().mid(1);
+    if (words.isEmpty())
+        qFatal("usage: soak_bus COMMAND...");
+
+    PrivateBus bus;
+    if (!bus.start())
+        qFatal("%s", qUtf8Printable(bus.errorString()));
+    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
+    environment.insert(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"), bus.address());
+    Command command(words, environment);
+    if (!command.start([](int status) { QCoreApplication::exit(status); }))
+        qFatal("%s", qUtf8Printable(command.errorString()));
+    return QCoreApplication::exec();
+}
