@@ -93,12 +93,8 @@ void BusLossTest::expectDisconnection(ConfigurationManagerPrivate &requests)
     requests.changeConfiguration(Configuration(), answers.forChanging());
     QCOMPARE(answers.count(), 0);
     QVERIFY(answers.waitFor(2));
-    QVERIFY(answers.at(0).configuration.isEmpty());
-    for (int index = 0; index < 2; ++index) {
-        QCOMPARE(answers.at(index).error.code(), Error::Internal);
-        QCOMPARE(answers.at(index).error.message(),
-                 QStringLiteral("Not connected to D-Bus server"));
-    }
+    const QString failure = QStringLiteral("{} error 1: Not connected to D-Bus server");
+    QCOMPARE(answers.texts(), QStringList({failure, failure}));
 }
 
 TARNVEL_BUS_TEST_MAIN(BusLossTest)

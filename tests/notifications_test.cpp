@@ -132,6 +132,7 @@ void NotificationsTest::aNotificationMayCarryArguments_data()
 
     QTest::newRow("string") << "('x',)";
     QTest::newRow("configuration") << "({'other': <9>},)";
+    QTest::newRow("foreign dictionaries") << "({'a': 'b'}, {1: 2}, <{'x': 'y'}>)";
     QTest::newRow("many") << "(1, 2.5, ['a'], (true, <[<1>]>), @aai [], <<'x'>>)";
 }
 

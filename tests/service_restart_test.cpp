@@ -17,8 +17,9 @@ using Tarnvel::Sandbox::MethodCall;
 
 namespace {
 
-const QString noService = QStringLiteral("The name org.brenvik.ManagedConfiguration was not "
-                                         "provided by any .service files");
+const QString noService = QStringLiteral(
+    "{} error 1: The name org.brenvik.ManagedConfiguration was not "
+    "provided by any .service files");
 
 } // namespace
 
@@ -57,11 +58,7 @@ void ServiceRestartTest::withoutAServiceEveryRequestFails()
     QCOMPARE(answers.count(), 0);
     QVERIFY(answers.waitFor(2));
 
-    QVERIFY(answers.at(0).configuration.isEmpty());
-    for (int index = 0; index < 2; ++index) {
-        QCOMPARE(answers.at(index).error.code(), Error::Internal);
-        QCOMPARE(answers.at(index).error.message(), noService);
-    }
+    QCOMPARE(answers.texts(), QStringList({noService, noService}));
     QCOMPARE(log.take(), QStringList());
 }
 
@@ -71,7 +68,7 @@ void ServiceRestartTest::aServiceThatAppearsLaterIsFound()
     Answers answers;
     manager.getConfiguration(answers.forReading());
     QVERIFY(answers.waitFor(1));
-    QCOMPARE(answers.at(0).error.message(), noService);
+    QCOMPARE(answers.texts(), QStringList(noService));
 
     QVERIFY(m_service.start());
     manager.getConfiguration(answers.forReading());
@@ -94,12 +91,9 @@ void ServiceRestartTest::aServiceThatDiesInMidCallFailsTheCall()
     manager.changeConfiguration(Configuration(), answers.forChanging());
     QVERIFY(answers.waitFor(2));
 
-    for (int index = 0; index < 2; ++index) {
-        QCOMPARE(answers.at(index).error.code(), Error::Internal);
-        QCOMPARE(
-            answers.at(index).error.message(),
-            QStringLiteral("Message recipient disconnected from message bus without replying"));
-    }
+    const QString died = QStringLiteral(
+        "{} error 1: Message recipient disconnected from message bus without replying");
+    QCOMPARE(answers.texts(), QStringList({died, died}));
     QVERIFY(m_service.start());
     m_service.answerWith("({'key': <8>},)");
     manager.getConfiguration(answers.forReading());

@@ -3,6 +3,8 @@
 
 #include "answers.h"
 
+#include "description.h"
+
 #include <QtTest/QTest>
 
 namespace Tarnvel::Testing {
@@ -37,6 +39,19 @@ const Answer &Answers::at(int index) const
     if (index >= count())
         qFatal("there is no answer %d, only %d", index, count());
     return m_answers->at(index);
+}
+
+QStringList Answers::texts() const
+{
+    QStringList texts;
+    for (const Answer &answer : *m_answers) {
+        QString text = describe(answer.configuration);
+        if (answer.error)
+            text += QStringLiteral(" error %1: %2")
+                        .arg(QString::number(answer.error.code()), answer.error.message());
+        texts.append(text);
+    }
+    return texts;
 }
 
 bool Answers::waitFor(int count) const

@@ -7,6 +7,7 @@
 #include "error.h"
 
 #include <QtCore/QList>
+#include <QtCore/QStringList>
 
 #include <functional>
 #include <memory>
@@ -41,6 +42,12 @@ public:
 
     /*! \brief The answer at \a index; ends the test program if there is none. */
     const Answer &at(int index) const;
+
+    /*!
+     * \brief All answers as texts: the configuration as describe() writes it, and for a failure
+     * " error <code>: <message>" behind it.
+     */
+    QStringList texts() const;
 
     /*! \brief Runs the event loop until there are \a count answers; false after ten seconds. */
     bool waitFor(int count) const;
