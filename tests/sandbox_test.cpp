@@ -395,13 +395,13 @@ void SandboxTest::anotherShellCanUseThePrintedLine()
     QProcess shell;
     shell.start("sh",
                 {"-c",
-                 "eval \"$1\"; busctl --system call org.brenvik.ManagedConfiguration"
-                 " /acme_2eviewer org.brenvik.ManagedConfiguration.Application1"
-                 " GetConfiguration",
+                 "eval \"$1\"; gdbus call --system --dest org.brenvik.ManagedConfiguration"
+                 " --object-path /acme_2eviewer --method"
+                 " org.brenvik.ManagedConfiguration.Application1.GetConfiguration",
                  "sh", QString::fromUtf8(readLine())});
     QVERIFY(shell.waitForFinished(timeoutMs));
     QCOMPARE(shell.readAllStandardError(), QByteArray());
-    QCOMPARE(shell.readAllStandardOutput(), QByteArray("a{sv} 1 \"theme\" s \"dark\"\n"));
+    QCOMPARE(shell.readAllStandardOutput(), QByteArray("({'theme': <'dark'>},)\n"));
 }
 
 void SandboxTest::theTemporaryDirectoryMayHaveAnyName()
