@@ -10,6 +10,7 @@
 #include "message_log.h"
 
 #include <QtDBus/QDBusPendingCallWatcher>
+#include <QtTest/QSignalSpy>
 #include <QtTest/QTest>
 #include <QtTest/QTestEventLoop>
 
@@ -92,6 +93,8 @@ private Q_SLOTS:
     void aWatcherKeepsLessThanAKibibyte();
     void aStrangersSignalIsIgnored();
     void signalsOfOtherObjectsAreIgnored();
+    void aQueuedConnectionReceivesTheConfiguration();
+    void aSignalSpyKnowsTheShortName();
     void eachManagerAnnouncesForItself();
     void aRestartedServiceIsFollowed();
 
@@ -337,6 +340,28 @@ void NotificationsTest::signalsOfOtherObjectsAreIgnored()
     QVERIFY(answers.waitFor(1));
     QCOMPARE(m_announcements->count(), 1);
     QCOMPARE(m_service.calls().count(), calls + 2);
+}
+
+void NotificationsTest::aQueuedConnectionReceivesTheConfiguration()
+{
+    QString received;
+    QObject::connect(
+        m_manager.get(), &ConfigurationManager::configurationChanged, this,
+        [&](const Configuration &configuration) { received = describe(configuration); },
+        Qt::QueuedConnection);
+    m_service.announceChange(BusFixture::path);
+    QTRY_COMPARE(received, QStringLiteral("{\"key\": int 7}"));
+    QObject::disconnect(m_manager.get(), nullptr, this, nullptr);
+}
+
+void NotificationsTest::aSignalSpyKnowsTheShortName()
+{
+    qRegisterMetaType<Configuration>("Configuration");
+    QSignalSpy spy(m_manager.get(), &ConfigurationManager::configurationChanged);
+    m_service.announceChange(BusFixture::path);
+    QVERIFY(spy.wait());
+    QCOMPARE(spy.count(), 1);
+    QCOMPARE(describe(spy.first().first()), QStringLiteral("{\"key\": int 7}"));
 }
 
 void NotificationsTest::eachManagerAnnouncesForItself()

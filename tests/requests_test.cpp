@@ -9,6 +9,8 @@
 #include "description.h"
 #include "message_log.h"
 
+#include <QtDBus/QDBusConnection>
+#include <QtDBus/QDBusMessage>
 #include <QtDBus/QDBusPendingCallWatcher>
 #include <QtTest/QTest>
 
@@ -59,15 +61,28 @@ int watcherCount(const QObject &parent)
 
 } // namespace
 
+/*! A service on QtDBus, which unlike GDBus takes all that the bus carries. */
+class QtService : public QObject
+{
+    Q_OBJECT
+    Q_CLASSINFO("D-Bus Interface", "org.brenvik.ManagedConfiguration.Application1")
+
+public:
+    int changes = 0;
+
+public Q_SLOTS:
+    void ChangeConfiguration(const QDBusMessage &)
+    {
+        ++changes;
+    }
+};
+
 class RequestsTest : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit RequestsTest(BusFixture &fixture)
-        : m_application(fixture.application), m_service(fixture.service)
-    {
-    }
+    explicit RequestsTest(BusFixture &fixture) : m_fixture(fixture), m_service(fixture.service) { }
 
 private Q_SLOTS:
     void theInstanceIsAlwaysTheSame();
@@ -96,11 +111,12 @@ private Q_SLOTS:
     void theConfigurationSentIsThatOfTheRequestsTime();
     void aConfigurationIsSentAsLongAsTheBusCarriesIt_data();
     void aConfigurationIsSentAsLongAsTheBusCarriesIt();
+    void anEmptyConfigurationMayLieOneLevelDeeper();
     void aConfigurationNestedTooDeepIsNotSent_data();
     void aConfigurationNestedTooDeepIsNotSent();
 
 private:
-    CatchingApplication &m_application;
+    BusFixture &m_fixture;
     FakeService &m_service;
     ConfigurationManager m_manager;
 };
@@ -476,8 +492,8 @@ void RequestsTest::anEmptyCallbackThrowsFromTheEventLoop()
         requests.changeConfiguration(Configuration(), {});
     else
         requests.getConfiguration({});
-    const int exceptions = m_application.caughtExceptions();
-    QTRY_COMPARE(m_application.caughtExceptions(), exceptions + 1);
+    const int exceptions = m_fixture.application.caughtExceptions();
+    QTRY_COMPARE(m_fixture.application.caughtExceptions(), exceptions + 1);
 
     // The exception passes by the release of the watcher, and other requests go on.
     Answers answers;
@@ -548,6 +564,26 @@ void RequestsTest::aConfigurationIsSentAsLongAsTheBusCarriesIt()
     QVERIFY(!answers.at(0).error);
     QCOMPARE(m_service.calls().count(), calls + 1);
     QCOMPARE(m_service.calls().last().arguments.count("'key'"), levels - (entry.isValid() ? 0 : 1));
+}
+
+void RequestsTest::anEmptyConfigurationMayLieOneLevelDeeper()
+{
+    m_service.stop();
+    QtService service;
+    QDBusConnection connection = QDBusConnection::connectToBus(m_fixture.bus.address(),
+                                                               QStringLiteral("service"));
+    QVERIFY(connection.registerObject(BusFixture::path, &service, QDBusConnection::ExportAllSlots));
+    QVERIFY(connection.registerService(QStringLiteral("org.brenvik.ManagedConfiguration")));
+
+    Answers answers;
+    m_manager.changeConfiguration(nested(22, QVariant()), answers.forChanging());
+    QVERIFY(answers.waitFor(1));
+    QCOMPARE(answers.texts(), QStringList("{}"));
+    QCOMPARE(service.changes, 1);
+
+    connection.unregisterService(QStringLiteral("org.brenvik.ManagedConfiguration"));
+    QDBusConnection::disconnectFromBus(QStringLiteral("service"));
+    QVERIFY(m_service.start());
 }
 
 void RequestsTest::aConfigurationNestedTooDeepIsNotSent_data()

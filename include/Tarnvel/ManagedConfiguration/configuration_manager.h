@@ -117,6 +117,9 @@ Q_SIGNALS:
      *
      * Emitted once for each announcement, whether or not anything differs. If the configuration
      * could not be read after the announcement, \a configuration is empty.
+     *
+     * What names the parameter's type as a text, QSignalSpy and connections through SIGNAL(), finds
+     * it under its short name: call \c qRegisterMetaType<Configuration>("Configuration") before.
      */
     void configurationChanged(const Configuration &configuration);
 
