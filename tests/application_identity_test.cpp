@@ -4,10 +4,10 @@
 #include "announcements.h"
 #include "answers.h"
 #include "bus_fixture.h"
-#include "configuration_manager.h"
 #include "message_log.h"
 
 #include <QtTest/QTest>
+#include <Tarnvel/ManagedConfiguration/configuration_manager.h>
 
 using namespace Tarnvel::Application::ManagedConfiguration;
 using namespace Tarnvel::Testing;

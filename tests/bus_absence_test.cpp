@@ -3,11 +3,11 @@
 
 #include "announcements.h"
 #include "answers.h"
-#include "configuration_manager.h"
 #include "configuration_manager_p.h"
 #include "message_log.h"
 
 #include <QtTest/QTest>
+#include <Tarnvel/ManagedConfiguration/configuration_manager.h>
 
 #include <memory>
 

@@ -4,11 +4,11 @@
 #include "announcements.h"
 #include "answers.h"
 #include "bus_fixture.h"
-#include "configuration_manager.h"
 #include "configuration_manager_p.h"
 
 #include <QtDBus/QDBusConnection>
 #include <QtTest/QTest>
+#include <Tarnvel/ManagedConfiguration/configuration_manager.h>
 
 using namespace Tarnvel::Application::ManagedConfiguration;
 using namespace Tarnvel::Testing;

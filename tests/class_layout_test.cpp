@@ -1,15 +1,15 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "configuration.h"
-#include "configuration_manager.h"
 #include "configuration_manager_p.h"
 #include "configuration_p.h"
-#include "error.h"
-#include "xpath.h"
 
 #include <QtCore/QMetaMethod>
 #include <QtTest/QTest>
+#include <Tarnvel/ManagedConfiguration/configuration.h>
+#include <Tarnvel/ManagedConfiguration/configuration_manager.h>
+#include <Tarnvel/ManagedConfiguration/error.h>
+#include <Tarnvel/ManagedConfiguration/xpath.h>
 
 #include <cstring>
 #include <dlfcn.h>

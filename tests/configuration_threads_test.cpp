@@ -1,13 +1,13 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "configuration.h"
-#include "error.h"
 #include "message_log.h"
-#include "xpath.h"
 
 #include <QtDBus/QDBusError>
 #include <QtTest/QTest>
+#include <Tarnvel/ManagedConfiguration/configuration.h>
+#include <Tarnvel/ManagedConfiguration/error.h>
+#include <Tarnvel/ManagedConfiguration/xpath.h>
 
 #include <atomic>
 #include <functional>

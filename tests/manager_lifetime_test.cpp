@@ -4,10 +4,10 @@
 #include "announcements.h"
 #include "answers.h"
 #include "bus_fixture.h"
-#include "configuration_manager.h"
 #include "configuration_manager_p.h"
 
 #include <QtTest/QTest>
+#include <Tarnvel/ManagedConfiguration/configuration_manager.h>
 
 #include <memory>
 

@@ -3,7 +3,6 @@
 
 #include "answers.h"
 #include "bus_fixture.h"
-#include "configuration_manager.h"
 #include "description.h"
 #include "message_log.h"
 
@@ -11,6 +10,7 @@
 #include <QtDBus/QDBusArgument>
 #include <QtDBus/QDBusVariant>
 #include <QtTest/QTest>
+#include <Tarnvel/ManagedConfiguration/configuration_manager.h>
 
 #include <dlfcn.h>
 

@@ -4,7 +4,6 @@
 #include "announcements.h"
 #include "answers.h"
 #include "bus_fixture.h"
-#include "configuration_manager.h"
 #include "configuration_manager_p.h"
 #include "description.h"
 #include "message_log.h"
@@ -13,6 +12,7 @@
 #include <QtTest/QSignalSpy>
 #include <QtTest/QTest>
 #include <QtTest/QTestEventLoop>
+#include <Tarnvel/ManagedConfiguration/configuration_manager.h>
 
 #include <malloc.h>
 #include <memory>

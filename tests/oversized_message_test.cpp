@@ -3,11 +3,11 @@
 
 #include "answers.h"
 #include "bus_fixture.h"
-#include "configuration_manager.h"
 #include "description.h"
 
 #include <QtDBus/QDBusConnection>
 #include <QtTest/QTest>
+#include <Tarnvel/ManagedConfiguration/configuration_manager.h>
 
 using namespace Tarnvel::Application::ManagedConfiguration;
 using namespace Tarnvel::Testing;

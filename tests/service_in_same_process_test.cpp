@@ -3,12 +3,12 @@
 
 #include "announcements.h"
 #include "answers.h"
-#include "configuration_manager.h"
 #include "private_bus.h"
 
 #include <QtDBus/QDBusConnection>
 #include <QtDBus/QDBusMessage>
 #include <QtTest/QTest>
+#include <Tarnvel/ManagedConfiguration/configuration_manager.h>
 
 #include <memory>
 

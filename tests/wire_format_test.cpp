@@ -3,7 +3,6 @@
 
 #include "answers.h"
 #include "bus_fixture.h"
-#include "configuration_manager.h"
 #include "configuration_manager_p.h"
 #include "configuration_p.h"
 #include "description.h"
@@ -13,6 +12,7 @@
 #include <QtDBus/QDBusObjectPath>
 #include <QtDBus/QDBusVariant>
 #include <QtTest/QTest>
+#include <Tarnvel/ManagedConfiguration/configuration_manager.h>
 
 #include <limits>
 #include <sys/resource.h>

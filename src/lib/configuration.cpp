@@ -1,13 +1,12 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "configuration.h"
 #include "configuration_p.h"
 
 #include <QtCore/QDebug>
 #include <QtCore/QStringList>
-
-#include "xpath.h"
+#include <Tarnvel/ManagedConfiguration/configuration.h>
+#include <Tarnvel/ManagedConfiguration/xpath.h>
 
 #include <algorithm>
 #include <array>

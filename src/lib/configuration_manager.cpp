@@ -1,7 +1,6 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "configuration_manager.h"
 #include "configuration_manager_p.h"
 
 #include <QtCore/QCoreApplication>
@@ -13,6 +12,7 @@
 #include <QtDBus/QDBusPendingCallWatcher>
 #include <QtDBus/QDBusPendingReply>
 #include <QtDBus/QDBusVariant>
+#include <Tarnvel/ManagedConfiguration/configuration_manager.h>
 
 #include "configuration_p.h"
 

@@ -5,10 +5,9 @@
 
 #include <QtDBus/QDBusAbstractInterface>
 #include <QtDBus/QDBusArgument>
-
-#include "configuration.h"
-#include "error.h"
-#include "global.h"
+#include <Tarnvel/ManagedConfiguration/configuration.h>
+#include <Tarnvel/ManagedConfiguration/error.h>
+#include <Tarnvel/ManagedConfiguration/global.h>
 
 #include <functional>
 

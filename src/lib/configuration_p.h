@@ -6,9 +6,8 @@
 #include <QtCore/QMap>
 #include <QtCore/QString>
 #include <QtCore/QVariant>
-
-#include "configuration.h"
-#include "global.h"
+#include <Tarnvel/ManagedConfiguration/configuration.h>
+#include <Tarnvel/ManagedConfiguration/global.h>
 
 namespace Tarnvel::Application::ManagedConfiguration {
 

@@ -1,14 +1,15 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "configuration.h"
+#include <Tarnvel/ManagedConfiguration/configuration.h>
+#include <Tarnvel/ManagedConfiguration/xpath.h>
+
 #include "configuration_p.h"
 #include "description.h"
 #include "message_log.h"
 #include "path_model.h"
 #include "report.h"
 #include "value_tree.h"
-#include "xpath.h"
 
 using namespace Tarnvel::Application::ManagedConfiguration;
 using namespace Tarnvel::Testing;

@@ -8,11 +8,11 @@
 #include <QtCore/QSet>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
+#include <Tarnvel/ManagedConfiguration/configuration.h>
+#include <Tarnvel/ManagedConfiguration/configuration_manager.h>
+#include <Tarnvel/ManagedConfiguration/error.h>
 
-#include "configuration.h"
-#include "configuration_manager.h"
 #include "configuration_manager_p.h"
-#include "error.h"
 #include "supervisor.h"
 
 #include <functional>

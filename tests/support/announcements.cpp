@@ -3,7 +3,8 @@
 
 #include "announcements.h"
 
-#include "configuration_manager.h"
+#include <Tarnvel/ManagedConfiguration/configuration_manager.h>
+
 #include "description.h"
 
 namespace Tarnvel::Testing {

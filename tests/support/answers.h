@@ -3,11 +3,10 @@
 
 #pragma once
 
-#include "configuration.h"
-#include "error.h"
-
 #include <QtCore/QList>
 #include <QtCore/QStringList>
+#include <Tarnvel/ManagedConfiguration/configuration.h>
+#include <Tarnvel/ManagedConfiguration/error.h>
 
 #include <functional>
 #include <memory>

@@ -3,10 +3,9 @@
 
 #pragma once
 
-#include "configuration.h"
-
 #include <QtCore/QString>
 #include <QtCore/QVariant>
+#include <Tarnvel/ManagedConfiguration/configuration.h>
 
 namespace Tarnvel::Testing {
 
