@@ -23,8 +23,8 @@ namespace Tarnvel::Application::ManagedConfiguration {
 
 namespace {
 
-const QLatin1String serviceName("org.brenvik.ManagedConfiguration");
-const char interfaceName[] = "org.brenvik.ManagedConfiguration.Application1";
+constexpr char serviceName[] = "org.brenvik.ManagedConfiguration";
+constexpr char interfaceName[] = "org.brenvik.ManagedConfiguration.Application1";
 
 ConfigurationManager *theManager = nullptr;
 bool isConfigurationRegistered = false;
@@ -217,7 +217,7 @@ const QDBusArgument &operator>>(const QDBusArgument &argument, Configuration &co
 }
 
 ConfigurationManagerPrivate::ConfigurationManagerPrivate(ConfigurationManager *manager)
-    : QDBusAbstractInterface(serviceName, getDBusApplicationPath(), interfaceName,
+    : QDBusAbstractInterface(QLatin1String(serviceName), getDBusApplicationPath(), interfaceName,
                              QDBusConnection::systemBus(), nullptr),
       m_manager(manager)
 {
@@ -227,8 +227,8 @@ ConfigurationManagerPrivate::ConfigurationManagerPrivate(ConfigurationManager *m
         qDBusRegisterMetaType<Configuration>();
         isConfigurationRegistered = true;
     }
-    connection().connect(serviceName, getDBusApplicationPath(), QLatin1String(interfaceName),
-                         QStringLiteral("ConfigurationChanged"), this,
+    connection().connect(QLatin1String(serviceName), getDBusApplicationPath(),
+                         QLatin1String(interfaceName), QStringLiteral("ConfigurationChanged"), this,
                          SLOT(onConfigurationChanged()));
 }
 
