@@ -12,7 +12,9 @@
 #include <QtDBus/QDBusMessage>
 #include <QtDBus/QDBusPendingCallWatcher>
 #include <QtTest/QTest>
+
 #include <Tarnvel/ManagedConfiguration/configuration_manager.h>
+#include <csignal>
 
 using namespace Tarnvel::Application::ManagedConfiguration;
 using namespace Tarnvel::Testing;
@@ -98,6 +100,7 @@ private Q_SLOTS:
     void anAnswerThatIsNoConfigurationIsAnInternalError_data();
     void anAnswerThatIsNoConfigurationIsAnInternalError();
     void aServiceThatNeverAnswersIsATimeOut();
+    void aBusThatHangsIsATimeOut();
     void answersComeInTheOrderOfTheReplies();
     void twoRequestsInARowAreAnsweredOneEach();
     void hundredsOfRequestsAtOnceAreAnsweredOnceEach();
@@ -342,6 +345,28 @@ void RequestsTest::aServiceThatNeverAnswersIsATimeOut()
     requests.getConfiguration(answers.forReading());
     QVERIFY(answers.waitFor(3));
     QCOMPARE(describe(answers.at(2).configuration), QStringLiteral("{\"key\": int 7}"));
+}
+
+void RequestsTest::aBusThatHangsIsATimeOut()
+{
+    m_service.answerWith("({'key': <7>},)");
+    ConfigurationManagerPrivate requests(&m_manager);
+    requests.setTimeout(50);
+    const auto bus = static_cast<pid_t>(m_fixture.bus.processId());
+    QCOMPARE(kill(bus, SIGSTOP), 0);
+    Answers answers;
+    requests.getConfiguration(answers.forReading());
+    requests.changeConfiguration(Configuration(), answers.forChanging());
+    const bool isAnswered = answers.waitFor(2);
+    QCOMPARE(kill(bus, SIGCONT), 0);
+    QVERIFY(isAnswered);
+    QCOMPARE(answers.at(0).error.code(), Error::Internal);
+    QCOMPARE(answers.at(1).error.code(), Error::Internal);
+
+    requests.setTimeout(-1);
+    requests.getConfiguration(answers.forReading());
+    QVERIFY(answers.waitFor(3));
+    QCOMPARE(answers.texts().last(), QStringLiteral("{\"key\": int 7}"));
 }
 
 void RequestsTest::answersComeInTheOrderOfTheReplies()

@@ -77,6 +77,11 @@ QString PrivateBus::address() const
         + QString::fromLatin1(QUrl::toPercentEncoding(socket, "/", "~"));
 }
 
+qint64 PrivateBus::processId() const
+{
+    return m_daemon.processId();
+}
+
 QString PrivateBus::errorString() const
 {
     return m_errorString;

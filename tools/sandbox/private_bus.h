@@ -41,6 +41,9 @@ public:
     /*! \brief The address to connect to; fixed for the life of this object. */
     QString address() const;
 
+    /*! \brief The process of the daemon; 0 if it is not running. */
+    qint64 processId() const;
+
     /*! \brief What went wrong in start(). */
     QString errorString() const;
 
