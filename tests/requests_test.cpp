@@ -12,8 +12,8 @@
 #include <QtDBus/QDBusMessage>
 #include <QtDBus/QDBusPendingCallWatcher>
 #include <QtTest/QTest>
-
 #include <Tarnvel/ManagedConfiguration/configuration_manager.h>
+
 #include <csignal>
 
 using namespace Tarnvel::Application::ManagedConfiguration;
