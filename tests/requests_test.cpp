@@ -395,8 +395,8 @@ void RequestsTest::twoRequestsInARowAreAnsweredOneEach()
     Answers second;
     m_manager.getConfiguration(first.forReading());
     m_manager.getConfiguration(second.forReading());
+    QVERIFY(first.waitFor(1));
     QVERIFY(second.waitFor(1));
-    QCOMPARE(first.count(), 1);
 }
 
 void RequestsTest::hundredsOfRequestsAtOnceAreAnsweredOnceEach()

@@ -18,8 +18,8 @@ Reading the configuration: done
   recent files  manual.pdf, invoice-2041.pdf, minutes.odt
   first tool    open
   proxy         proxy.acme.example:3128
-Changing the zoom: done
 Changing the proxy: failed, 5: "network/proxy" is locked
+Changing the zoom: done
 The configuration has changed
   theme         light
   zoom          125 %

@@ -32,15 +32,12 @@ void print(const QString &request, const Error &error)
     QTextStream(stdout) << request << ": " << (error ? failure : "done") << Qt::endl;
 }
 
-// A nested configuration is a value like any other: it is taken out, altered and put back.
-void changeProxy(const Configuration &configuration)
+void changeZoom()
 {
-    Configuration network = Configuration::fromVariant(configuration.get("network"));
-    network.set("proxy", "localhost:8080");
     Configuration change;
-    change.set("network", QVariant::fromValue(network));
+    change.set("zoom", 125);
     ConfigurationManager::instance()->changeConfiguration(
-        change, [](const Error &error) { print("Changing the proxy", error); });
+        change, [](const Error &error) { print("Changing the zoom", error); });
 }
 
 void start(const Configuration &configuration, const Error &error)
@@ -50,13 +47,15 @@ void start(const Configuration &configuration, const Error &error)
         return QCoreApplication::exit(EXIT_FAILURE);
     print(configuration);
 
+    // A nested configuration is a value like any other: it is taken out, altered and put back.
+    Configuration network = Configuration::fromVariant(configuration.get("network"));
+    network.set("proxy", "localhost:8080");
     Configuration change;
-    change.set("zoom", 125);
-    const auto goOn = [configuration](const Error &error) {
-        print("Changing the zoom", error);
-        changeProxy(configuration);
-    };
-    ConfigurationManager::instance()->changeConfiguration(change, goOn);
+    change.set("network", QVariant::fromValue(network));
+    ConfigurationManager::instance()->changeConfiguration(change, [](const Error &error) {
+        print("Changing the proxy", error);
+        changeZoom();
+    });
 }
 
 void follow(const Configuration &configuration)

@@ -52,7 +52,8 @@ class ConfigurationManagerPrivate;
  *
  * No request blocks: each returns at once, and its callback is called exactly once, later, from
  * the event loop of the application's thread. Several requests may be under way; their answers
- * come in the order in which the bus completes them. A request that fails is not tried again.
+ * come as the bus completes them, in no promised order among themselves or against
+ * configurationChanged(). A request that fails is not tried again.
  * A callback may make further requests and may delete the manager; an empty callback throws
  * \c std::bad_function_call out of the event loop.
  *
