@@ -198,6 +198,7 @@ Walk expectedWalk(const ValueTree &configuration, const QString &path)
             continue;
         walk.warnings.append(cannotGet(path) + fault);
         walk.value = nullptr;
+        walk.item = QVariant();
         return walk;
     }
     return walk;
