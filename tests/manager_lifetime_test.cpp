@@ -85,15 +85,7 @@ void ManagerLifetimeTest::reReadsOfADestroyedManagerAreNotAnnounced()
 
 void ManagerLifetimeTest::aManagerMayBeDeletedInsideACallback_data()
 {
-    QTest::addColumn<bool>("isChange");
-    QTest::addColumn<bool>("isRefused");
-
-    for (const bool isChange : {false, true}) {
-        for (const bool isRefused : {false, true})
-            QTest::addRow("%s, %s", isChange ? "change" : "read",
-                          isRefused ? "refused" : "accepted")
-                << isChange << isRefused;
-    }
+    addRequestRows();
 }
 
 void ManagerLifetimeTest::aManagerMayBeDeletedInsideACallback()

@@ -492,15 +492,7 @@ void RequestsTest::theCallbackIsCopiedOnce()
 
 void RequestsTest::anEmptyCallbackThrowsFromTheEventLoop_data()
 {
-    QTest::addColumn<bool>("isChange");
-    QTest::addColumn<bool>("isRefused");
-
-    for (const bool isChange : {false, true}) {
-        for (const bool isRefused : {false, true})
-            QTest::addRow("%s, %s", isChange ? "change" : "read",
-                          isRefused ? "refused" : "accepted")
-                << isChange << isRefused;
-    }
+    addRequestRows();
 }
 
 void RequestsTest::anEmptyCallbackThrowsFromTheEventLoop()

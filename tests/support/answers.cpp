@@ -60,4 +60,17 @@ bool Answers::waitFor(int count) const
         && this->count() == count;
 }
 
+void addRequestRows()
+{
+    QTest::addColumn<bool>("isChange");
+    QTest::addColumn<bool>("isRefused");
+
+    for (const bool isChange : {false, true}) {
+        for (const bool isRefused : {false, true})
+            QTest::addRow("%s, %s", isChange ? "change" : "read",
+                          isRefused ? "refused" : "accepted")
+                << isChange << isRefused;
+    }
+}
+
 } // namespace Tarnvel::Testing

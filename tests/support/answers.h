@@ -55,4 +55,11 @@ private:
     std::shared_ptr<QList<Answer>> m_answers = std::make_shared<QList<Answer>>();
 };
 
+/*!
+ * \brief Adds a row for each kind of request and outcome to the data of a test.
+ *
+ * The columns are \c isChange and \c isRefused, both \c bool.
+ */
+void addRequestRows();
+
 } // namespace Tarnvel::Testing
