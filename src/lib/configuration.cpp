@@ -35,6 +35,29 @@ bool isConfiguration(const QVariant &value)
     return value.userType() == qMetaTypeId<Configuration>();
 }
 
+template<typename T>
+QVariant itemAt(const QVariant &list, int index)
+{
+    const auto &items = *static_cast<const QList<T> *>(list.constData());
+    return index >= 0 && index < items.size() ? QVariant(items.at(index)) : QVariant();
+}
+
+// One item, out of the list as it lies there: Qt would make a QVariant of every other item too.
+QVariant itemAt(const QVariant &list, int index)
+{
+    if (list.userType() == qMetaTypeId<QList<int>>())
+        return itemAt<int>(list, index);
+    if (list.userType() == qMetaTypeId<QList<bool>>())
+        return itemAt<bool>(list, index);
+    return itemAt<QString>(list, index);
+}
+
+// The configuration inside the value, uncopied.
+const Configuration *configurationIn(const QVariant &value)
+{
+    return isConfiguration(value) ? static_cast<const Configuration *>(value.constData()) : nullptr;
+}
+
 bool stepToItem(QVariant &current, int index, const QString &xpath)
 {
     if (!isSupportedListType(current)) {
@@ -44,8 +67,7 @@ bool stepToItem(QVariant &current, int index, const QString &xpath)
                              << index << ")";
         return false;
     }
-    const auto items = current.value<QVariantList>();
-    const QVariant item = items.value(index);
+    const QVariant item = itemAt(current, index);
     if (!item.isValid()) {
         qWarning() << "Error when getting a value from configuration by the" << xpath
                    << "xpath. The current sequence to be processed does not contain enough items "
@@ -57,33 +79,36 @@ bool stepToItem(QVariant &current, int index, const QString &xpath)
     return true;
 }
 
-bool stepToValue(QVariant &current, const QString &key, const QString &xpath)
+bool stepToValue(QVariant &current, const Configuration *configuration, const QString &key,
+                 const QString &xpath)
 {
-    if (!isConfiguration(current)) {
+    if (!configuration) {
         qWarning().nospace() << "Error when getting a value from configuration by the " << xpath
                              << " xpath. The current value to be processed does not support an "
                                 "access by key (key="
                              << key << ")";
         return false;
     }
-    const Configuration configuration = Configuration::fromVariant(current);
-    if (!configuration.containsKey(key)) {
+    const QMap<QString, QVariant> entries = ConfigurationPrivate::data(*configuration);
+    const auto entry = entries.constFind(key);
+    if (entry == entries.constEnd()) {
         qWarning() << "Error when getting a value from configuration by the" << xpath
                    << "xpath. The current value to be processed does not contain the" << key
                    << "key";
         return false;
     }
-    current = configuration.get(key);
+    current = *entry;
     return true;
 }
 
-bool step(QVariant &current, const XpathAccess &access, const QString &xpath)
+bool step(QVariant &current, const Configuration *configuration, const XpathAccess &access,
+          const QString &xpath)
 {
     switch (access.type()) {
     case XpathAccess::Index:
         return stepToItem(current, access.toIndex(), xpath);
     case XpathAccess::Key:
-        return stepToValue(current, access.toKey(), xpath);
+        return stepToValue(current, configuration, access.toKey(), xpath);
     }
     Q_UNREACHABLE();
 }
@@ -119,7 +144,8 @@ bool ConfigurationPrivate::set(const QString &key, const QVariant &value)
     if (!contains(scalarTypes, value.type()) && !isSupportedListType(value)
         && !isConfiguration(value))
         return false;
-    m_entries.insert(key, value);
+    // What is received comes in the order of its keys as a rule, and then needs no search.
+    m_entries.insert(m_entries.cend(), key, value);
     return true;
 }
 
@@ -131,7 +157,7 @@ QMap<QString, QVariant> ConfigurationPrivate::data(const Configuration &configur
 
 Configuration::Configuration() : d(new ConfigurationPrivate({})) { }
 
-Configuration::Configuration(ConfigurationPrivate *d) : d(d) { }
+Configuration::Configuration(ConfigurationPrivate *data) : d(data) { }
 
 Configuration::Configuration(const Configuration &other)
     : d(new ConfigurationPrivate(ConfigurationPrivate::data(other)))
@@ -185,10 +211,12 @@ QVariant Configuration::getByXpath(const QString &xpath) const
         return {};
     }
 
-    QVariant current = QVariant::fromValue(*this);
+    QVariant current;
+    const Configuration *configuration = this;
     for (const XpathAccess &access : path.accesses()) {
-        if (!step(current, access, path.toString()))
+        if (!step(current, configuration, access, path.toString()))
             return {};
+        configuration = configurationIn(current);
     }
     return current;
 }

@@ -45,51 +45,56 @@ QString getDBusApplicationPath()
 }
 
 template<typename T>
-QVariant toTypedList(const QVariantList &list)
+void appendElement(QList<T> &list, const QVariant &element)
 {
-    QList<T> typedList;
-    for (const QVariant &element : list) {
-        if (element.canConvert<T>())
-            typedList.append(element.value<T>());
-        else
-            qWarning() << "Array element has unexpected type: "
-                       << QVariant::typeToName(element.type());
-    }
-    return QVariant::fromValue(typedList);
+    if (element.canConvert<T>())
+        list.append(element.value<T>());
+    else
+        qWarning() << "Array element has unexpected type: " << QVariant::typeToName(element.type());
 }
 
-bool isListElement(const QVariant &element)
+// Each element goes into the list as it is read: a list of QVariants in between would take an
+// allocation for each.
+template<typename T>
+QVariant toTypedList(const QVariant &first, const QDBusArgument &argument)
 {
-    return element.type() == QVariant::Int || element.type() == QVariant::String
-        || element.type() == QVariant::Bool;
+    QList<T> list;
+    appendElement(list, first);
+    while (!argument.atEnd())
+        appendElement(list, argument.asVariant());
+    return QVariant::fromValue(list);
 }
 
-QVariant parseArray(const QDBusArgument &argument)
+QVariant parseElements(const QDBusArgument &argument)
 {
-    QVariantList list;
-    argument.beginArray();
+    if (argument.atEnd())
+        return QVariantList();
+
     // The first element decides. Behind one that makes no list, millions may wait that would only
     // fill the memory.
-    while (!argument.atEnd() && (list.isEmpty() || isListElement(list.first())))
-        list.append(argument.asVariant());
-    argument.endArray();
-
-    if (list.isEmpty())
-        return list;
-    switch (list.first().type()) {
+    const QVariant first = argument.asVariant();
+    switch (first.type()) {
     case QVariant::Int:
-        return toTypedList<int>(list);
+        return toTypedList<int>(first, argument);
     case QVariant::String:
-        return toTypedList<QString>(list);
+        return toTypedList<QString>(first, argument);
     case QVariant::Bool:
-        return toTypedList<bool>(list);
+        return toTypedList<bool>(first, argument);
     default:
-        qWarning() << "Unsupported type for arrays: " << QVariant::typeToName(list.first().type());
+        qWarning() << "Unsupported type for arrays: " << QVariant::typeToName(first.type());
         return {};
     }
 }
 
-QVariant parseVariantData(const QVariant &value)
+QVariant parseArray(const QDBusArgument &argument)
+{
+    argument.beginArray();
+    const QVariant list = parseElements(argument);
+    argument.endArray();
+    return list;
+}
+
+QVariant parseVariantData(QVariant value)
 {
     if (value.type() != QVariant::UserType || value.userType() != qMetaTypeId<QDBusArgument>())
         return value;
@@ -109,11 +114,11 @@ QVariant parseVariantData(const QVariant &value)
 }
 
 // QtDBus does not know QList<QString>, and asking libdbus to send it ends the process.
-QVariant sendable(const QVariant &value)
+QDBusVariant sendable(const QVariant &value)
 {
     if (value.userType() == qMetaTypeId<QList<QString>>())
-        return QStringList(value.value<QList<QString>>());
-    return value;
+        return QDBusVariant(QStringList(value.value<QList<QString>>()));
+    return QDBusVariant(value);
 }
 
 // A message holds at most 64 containers inside one another, and the bus drops the connection that
@@ -187,7 +192,7 @@ QDBusArgument &operator<<(QDBusArgument &argument, const Configuration &configur
     argument.beginMap(QVariant::String, qMetaTypeId<QDBusVariant>());
     for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
         argument.beginMapEntry();
-        argument << entry.key() << QDBusVariant(sendable(entry.value()));
+        argument << entry.key() << sendable(entry.value());
         argument.endMapEntry();
     }
     argument.endMap();
@@ -204,12 +209,12 @@ const QDBusArgument &operator>>(const QDBusArgument &argument, Configuration &co
     }
 
     argument.beginMap();
+    QString key;
+    QDBusVariant value;
     while (!argument.atEnd()) {
-        QString key;
-        QVariant value;
         argument.beginMapEntry();
         argument >> key >> value;
-        configuration.set(key, parseVariantData(value));
+        configuration.set(key, parseVariantData(value.variant()));
         argument.endMapEntry();
     }
     argument.endMap();

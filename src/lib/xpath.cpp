@@ -60,6 +60,7 @@ QList<XpathAccess> parseXpathAccesses(const QString &xpath)
 
     QList<XpathAccess> accesses;
     const QStringList parts = xpath.split(QLatin1Char('/'), Qt::SkipEmptyParts, Qt::CaseSensitive);
+    accesses.reserve(parts.size());
     for (const QString &part : parts) {
         if (!appendPart(part, xpath, accesses))
             return {};
