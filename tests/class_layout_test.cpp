@@ -19,7 +19,7 @@ using namespace Tarnvel::Application::ManagedConfiguration;
 
 namespace {
 
-const QByteArray mangledNamespace("7Tarnvel11Application20ManagedConfiguration");
+const char mangledNamespace[] = "7Tarnvel11Application20ManagedConfiguration";
 
 /*! What lies \a offset bytes into \a object. */
 template<typename Member, typename Object>
@@ -55,7 +55,7 @@ const Slot *virtualTable(const char *symbol)
 /*! The address of an exported member function by its mangled name, without the namespace. */
 Slot function(const char *prefix, const char *rest)
 {
-    const QByteArray name = prefix + mangledNamespace + rest;
+    const QByteArray name = QByteArray(prefix) + mangledNamespace + rest;
     return dlsym(RTLD_DEFAULT, name.constData());
 }
 

@@ -20,7 +20,7 @@ using namespace Tarnvel::Testing;
 namespace {
 
 /*! What the bus layer hands over, in place of the elements that it has read. */
-QVariantList replacements;
+Q_GLOBAL_STATIC(QVariantList, replacements)
 
 } // namespace
 
@@ -33,7 +33,7 @@ QVariant QDBusArgument::asVariant() const
     static const auto original = reinterpret_cast<AsVariant>(
         dlsym(RTLD_NEXT, "_ZNK13QDBusArgument9asVariantEv"));
     const QVariant element = original(this);
-    return replacements.isEmpty() ? element : replacements.takeFirst();
+    return replacements->isEmpty() ? element : replacements->takeFirst();
 }
 
 class MixedArrayElementsTest : public QObject
@@ -94,14 +94,14 @@ void MixedArrayElementsTest::theFirstElementDecidesTheKindOfTheList()
     const QString original = QStringList(QVector<QString>(elements.count(), "0").toList())
                                  .join(QLatin1Char(','));
     m_service.answerWith(QStringLiteral("({'key': <[%1]>},)").arg(original));
-    replacements = elements;
+    *replacements = elements;
     MessageLog log;
     Answers answers;
     m_manager.getConfiguration(answers.forReading());
     QVERIFY(answers.waitFor(1));
 
     // Behind a first element that makes no list, nothing is read.
-    QCOMPARE(replacements.isEmpty(), stored != QLatin1String("invalid"));
+    QCOMPARE(replacements->isEmpty(), stored != QLatin1String("invalid"));
     QCOMPARE(describe(answers.at(0).configuration.get("key")), stored);
     QCOMPARE(log.take(), warnings);
 }

@@ -189,12 +189,15 @@ void NotificationsTest::eachNotificationIsReReadAndAnnouncedOnce()
     QVERIFY(answers.waitFor(1));
     QCOMPARE(m_announcements->count(), notifications);
     QCOMPARE(m_service.calls().count(), calls + notifications + 1);
-    for (const QString &text : m_announcements->texts())
+    const QStringList texts = m_announcements->texts();
+    for (const QString &text : texts)
         QCOMPARE(text, QStringLiteral("{\"key\": int 7}"));
 }
 
 void NotificationsTest::eachNotificationOfAFloodIsAnnouncedOnce()
 {
+    if (!isOnDBusDaemon())
+        return QTest::qSkip("the number is dbus-daemon's", __FILE__, __LINE__);
     // Of re-reads at the same time, a system bus lets 128 be outstanding and refuses the others.
     constexpr int notifications = 1000;
     constexpr int outstanding = 128;
@@ -260,8 +263,8 @@ void NotificationsTest::theRepliesOfReReadsAreNotKept()
     m_announcements.reset();
     QTestEventLoop loop;
     QObject::connect(m_manager.get(), &ConfigurationManager::configurationChanged, &loop,
-                     [&](const Configuration &configuration) {
-                         QCOMPARE(configuration.get("key").toString().size(), mebibyte.size());
+                     [&loop, size = mebibyte.size()](const Configuration &configuration) {
+                         QCOMPARE(configuration.get("key").toString().size(), size);
                          loop.exitLoop();
                      });
     for (int count = 0; count < notifications; ++count) {
@@ -347,7 +350,9 @@ void NotificationsTest::aQueuedConnectionReceivesTheConfiguration()
     QString received;
     QObject::connect(
         m_manager.get(), &ConfigurationManager::configurationChanged, this,
-        [&](const Configuration &configuration) { received = describe(configuration); },
+        [&](const Configuration &configuration) {
+            received = describe(configuration); // clazy:exclude=lambda-in-connect
+        },
         Qt::QueuedConnection);
     m_service.announceChange(BusFixture::path);
     QTRY_COMPARE(received, QStringLiteral("{\"key\": int 7}"));

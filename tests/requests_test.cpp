@@ -349,6 +349,9 @@ void RequestsTest::aServiceThatNeverAnswersIsATimeOut()
 
 void RequestsTest::aBusThatHangsIsATimeOut()
 {
+    if (!isOnDBusDaemon())
+        return QTest::qSkip("the process to stop is not the one that was started", __FILE__,
+                            __LINE__);
     m_service.answerWith("({'key': <7>},)");
     ConfigurationManagerPrivate requests(&m_manager);
     requests.setTimeout(50);
@@ -366,7 +369,7 @@ void RequestsTest::aBusThatHangsIsATimeOut()
     requests.setTimeout(-1);
     requests.getConfiguration(answers.forReading());
     QVERIFY(answers.waitFor(3));
-    QCOMPARE(answers.texts().last(), QStringLiteral("{\"key\": int 7}"));
+    QCOMPARE(answers.texts().constLast(), QStringLiteral("{\"key\": int 7}"));
 }
 
 void RequestsTest::answersComeInTheOrderOfTheReplies()
@@ -401,6 +404,8 @@ void RequestsTest::twoRequestsInARowAreAnsweredOneEach()
 
 void RequestsTest::hundredsOfRequestsAtOnceAreAnsweredOnceEach()
 {
+    if (!isOnDBusDaemon())
+        return QTest::qSkip("the number is dbus-daemon's", __FILE__, __LINE__);
     // A system bus lets 128 calls of one connection be outstanding and refuses further ones.
     constexpr int requests = 500;
     constexpr int outstanding = 128;
@@ -432,6 +437,8 @@ void RequestsTest::hundredsOfRequestsAtOnceAreAnsweredOnceEach()
 
 void RequestsTest::unansweredRequestsUseUpWhatTheBusAllows()
 {
+    if (!isOnDBusDaemon())
+        return QTest::qSkip("the number is dbus-daemon's", __FILE__, __LINE__);
     constexpr int outstanding = 128;
     ConfigurationManagerPrivate requests(&m_manager);
     requests.setTimeout(200);
@@ -561,9 +568,12 @@ void RequestsTest::aConfigurationIsSentAsLongAsTheBusCarriesIt_data()
     QTest::addColumn<int>("levels");
     QTest::addColumn<QVariant>("entry");
 
+    QTest::newRow("value on the deepest level") << 21 << QVariant(1);
+    // What follows is the last of 64 containers, which not every bus carries.
+    if (!isOnDBusDaemon())
+        return;
     QTest::newRow("empty list on the deepest level") << 21 << QVariant(QStringList());
     QTest::newRow("list on the deepest level") << 21 << QVariant::fromValue(QList<int> {1, 2});
-    QTest::newRow("value on the deepest level") << 21 << QVariant(1);
     QTest::newRow("empty configuration on the deepest level") << 21 << QVariant();
 }
 
@@ -585,6 +595,8 @@ void RequestsTest::aConfigurationIsSentAsLongAsTheBusCarriesIt()
 
 void RequestsTest::anEmptyConfigurationMayLieOneLevelDeeper()
 {
+    if (!isOnDBusDaemon())
+        return QTest::qSkip("not every bus carries the last of 64 containers", __FILE__, __LINE__);
     m_service.stop();
     QtService service;
     QDBusConnection connection = QDBusConnection::connectToBus(m_fixture.bus.address(),

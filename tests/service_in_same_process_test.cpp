@@ -32,7 +32,7 @@ public:
     QVariantMap received;
 
 public Q_SLOTS:
-    QVariantMap GetConfiguration() const
+    QVariantMap GetConfiguration() const // clazy:exclude=const-signal-or-slot
     {
         return {{"list", QVariant::fromValue(QList<int> {1, 2})},
                 {"nested", QVariantMap {{"names", QStringList {"a"}}}},

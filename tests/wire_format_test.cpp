@@ -195,8 +195,11 @@ void WireFormatTest::theDeepestReplyThatTheBusCarriesIsRead_data()
         return opening.repeated(levels) + innermost + closing.repeated(levels);
     };
     // The dictionary of the reply, its entry and the variant take three of the 64 containers.
-    QTest::newRow("dictionaries") << nested(20, "{'k': <", "[1]", ">}")
-                                  << nested(20, "{\"k\": ", "QList<int> [1]", "}");
+    if (isOnDBusDaemon())
+        QTest::newRow("dictionaries")
+            << nested(20, "{'k': <", "[1]", ">}") << nested(20, "{\"k\": ", "QList<int> [1]", "}");
+    QTest::newRow("dictionaries without a list")
+        << nested(20, "{'k': <", "1", ">}") << nested(20, "{\"k\": ", "int 1", "}");
     QTest::newRow("variants") << nested(60, "<", "1", ">") << "invalid";
     QTest::newRow("arrays") << nested(32, "[", "1", "]") << "invalid";
     QTest::newRow("structures") << nested(32, "(", "1", ",)") << "invalid";

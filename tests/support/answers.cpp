@@ -13,7 +13,7 @@ using namespace Application::ManagedConfiguration;
 
 namespace {
 
-constexpr int answerTimeoutMs = 10000;
+constexpr int answerTimeoutMs = 30000;
 
 } // namespace
 
@@ -44,7 +44,7 @@ const Answer &Answers::at(int index) const
 QStringList Answers::texts() const
 {
     QStringList texts;
-    for (const Answer &answer : *m_answers) {
+    for (const Answer &answer : qAsConst(*m_answers)) {
         QString text = describe(answer.configuration);
         if (answer.error)
             text += QStringLiteral(" error %1: %2")

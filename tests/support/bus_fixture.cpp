@@ -42,4 +42,9 @@ QString BusFixture::uniqueName() const
     return QDBusConnection::systemBus().baseService();
 }
 
+bool isOnDBusDaemon()
+{
+    return qEnvironmentVariableIsEmpty("TARNVEL_TEST_BUS_STANDS_IN");
+}
+
 } // namespace Tarnvel::Testing

@@ -48,6 +48,13 @@ public:
     FakeService service;
 };
 
+/*!
+ * \brief Whether the bus is dbus-daemon.
+ *
+ * If not, it is one that stands in for it, with limits and messages of its own.
+ */
+bool isOnDBusDaemon();
+
 /*! \brief The main function of a test \a Class that takes a BusFixture. */
 #define TARNVEL_BUS_TEST_MAIN(Class)                                                               \
     int main(int argc, char *argv[])                                                               \

@@ -20,10 +20,11 @@ QString itemText(const QVariant &item)
 
 QString listText(const QVariant &value)
 {
-    QStringList items;
-    for (const QVariant &item : value.value<QVariantList>())
-        items.append(itemText(item));
-    return u'[' + items.join(QLatin1String(", ")) + u']';
+    const auto items = value.value<QVariantList>();
+    QStringList texts;
+    for (const QVariant &item : items)
+        texts.append(itemText(item));
+    return u'[' + texts.join(QLatin1String(", ")) + u']';
 }
 
 } // namespace
