@@ -3,6 +3,8 @@
 
 #include <QtCore/QDir>
 #include <QtCore/QFile>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
 #include <QtCore/QProcess>
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QTest>
@@ -36,24 +38,6 @@ bool write(const QString &fileName, const QByteArray &text)
 {
     QFile file(fileName);
     return file.open(QIODevice::WriteOnly) && file.write(text) == text.size();
-}
-
-// A process that has ended and is not collected yet counts as gone.
-bool isRunning(const QByteArray &pid)
-{
-    QFile file(QStringLiteral("/proc/%1/stat").arg(QString::fromLatin1(pid)));
-    if (!file.open(QIODevice::ReadOnly))
-        return false;
-    const QByteArray line = file.readAll();
-    return !line.mid(line.lastIndexOf(')') + 2).startsWith('Z');
-}
-
-QByteArrayList childrenOf(qint64 pid)
-{
-    QFile file(QStringLiteral("/proc/%1/task/%1/children").arg(pid));
-    if (!file.open(QIODevice::ReadOnly))
-        return {};
-    return file.readAll().trimmed().split(' ');
 }
 
 // What a program on the bus sees that shares no code with the sandbox or the library.
@@ -114,11 +98,6 @@ public:
         return call(viewerPath, "ChangeConfiguration", arguments);
     }
 
-    QString name() const
-    {
-        return QString::fromUtf8(g_dbus_connection_get_unique_name(m_connection));
-    }
-
     // The signals so far: "path member arguments".
     const QStringList &signalsSeen() const
     {
@@ -149,6 +128,17 @@ private:
     QStringList m_signals;
 };
 
+QVector<QJsonObject> readRecords(const QString &fileName)
+{
+    QVector<QJsonObject> records;
+    QFile file(fileName);
+    if (!file.open(QIODevice::ReadOnly))
+        return records;
+    while (!file.atEnd())
+        records.append(QJsonDocument::fromJson(file.readLine()).object());
+    return records;
+}
+
 QString changed(const QString &path)
 {
     return path + QStringLiteral(" ConfigurationChanged ()");
@@ -169,6 +159,8 @@ private Q_SLOTS:
     void aMistakeOfUseIsNamed_data();
     void aMistakeOfUseIsNamed();
     void helpAndVersionAreShown();
+    void aReaderThatHasSeenEnoughIsNoFailure();
+    void aWorldIsCheckedAndNothingElseDone();
     void theCommandGetsItsWordsItsChannelsAndItsEnvironment();
     void theCommandFindsTheServiceRunning();
     void theBusIsOutOfOthersReach();
@@ -185,7 +177,11 @@ private Q_SLOTS:
     void aLockedSettingStaysAndWithItAllOthers_data();
     void aLockedSettingStaysAndWithItAllOthers();
     void aLockedSettingMayBeSentAsItIs();
-    void everyEventIsPrinted();
+    void everyEventIsPrintedAndRecorded();
+    void aRecordHoldsAllThatIsKnown();
+    void theExitStatusTellsWhetherExpectedCallsCame_data();
+    void theExitStatusTellsWhetherExpectedCallsCame();
+    void aSandboxWithoutACommandTellsAtItsEndWhatHasNotCome();
 
     void aNewWorldIsPushedToThoseWhomItConcerns_data();
     void aNewWorldIsPushedToThoseWhomItConcerns();
@@ -194,17 +190,11 @@ private Q_SLOTS:
     void aBadWorldChangesNothing();
     void aFileThatVanishesAndReturnsIsFollowed();
 
-    void aSignalReachesTheCommand_data();
-    void aSignalReachesTheCommand();
-    void aCommandThatIgnoresTheSignalIsKilled();
-    void nothingIsLeftBehind_data();
-    void nothingIsLeftBehind();
-    void theCommandDoesNotOutliveTheSandbox();
-
 private:
     void start(const QStringList &arguments);
     void finish();
-    void serve(const QByteArray &world);
+    void serve(const QByteArray &world, const QStringList &options = {});
+    bool waitForLine(const QByteArray &part);
     QByteArray readLine();
     QByteArrayList eventLines();
 
@@ -252,10 +242,10 @@ void SandboxTest::finish()
 }
 
 // Starts the sandbox without a command and connects the client to its bus.
-void SandboxTest::serve(const QByteArray &world)
+void SandboxTest::serve(const QByteArray &world, const QStringList &options)
 {
     QVERIFY(write(m_worldFile, world));
-    start({"--world", m_worldFile});
+    start(QStringList {"--world", m_worldFile} + options);
     const QByteArray line = readLine();
     const QByteArray before = "export DBUS_SYSTEM_BUS_ADDRESS='";
     QVERIFY2(line.startsWith(before) && line.endsWith('\''), line.constData());
@@ -270,6 +260,16 @@ QByteArray SandboxTest::readLine()
             return "no line: " + m_sandbox->readAllStandardError();
     }
     return m_sandbox->readLine().chopped(1);
+}
+
+// Waits for a line with \a part in it.
+bool SandboxTest::waitForLine(const QByteArray &part)
+{
+    for (;;) {
+        const QByteArray line = readLine();
+        if (line.contains(part) || line.startsWith("no line: "))
+            return line.contains(part);
+    }
 }
 
 // All that a sandbox that runs no command has printed when it ended.
@@ -316,6 +316,19 @@ void SandboxTest::aMistakeOfUseIsNamed_data()
                                 << "\"--world\" needs the name of a file\n";
     QTest::newRow("missing file") << QStringList {"--world", "/nowhere/w.json", "--", "true"} << 2
                                   << "/nowhere/w.json: No such file or directory\n";
+    QTest::newRow("empty log") << QStringList {"--log", ""} << 2
+                               << "\"--log\" needs the name of a file\n";
+    QTest::newRow("log that cannot be written")
+        << QStringList {"--log", "/nowhere/log", "--", "true"} << 2
+        << "/nowhere/log: No such file or directory\n";
+    QTest::newRow("empty expectation")
+        << QStringList {"--expect", ""} << 2 << "\"--expect\" needs the name of a file\n";
+    QTest::newRow("missing expectation") << QStringList {"--expect", "/nowhere/calls", "--", "true"}
+                                         << 2 << "/nowhere/calls: No such file or directory\n";
+    QTest::newRow("empty file to check")
+        << QStringList {"--check", ""} << 2 << "\"--check\" needs the name of a file\n";
+    QTest::newRow("missing file to check") << QStringList {"--check", "/nowhere/w.json"} << 2
+                                           << "/nowhere/w.json: No such file or directory\n";
     QTest::newRow("missing command") << QStringList {"--", "/nowhere/command"} << 127
                                      << "/nowhere/command: execve: No such file or directory\n";
 }
@@ -345,6 +358,41 @@ void SandboxTest::helpAndVersionAreShown()
     QCOMPARE(m_sandbox->readAllStandardOutput(),
              QByteArray("managed-configuration-sandbox " SANDBOX_VERSION "\n"));
     QCOMPARE(m_sandbox->exitCode(), 0);
+}
+
+void SandboxTest::aReaderThatHasSeenEnoughIsNoFailure()
+{
+    QProcess shell;
+    // The first reader is gone before anything is written.
+    shell.start("bash",
+                {"-o", "pipefail", "-c",
+                 "(sleep 0.2; exec \"$0\" --list-faults) | true;"
+                 " echo ${PIPESTATUS[0]}; \"$0\" --list-faults | head -n 1",
+                 SANDBOX});
+    QVERIFY(shell.waitForFinished(timeoutMs));
+    QCOMPARE(shell.readAllStandardError(), QByteArray());
+    const QByteArrayList lines = shell.readAllStandardOutput().split('\n');
+    QCOMPARE(lines.size(), 3);
+    QCOMPARE(lines.at(0), QByteArray("0"));
+    QVERIFY2(lines.at(1).startsWith("error "), lines.at(1).constData());
+    QCOMPARE(shell.exitCode(), 0);
+}
+
+void SandboxTest::aWorldIsCheckedAndNothingElseDone()
+{
+    QVERIFY(write(m_worldFile, worldOf({applicationOf("viewer", R"({"a": 1})")})));
+    start({"--check", m_worldFile, "--", "echo", "not to be seen"});
+    finish();
+    QCOMPARE(m_sandbox->readAllStandardOutput(), m_worldFile.toUtf8() + ": no mistakes\n");
+    QCOMPARE(m_sandbox->exitCode(), 0);
+
+    QVERIFY(write(m_worldFile, "{\n}"));
+    start({"--check", m_worldFile});
+    finish();
+    QCOMPARE(m_sandbox->readAllStandardError(),
+             m_worldFile.toUtf8() + ":1:1: \"applications\" is missing\n");
+    QCOMPARE(m_sandbox->readAllStandardOutput(), QByteArray());
+    QCOMPARE(m_sandbox->exitCode(), 2);
 }
 
 void SandboxTest::theCommandGetsItsWordsItsChannelsAndItsEnvironment()
@@ -486,12 +534,13 @@ void SandboxTest::aMalformedCallIsRefused()
 
 void SandboxTest::aChangeIsMergedByTopLevelKey()
 {
-    serve(worldOf({applicationOf("viewer", R"({"a": 1, "n": {"x": 1, "y": 2}, "z": true})"),
-                   applicationOf("editor", R"({"a": 1})")}));
-    QCOMPARE(m_client->change("({'n': <{'x': <int32 5>}>, 'b': <['new']>, 'a': <'text'>},)"),
+    serve(
+        worldOf({applicationOf("viewer", R"({"a": 1, "b": [], "n": {"x": 1, "y": 2}, "z": true})"),
+                 applicationOf("editor", R"({"a": 1})")}));
+    QCOMPARE(m_client->change("({'n': <{'x': <int32 5>}>, 'b': <['new']>, 'a': <7>},)"),
              QString("()"));
     QCOMPARE(m_client->read(),
-             QString("({'a': <'text'>, 'b': <['new']>, 'n': <{'x': <5>}>, 'z': <true>},)"));
+             QString("({'a': <7>, 'b': <['new']>, 'n': <{'x': <5>}>, 'z': <true>},)"));
     QCOMPARE(m_client->read(editorPath), QString("({'a': <1>},)"));
     QTRY_COMPARE(m_client->signalsSeen(), QStringList(changed(viewerPath)));
 }
@@ -528,14 +577,15 @@ void SandboxTest::aLockedSettingStaysAndWithItAllOthers()
     QFETCH(QByteArray, change);
     QFETCH(QString, named);
     serve(worldOf({applicationOf(
-        "viewer", R"({"a": 1, "n": {"x": 1, "y": 2}, "theme": "light", "whole": {"p": 1}})",
+        "viewer",
+        R"({"a": 1, "fence": 0, "n": {"x": 1, "y": 2}, "theme": "light", "whole": {"p": 1}})",
         R"(["n/x", "theme", "later", "whole"])")}));
     QCOMPARE(
         m_client->change(change.constData()),
         QString("org.brenvik.ManagedConfiguration.Error.Forbidden: \"%1\" is locked").arg(named));
     QCOMPARE(m_client->read(),
-             QString("({'a': <1>, 'n': <{'x': <1>, 'y': <2>}>, 'theme': <'light'>, "
-                     "'whole': <{'p': <1>}>},)"));
+             QString("({'a': <1>, 'fence': <0>, 'n': <{'x': <1>, 'y': <2>}>, "
+                     "'theme': <'light'>, 'whole': <{'p': <1>}>},)"));
     QCOMPARE(m_client->change("({'fence': <1>},)"), QString("()"));
     QTRY_VERIFY(!m_client->signalsSeen().isEmpty());
     QCOMPARE(m_client->signalsSeen(), QStringList(changed(viewerPath)));
@@ -550,28 +600,152 @@ void SandboxTest::aLockedSettingMayBeSentAsItIs()
     QCOMPARE(m_client->read(), QString("({'n': <{'x': <1>, 'y': <3>}>, 'theme': <'light'>},)"));
 }
 
-void SandboxTest::everyEventIsPrinted()
+void SandboxTest::everyEventIsPrintedAndRecorded()
 {
-    serve(worldOf({applicationOf("viewer", R"({"theme": "light"})", R"(["theme"])")}));
+    const QString logFile = m_directory->filePath("log");
+    serve(worldOf({applicationOf("viewer", R"({"theme": "light", "zoom": 1})", R"(["theme"])")}),
+          {"--log", logFile});
     m_client->read();
     m_client->change("({'zoom': <2>},)");
     m_client->change("({'zoom': <2>},)");
-    m_client->change("({'theme': <'dark'>},)");
-    m_client->read();
+    m_client->change("({'theme': <'dark'>, 'zoom': <1>},)");
+    m_client->call(viewerPath, "Reset");
     m_client->read(playerPath);
-    const QByteArray from = " from " + m_client->name().toUtf8() + ": ";
+    QVERIFY(write(m_worldFile, "{}"));
+    m_sandbox->setReadChannel(QProcess::StandardError);
+    const QByteArray process = "(pid " + QByteArray::number(QCoreApplication::applicationPid());
+    const QByteArray get = "acme/viewer " + process + "): GetConfiguration: ";
+    const QByteArray change = "acme/viewer " + process + "): ChangeConfiguration ";
     const QByteArrayList expected {
-        "acme/viewer: GetConfiguration" + from + "answered, 1 entry",
-        "acme/viewer: ChangeConfiguration" + from + "accepted",
+        get + "answered, 2 entries",
+        change + R"({"zoom":2}: accepted)",
         "acme/viewer: ConfigurationChanged",
-        "acme/viewer: ChangeConfiguration" + from + "accepted, no difference",
-        "acme/viewer: ChangeConfiguration" + from + "refused, Forbidden: \"theme\" is locked",
-        "acme/viewer: GetConfiguration" + from + "answered, 2 entries",
-        "/acme_2eplayer: GetConfiguration" + from
-            + "refused, NotConfigurable: no application is kept at \"/acme_2eplayer\", "
-              "only at \"/acme_2eviewer\"",
+        change + R"({"zoom":2}: accepted, no difference)",
+        change + R"({"theme":"dark","zoom":1}: refused, Forbidden: "theme" is locked)",
+        "acme/viewer " + process
+            + "): Reset: refused, org.freedesktop.DBus.Error.UnknownMethod: "
+              "there is no method \"Reset\"",
+        "/acme_2eplayer " + process
+            + "): GetConfiguration: refused, NotConfigurable: no application is kept at "
+              "\"/acme_2eplayer\", only at \"/acme_2eviewer\"",
+        m_worldFile.toUtf8() + ":1:1: \"applications\" is missing",
     };
-    QCOMPARE(eventLines(), expected);
+    for (const QByteArray &line : expected)
+        QCOMPARE(readLine(), line);
+    QCOMPARE(eventLines(), QByteArrayList());
+    const QVector<QJsonObject> records = readRecords(logFile);
+    QCOMPARE(records.size(), expected.size());
+    double time = 0;
+    for (int index = 0; index < records.size(); ++index) {
+        QCOMPARE(records.at(index).value("text").toString().toUtf8(), expected.at(index));
+        QVERIFY(records.at(index).value("time").toDouble(-1) >= time);
+        time = records.at(index).value("time").toDouble();
+    }
+}
+
+void SandboxTest::aRecordHoldsAllThatIsKnown()
+{
+    const QString logFile = m_directory->filePath("log");
+    serve(worldOf({applicationOf("viewer", R"({"theme": "light", "zoom": 1})", R"(["theme"])")}),
+          {"--log", logFile});
+    m_client->read();
+    m_client->change("({'theme': <'dark'>, 'zoom': <1>},)");
+    m_client->change("({'zoom': <2>},)");
+    m_client->read(playerPath);
+    QVERIFY(write(m_worldFile, "{}"));
+    m_sandbox->setReadChannel(QProcess::StandardError);
+    QVERIFY(waitForLine("missing"));
+    QVector<QJsonObject> records = readRecords(logFile);
+    for (QJsonObject &record : records) {
+        record.remove("time");
+        record.remove("text");
+    }
+    QJsonObject who {{"event", "call"},
+                     {"application", "acme/viewer"},
+                     {"path", viewerPath},
+                     {"pid", QCoreApplication::applicationPid()},
+                     {"user", static_cast<qint64>(geteuid())}};
+    const auto record = [&who](const QJsonObject &members) {
+        QJsonObject whole = who;
+        for (auto member = members.begin(); member != members.end(); ++member)
+            whole.insert(member.key(), member.value());
+        return whole;
+    };
+    QVector<QJsonObject> expected {
+        record({{"method", "GetConfiguration"}, {"outcome", "answered"}}),
+        record({{"method", "ChangeConfiguration"},
+                {"change", QJsonObject {{"theme", "dark"}, {"zoom", 1}}},
+                {"outcome", "refused"},
+                {"error", "Forbidden"},
+                {"message", "\"theme\" is locked"}}),
+        record({{"method", "ChangeConfiguration"},
+                {"change", QJsonObject {{"zoom", 2}}},
+                {"outcome", "accepted"}}),
+        {{"event", "announcement"}, {"application", "acme/viewer"}, {"path", viewerPath}},
+    };
+    who.remove("application");
+    expected.append(record({{"path", playerPath},
+                            {"method", "GetConfiguration"},
+                            {"outcome", "refused"},
+                            {"error", "NotConfigurable"},
+                            {"message",
+                             "no application is kept at \"/acme_2eplayer\", only at "
+                             "\"/acme_2eviewer\""}}));
+    expected.append({{"event", "world"}, {"file", m_worldFile}});
+    QCOMPARE(records.size(), expected.size());
+    for (int index = 0; index < records.size(); ++index)
+        QCOMPARE(QJsonDocument(records.at(index)).toJson(),
+                 QJsonDocument(expected.at(index)).toJson());
+}
+
+void SandboxTest::theExitStatusTellsWhetherExpectedCallsCame_data()
+{
+    QTest::addColumn<QByteArray>("calls");
+    QTest::addColumn<QString>("script");
+    QTest::addColumn<int>("status");
+    QTest::addColumn<QString>("message");
+
+    const QString get = "gdbus call --system --dest org.brenvik.ManagedConfiguration --object-path"
+                        " /acme_2eviewer --method"
+                        " org.brenvik.ManagedConfiguration.Application1.GetConfiguration";
+    const QByteArray one = R"({"calls": [{"method": "GetConfiguration"}]})";
+    const QString missing = ":1:12: the expected call did not come\n";
+    QTest::newRow("no call") << one << "true" << 124 << missing;
+    QTest::newRow("no call, and the command fails") << one << "exit 3" << 3 << missing;
+    QTest::newRow("too late") << QByteArray(
+        R"({"calls": [{"method": "GetConfiguration", "within": 0}]})")
+                              << "sleep 0.1; " + get << 124
+                              << ":1:12: the expected call came after ";
+    QTest::newRow("a call, and the command fails") << one << get + "; exit 3" << 3 << "";
+    QTest::newRow("a call") << one << get << 0 << "";
+    QTest::newRow("nothing expected") << QByteArray(R"({"calls": []})") << "true" << 0 << "";
+}
+
+void SandboxTest::theExitStatusTellsWhetherExpectedCallsCame()
+{
+    QFETCH(QByteArray, calls);
+    QFETCH(QString, script);
+    QFETCH(QString, message);
+    const QString callsFile = m_directory->filePath("calls.json");
+    QVERIFY(write(callsFile, calls));
+    QVERIFY(write(m_worldFile, worldOf({applicationOf("viewer", R"({"a": 1})")})));
+    start({"--world", m_worldFile, "--expect", callsFile, "--", "sh", "-c", script});
+    finish();
+    const QString errors = QString::fromUtf8(m_sandbox->readAllStandardError());
+    QVERIFY2(message.isEmpty() ? !errors.contains("expected")
+                               : errors.contains(callsFile + message),
+             qPrintable(errors));
+    QTEST(m_sandbox->exitCode(), "status");
+}
+
+void SandboxTest::aSandboxWithoutACommandTellsAtItsEndWhatHasNotCome()
+{
+    const QString callsFile = m_directory->filePath("calls.json");
+    QVERIFY(write(callsFile, R"({"calls": [{"method": "GetConfiguration"}]})"));
+    serve(worldOf({applicationOf("viewer", R"({"a": 1})")}), {"--expect", callsFile});
+    QCOMPARE(eventLines(),
+             QByteArrayList {callsFile.toUtf8() + ":1:12: the expected call did not come"});
+    QCOMPARE(m_sandbox->exitCode(), 124);
 }
 
 void SandboxTest::aNewWorldIsPushedToThoseWhomItConcerns_data()
@@ -614,7 +788,8 @@ void SandboxTest::aNewWorldIsPushedToThoseWhomItConcerns()
 
 void SandboxTest::aNewWorldReplacesWhatTheApplicationChanged()
 {
-    serve(worldOf({applicationOf("viewer", R"({"a": 1})"), applicationOf("editor", "{}")}));
+    serve(worldOf(
+        {applicationOf("viewer", R"({"a": 1, "b": false})"), applicationOf("editor", "{}")}));
     QCOMPARE(m_client->change("({'a': <2>, 'b': <true>},)"), QString("()"));
     QTRY_COMPARE(m_client->signalsSeen(), QStringList(changed(viewerPath)));
     QVERIFY(write(m_worldFile,
@@ -641,7 +816,7 @@ void SandboxTest::locksComeAndGoWithTheFile()
 
 void SandboxTest::aBadWorldChangesNothing()
 {
-    serve(worldOf({applicationOf("viewer", R"({"a": 1})")}));
+    serve(worldOf({applicationOf("viewer", R"({"a": 1, "b": 1})")}));
     QCOMPARE(m_client->change("({'b': <2>},)"), QString("()"));
     QTRY_COMPARE(m_client->signalsSeen().size(), 1);
     m_sandbox->setReadChannel(QProcess::StandardError);
@@ -650,12 +825,9 @@ void SandboxTest::aBadWorldChangesNothing()
 
     const QByteArray name = m_worldFile.toUtf8();
     QVERIFY(write(m_worldFile, "{\"applications\": [\n}"));
-    QCOMPARE(readLine(), name + ":2:1: object is missing after a comma; nothing is changed");
-    QVERIFY(write(m_worldFile, worldOf({applicationOf("viewer", R"({"a": 2, "c": null})")})));
-    QCOMPARE(readLine(),
-             name
-                 + ": applications[0]/configuration/c: null is no value of a setting; "
-                   "nothing is changed");
+    QCOMPARE(readLine(), name + ":2:1: no value");
+    QVERIFY(write(m_worldFile, worldOf({applicationOf("viewer", "\n{\"a\": 2, \"c\": null}")})));
+    QCOMPARE(readLine(), name + ":2:15: null is no value of a setting");
     QCOMPARE(m_client->read(), QString("({'a': <1>, 'b': <2>},)"));
 
     QVERIFY(write(m_worldFile, worldOf({applicationOf("viewer", R"({"a": 3})")})));
@@ -675,104 +847,13 @@ void SandboxTest::aFileThatVanishesAndReturnsIsFollowed()
     QVERIFY(QFile::remove(m_worldFile));
     QVERIFY(write(m_worldFile, worldOf({applicationOf("viewer", R"({"a": 3})")})));
     QTRY_COMPARE(m_client->signalsSeen(), QStringList({changed(viewerPath), changed(viewerPath)}));
-    const QByteArray from = " from " + m_client->name().toUtf8() + ": ";
-    const QByteArray read = "acme/viewer: GetConfiguration" + from + "answered, 1 entry";
+    const QByteArray read = "acme/viewer (pid "
+        + QByteArray::number(QCoreApplication::applicationPid())
+        + "): GetConfiguration: answered, 1 entry";
     const QByteArray readAgain = m_worldFile.toUtf8() + ": read again";
     const QByteArray announced = "acme/viewer: ConfigurationChanged";
     QCOMPARE(eventLines(),
              QByteArrayList({read, readAgain, announced, read, readAgain, announced}));
-}
-
-void SandboxTest::aSignalReachesTheCommand_data()
-{
-    QTest::addColumn<int>("signal");
-    QTest::addColumn<QString>("script");
-    QTest::addColumn<int>("status");
-
-    QTest::newRow("SIGTERM caught") << SIGTERM << "trap 'exit 7' TERM" << 7;
-    QTest::newRow("SIGINT caught") << SIGINT << "trap 'exit 8' INT" << 8;
-    QTest::newRow("SIGHUP caught") << SIGHUP << "trap 'exit 9' HUP" << 9;
-    QTest::newRow("SIGTERM") << SIGTERM << ":" << 128 + SIGTERM;
-    QTest::newRow("SIGINT") << SIGINT << ":" << 128 + SIGINT;
-}
-
-void SandboxTest::aSignalReachesTheCommand()
-{
-    QFETCH(int, signal);
-    QFETCH(QString, script);
-    start({"--", "sh", "-c", script + "; echo ready; sleep 1000 & wait"});
-    QCOMPARE(readLine(), QByteArray("ready"));
-    QCOMPARE(kill(static_cast<pid_t>(m_sandbox->processId()), signal), 0);
-    finish();
-    QTEST(m_sandbox->exitCode(), "status");
-}
-
-void SandboxTest::aCommandThatIgnoresTheSignalIsKilled()
-{
-    start({"--", "sh", "-c", "trap '' TERM; echo ready; exec sleep 1000"});
-    QCOMPARE(readLine(), QByteArray("ready"));
-    m_sandbox->terminate();
-    finish();
-    QCOMPARE(m_sandbox->exitCode(), 128 + SIGKILL);
-}
-
-void SandboxTest::nothingIsLeftBehind_data()
-{
-    QTest::addColumn<QStringList>("command");
-    QTest::addColumn<bool>("isTerminated");
-
-    QTest::newRow("terminated without a command") << QStringList() << true;
-    QTest::newRow("command terminated")
-        << QStringList {"--", "sh", "-c", "echo $$; exec sleep 1000"} << true;
-    QTest::newRow("command ended") << QStringList {"--", "sh", "-c", "echo $$; cat"} << false;
-    QTest::newRow("command leaves a process behind")
-        << QStringList {"--", "sh", "-c", "sleep 1000 <&- >&- 2>&- & echo $!; cat"} << false;
-    QTest::newRow("command leaves one behind that it disowned")
-        << QStringList {"--", "sh", "-c",
-                        "setsid sh -c 'trap \"\" TERM HUP; sleep 1000' <&- >&- 2>&- &"
-                        " echo $!; cat"}
-        << false;
-}
-
-void SandboxTest::nothingIsLeftBehind()
-{
-    QFETCH(QStringList, command);
-    QFETCH(bool, isTerminated);
-    QVERIFY(write(m_worldFile, worldOf({})));
-    start(QStringList {"--world", m_worldFile} + command);
-    const QByteArray line = readLine();
-    QByteArrayList processes = childrenOf(m_sandbox->processId());
-    QCOMPARE(processes.size(), command.isEmpty() ? 1 : 2);
-    if (!command.isEmpty())
-        processes.append(line);
-    for (const QByteArray &process : processes)
-        QVERIFY2(isRunning(process), process.constData());
-    QCOMPARE(QDir(m_temporaryFiles).entryList(QDir::Dirs | QDir::NoDotAndDotDot).size(), 1);
-
-    if (isTerminated)
-        m_sandbox->terminate();
-    else
-        m_sandbox->closeWriteChannel();
-    finish();
-    QCOMPARE(m_sandbox->exitCode(), isTerminated && !command.isEmpty() ? 128 + SIGTERM : 0);
-    for (const QByteArray &process : processes)
-        QVERIFY2(!isRunning(process), process.constData());
-    QCOMPARE(QDir(m_temporaryFiles).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
-             QStringList());
-    QCOMPARE(QDir(m_directory->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
-             QStringList({"tmp", "world.json"}));
-}
-
-void SandboxTest::theCommandDoesNotOutliveTheSandbox()
-{
-    start({"--", "sh", "-c", "echo ready; exec sleep 1000"});
-    QCOMPARE(readLine(), QByteArray("ready"));
-    const QByteArrayList processes = childrenOf(m_sandbox->processId());
-    QCOMPARE(processes.size(), 2);
-    m_sandbox->kill();
-    QVERIFY(m_sandbox->waitForFinished(timeoutMs));
-    for (const QByteArray &process : processes)
-        QTRY_VERIFY(!isRunning(process));
 }
 
 QTEST_GUILESS_MAIN(SandboxTest)

@@ -3,6 +3,7 @@
 
 #include "command.h"
 #include "private_bus.h"
+#include "signal_state.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QProcessEnvironment>
@@ -10,6 +11,7 @@
 
 using Tarnvel::Sandbox::Command;
 using Tarnvel::Sandbox::PrivateBus;
+using Tarnvel::Sandbox::SignalState;
 
 // Runs the application on a private bus. What the bus writes to its log is kept by the process that
 // started it, and must not be counted to the application.
@@ -25,7 +27,7 @@ int main(int argc, char *argv[])
         qFatal("%s", qUtf8Printable(bus.errorString()));
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"), bus.address());
-    Command command(words, environment);
+    Command command(words, environment, SignalState());
     if (!command.start([](int status) { QCoreApplication::exit(status); }))
         qFatal("%s", qUtf8Printable(command.errorString()));
     return QCoreApplication::exec();

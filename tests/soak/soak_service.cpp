@@ -11,6 +11,7 @@
 
 #include "bus_service.h"
 #include "end_signals.h"
+#include "endpoint.h"
 
 #include <cstdio>
 #include <cstdlib>
@@ -19,8 +20,8 @@
 using namespace Tarnvel::Soak;
 using Tarnvel::Sandbox::BusService;
 using Tarnvel::Sandbox::EndSignals;
-using Tarnvel::Sandbox::errorPrefix;
 using Tarnvel::Sandbox::MethodCall;
+using Tarnvel::Tools::errorPrefix;
 
 namespace {
 
@@ -191,7 +192,7 @@ void SoakService::receive(const MethodCall &call)
 
 bool SoakService::follow(const MethodCall &call)
 {
-    if (call.method() != QLatin1String(Tarnvel::Sandbox::changeConfigurationMethod))
+    if (call.method() != QLatin1String(Tarnvel::Tools::changeConfigurationMethod))
         return false;
     g_autoptr(GVariant) configuration = g_variant_get_child_value(call.arguments(), 0);
     const char *order = nullptr;
@@ -247,7 +248,7 @@ void SoakService::answerImpatient(const MethodCall &call)
 void SoakService::answer(const MethodCall &call)
 {
     ++m_tally[QStringLiteral("normal")];
-    if (call.method() == QLatin1String(Tarnvel::Sandbox::getConfigurationMethod))
+    if (call.method() == QLatin1String(Tarnvel::Tools::getConfigurationMethod))
         call.reply(g_variant_new("(@a{sv})", makeConfiguration(m_random)));
     else
         call.reply(g_variant_new_tuple(nullptr, 0));
@@ -329,7 +330,7 @@ int main(int argc, char *argv[])
         qFatal("usage: soak_service ADDRESS SEED");
 
     SoakService service(arguments.at(2).toUInt());
-    const EndSignals endSignals([&service](int) {
+    const EndSignals endSignals([&service](int, bool) {
         service.close();
         QCoreApplication::quit();
     });

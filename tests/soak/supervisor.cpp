@@ -107,7 +107,8 @@ void Supervisor::readOutput()
 
 void Supervisor::addToTally(const QString &entries)
 {
-    for (const QString &entry : entries.split(QLatin1Char(','), Qt::SkipEmptyParts))
+    const QStringList list = entries.split(QLatin1Char(','), Qt::SkipEmptyParts);
+    for (const QString &entry : list)
         m_tally[entry.section(QLatin1Char('='), 0, 0)] += entry.section(QLatin1Char('='), 1)
                                                               .toLongLong();
 }

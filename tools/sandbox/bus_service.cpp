@@ -3,14 +3,15 @@
 
 #include "bus_service.h"
 
+#include "bus_connection.h"
+#include "endpoint.h"
+
 #include <gio/gunixfdlist.h>
 #include <utility>
 
 namespace Tarnvel::Sandbox {
 
 namespace {
-
-constexpr int busTimeoutMs = 10000;
 
 template<typename Object>
 std::shared_ptr<Object> share(Object *object)
@@ -32,10 +33,20 @@ gboolean deliver(gpointer data)
     return G_SOURCE_REMOVE;
 }
 
+// An error if the bus does not answer in time.
+GVariant *callBus(GDBusConnection *connection, const char *method, GVariant *arguments,
+                  const char *answerType, GError **error)
+{
+    return g_dbus_connection_call_sync(connection, "org.freedesktop.DBus", "/org/freedesktop/DBus",
+                                       "org.freedesktop.DBus", method, arguments,
+                                       G_VARIANT_TYPE(answerType), G_DBUS_CALL_FLAGS_NONE,
+                                       busTimeoutMs, nullptr, error);
+}
+
 bool isForApplication(GDBusMessage *message)
 {
     return g_dbus_message_get_message_type(message) == G_DBUS_MESSAGE_TYPE_METHOD_CALL
-        && g_strcmp0(g_dbus_message_get_interface(message), applicationInterface) == 0;
+        && g_strcmp0(g_dbus_message_get_interface(message), Tools::applicationInterface) == 0;
 }
 
 // Runs in GDBus's own thread. Exported objects would not do: their paths are not known beforehand,
@@ -75,6 +86,23 @@ QString MethodCall::sender() const
     return QString::fromUtf8(g_dbus_message_get_sender(m_message.get()));
 }
 
+Caller MethodCall::caller() const
+{
+    const char *const name = g_dbus_message_get_sender(m_message.get());
+    g_autoptr(GVariant) answer = callBus(m_connection.get(), "GetConnectionCredentials",
+                                         g_variant_new("(s)", name), "(a{sv})", nullptr);
+    if (!answer)
+        return {};
+    g_autoptr(GVariant) credentials = g_variant_get_child_value(answer, 0);
+    Caller caller;
+    guint32 number = 0;
+    if (g_variant_lookup(credentials, "ProcessID", "u", &number))
+        caller.processId = number;
+    if (g_variant_lookup(credentials, "UnixUserID", "u", &number))
+        caller.userId = number;
+    return caller;
+}
+
 GVariant *MethodCall::arguments() const
 {
     static GVariant *const none = g_variant_ref_sink(g_variant_new_tuple(nullptr, 0));
@@ -109,7 +137,9 @@ void MethodCall::send(GDBusMessage *answer) const
     g_object_unref(answer);
 }
 
-BusService::BusService(Handler handler) : m_handler(std::make_shared<Handler>(std::move(handler)))
+BusService::BusService(Handler handler, LossHandler lossHandler)
+    : m_handler(std::make_shared<Handler>(std::move(handler))),
+      m_lossHandler(std::move(lossHandler))
 {
 }
 
@@ -121,12 +151,9 @@ BusService::~BusService()
 bool BusService::open(const QString &address)
 {
     g_autoptr(GError) error = nullptr;
-    const auto flags = static_cast<GDBusConnectionFlags>(
-        G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT
-        | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
-    m_connection = g_dbus_connection_new_for_address_sync(address.toUtf8().constData(), flags,
-                                                          nullptr, nullptr, &error);
+    m_connection = openConnection(address, &error);
     if (m_connection) {
+        g_signal_connect(m_connection, "closed", G_CALLBACK(receiveLoss), this);
         receiveCalls();
         if (ownName(&error))
             return true;
@@ -140,7 +167,8 @@ void BusService::close()
 {
     if (!m_connection)
         return;
-    g_dbus_connection_close_sync(m_connection, nullptr, nullptr);
+    g_signal_handlers_disconnect_by_data(m_connection, this);
+    closeConnection(m_connection);
     g_clear_object(&m_connection);
 }
 
@@ -151,14 +179,27 @@ bool BusService::isOpen() const
 
 void BusService::announceChange(const QString &path, GVariant *arguments)
 {
+    if (!m_connection) {
+        if (arguments)
+            g_variant_unref(g_variant_ref_sink(arguments));
+        return;
+    }
     g_dbus_connection_emit_signal(m_connection, nullptr, path.toUtf8().constData(),
-                                  applicationInterface, configurationChangedSignal, arguments,
-                                  nullptr);
+                                  Tools::applicationInterface, Tools::configurationChangedSignal,
+                                  arguments, nullptr);
 }
 
 QString BusService::errorString() const
 {
     return m_errorString;
+}
+
+void BusService::receiveLoss(GDBusConnection *, gboolean, GError *, gpointer service)
+{
+    auto *const self = static_cast<BusService *>(service);
+    self->close();
+    if (self->m_lossHandler)
+        self->m_lossHandler();
 }
 
 void BusService::receiveCalls()
@@ -172,10 +213,9 @@ bool BusService::ownName(GError **error)
 {
     constexpr guint32 doNotQueue = 4;
     constexpr guint32 primaryOwner = 1;
-    g_autoptr(GVariant) result = g_dbus_connection_call_sync(
-        m_connection, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus",
-        "RequestName", g_variant_new("(su)", serviceName, doNotQueue), G_VARIANT_TYPE("(u)"),
-        G_DBUS_CALL_FLAGS_NONE, busTimeoutMs, nullptr, error);
+    g_autoptr(GVariant)
+        result = callBus(m_connection, "RequestName",
+                         g_variant_new("(su)", Tools::serviceName, doNotQueue), "(u)", error);
     if (!result)
         return false;
     guint32 outcome = 0;
@@ -183,7 +223,7 @@ bool BusService::ownName(GError **error)
     if (outcome == primaryOwner)
         return true;
     g_set_error(error, G_IO_ERROR, G_IO_ERROR_EXISTS, "%s is owned by another connection",
-                serviceName);
+                Tools::serviceName);
     return false;
 }
 

@@ -9,21 +9,17 @@
 #include <functional>
 #include <gio/gio.h>
 #include <memory>
+#include <optional>
 
 namespace Tarnvel::Sandbox {
 
-/*! \brief The service's name on the bus. */
-constexpr char serviceName[] = "org.brenvik.ManagedConfiguration";
-/*! \brief The interface of the objects that the service keeps, one for each application. */
-constexpr char applicationInterface[] = "org.brenvik.ManagedConfiguration.Application1";
-/*! \brief Comes before the name of each of the service's errors. */
-constexpr char errorPrefix[] = "org.brenvik.ManagedConfiguration.Error.";
-/*! \brief The method that reads a configuration: () to (a{sv}). */
-constexpr char getConfigurationMethod[] = "GetConfiguration";
-/*! \brief The method that changes a configuration: (a{sv}) to (). */
-constexpr char changeConfigurationMethod[] = "ChangeConfiguration";
-/*! \brief The signal that announces a change. */
-constexpr char configurationChangedSignal[] = "ConfigurationChanged";
+/*! \brief The process behind a connection to the bus, as far as the bus knows. */
+struct Caller
+{
+    /*! 0 if it is not known. */
+    qint64 processId = 0;
+    std::optional<quint32> userId;
+};
 
 /*!
  * \brief A method call that the service has received.
@@ -42,6 +38,12 @@ public:
     QString method() const;
     /*! \brief The unique name of the caller. */
     QString sender() const;
+    /*!
+     * \brief Asks the bus who called, and waits for the answer for at most ten seconds.
+     *
+     * Nothing is known of a caller that has left the bus.
+     */
+    Caller caller() const;
     /*! \brief The arguments, a tuple. Belongs to the call. */
     GVariant *arguments() const;
 
@@ -72,9 +74,15 @@ class BusService
 {
 public:
     using Handler = std::function<void(const MethodCall &)>;
+    using LossHandler = std::function<void()>;
 
-    /*! \brief Makes a service that answers calls through \a handler. */
-    explicit BusService(Handler handler);
+    /*!
+     * \brief Makes a service that answers calls through \a handler.
+     *
+     * Calls \a lossHandler in the event loop once the bus has ended the connection. The service is
+     * closed then, and may be opened again.
+     */
+    explicit BusService(Handler handler, LossHandler lossHandler = {});
 
     /*! \brief Closes the connection. */
     ~BusService();
@@ -94,11 +102,11 @@ public:
      */
     void close();
 
-    /*! \brief True from open() to close(). */
+    /*! \brief True from open() to close(), or to the loss of the connection. */
     bool isOpen() const;
 
     /*!
-     * \brief Announces a change of the configuration at \a path.
+     * \brief Announces a change of the configuration at \a path; to nobody if not isOpen().
      *
      * \a arguments, a tuple whose floating reference is taken over, go with the signal, which
      * properly has none.
@@ -109,10 +117,13 @@ public:
     QString errorString() const;
 
 private:
+    static void receiveLoss(GDBusConnection *connection, gboolean isVanished, GError *error,
+                            gpointer service);
     void receiveCalls();
     bool ownName(GError **error);
 
     std::shared_ptr<Handler> m_handler;
+    LossHandler m_lossHandler;
     GDBusConnection *m_connection = nullptr;
     QString m_errorString;
 };

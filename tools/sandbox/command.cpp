@@ -18,7 +18,9 @@ constexpr int signalStatusBase = 128;
 
 } // namespace
 
-Command::Command(const QStringList &words, const QProcessEnvironment &environment)
+Command::Command(const QStringList &words, const QProcessEnvironment &environment,
+                 const SignalState &signals)
+    : m_process(signals)
 {
     m_process.setProgram(words.first());
     m_process.setArguments(words.mid(1));
@@ -37,11 +39,12 @@ bool Command::start(const std::function<void(int status)> &finished)
     return m_process.waitForStarted(startTimeoutMs);
 }
 
-void Command::end(int signal)
+void Command::end(int signal, bool isTyped)
 {
     if (m_process.state() == QProcess::NotRunning)
         return;
-    ::kill(static_cast<pid_t>(m_process.processId()), signal);
+    if (!isTyped)
+        ::kill(static_cast<pid_t>(m_process.processId()), signal);
     QTimer::singleShot(endTimeoutMs, &m_process, &QProcess::kill);
 }
 
@@ -50,8 +53,11 @@ QString Command::errorString() const
     return QStringLiteral("%1: %2").arg(m_process.program(), m_process.errorString());
 }
 
+Command::Process::Process(const SignalState &signals) : m_signals(signals) { }
+
 void Command::Process::setupChildProcess()
 {
+    m_signals.restore();
     prctl(PR_SET_PDEATHSIG, SIGKILL);
 }
 

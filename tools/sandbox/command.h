@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "signal_state.h"
+
 #include <QtCore/QProcess>
 #include <QtCore/QStringList>
 
@@ -11,15 +13,20 @@
 namespace Tarnvel::Sandbox {
 
 /*!
- * \brief The command that is run in the sandbox, on the sandbox's own channels.
+ * \brief The command that is run in the sandbox, on the sandbox's own channels and terminal.
  *
  * It is killed should the sandbox end before it.
  */
 class Command
 {
 public:
-    /*! \brief \a words, the program and its arguments, to be run in \a environment. */
-    Command(const QStringList &words, const QProcessEnvironment &environment);
+    /*!
+     * \brief \a words, the program and its arguments, to be run in \a environment.
+     *
+     * It finds the signals as \a signals has them.
+     */
+    Command(const QStringList &words, const QProcessEnvironment &environment,
+            const SignalState &signals);
 
     /*!
      * \brief Starts the command, and calls \a finished once it has ended.
@@ -30,8 +37,12 @@ public:
      */
     bool start(const std::function<void(int status)> &finished);
 
-    /*! \brief Sends \a signal to the command, and kills it if it is still there 5 seconds later. */
-    void end(int signal);
+    /*!
+     * \brief Kills the command if it is still there in 5 seconds; \a signal asks for this end.
+     *
+     * Passes \a signal on to the command, unless \a isTyped: then the terminal has done so.
+     */
+    void end(int signal, bool isTyped);
 
     /*! \brief What went wrong in start(). */
     QString errorString() const;
@@ -39,8 +50,14 @@ public:
 private:
     class Process : public QProcess
     {
+    public:
+        explicit Process(const SignalState &signals);
+
     protected:
         void setupChildProcess() override;
+
+    private:
+        SignalState m_signals;
     };
 
     Process m_process;

@@ -3,22 +3,43 @@
 
 #include "descendants.h"
 
+#include <QtCore/QDeadlineTimer>
 #include <QtCore/QFile>
 #include <QtCore/QString>
 
 #include <csignal>
 #include <sys/prctl.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 namespace Tarnvel::Sandbox {
 
 namespace {
+
+constexpr int endTimeoutMs = 5000;
+constexpr int pollIntervalUs = 1000;
 
 QList<QByteArray> children()
 {
     QFile file(QStringLiteral("/proc/thread-self/children"));
     return file.open(QIODevice::ReadOnly) ? file.readAll().simplified().split(' ')
                                           : QList<QByteArray>();
+}
+
+// False if none is left that this process may kill.
+bool killChildren()
+{
+    bool isAnyLeft = false;
+    const QList<QByteArray> pids = children();
+    for (const QByteArray &child : pids) {
+        const pid_t pid = child.toInt();
+        if (pid > 0 && kill(pid, SIGKILL) == 0) {
+            waitpid(pid, nullptr, WNOHANG);
+            // Also if this one is gone now: it may have left children of its own.
+            isAnyLeft = true;
+        }
+    }
+    return isAnyLeft;
 }
 
 } // namespace
@@ -31,14 +52,9 @@ Descendants::Descendants()
 Descendants::~Descendants()
 {
     // Orphans are handed to the main thread, which is the one that runs this.
-    for (bool found = true; found;) {
-        found = false;
-        for (const QByteArray &child : children()) {
-            const pid_t pid = child.toInt();
-            if (pid > 0 && kill(pid, SIGKILL) == 0)
-                found = waitpid(pid, nullptr, 0) == pid || found;
-        }
-    }
+    const QDeadlineTimer deadline(endTimeoutMs);
+    while (killChildren() && !deadline.hasExpired())
+        usleep(pollIntervalUs);
 }
 
 } // namespace Tarnvel::Sandbox

@@ -15,7 +15,11 @@ class Descendants
 public:
     Descendants();
 
-    /*! \brief Kills all children, and the children that come to this process by that. */
+    /*!
+     * \brief Kills all children, and the children that come to this process by that.
+     *
+     * Waits until they are gone, but not for more than five seconds: a debugger can hold them back.
+     */
     ~Descendants();
 
     Descendants(const Descendants &) = delete;

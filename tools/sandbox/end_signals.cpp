@@ -3,39 +3,61 @@
 
 #include "end_signals.h"
 
-#include <csignal>
 #include <glib-unix.h>
+#include <sys/signalfd.h>
+#include <unistd.h>
 #include <utility>
 
 namespace Tarnvel::Sandbox {
 
-namespace {
-
-template<int Signal>
-guint receive(EndSignals::Handler *handler)
+sigset_t endSignals()
 {
-    return g_unix_signal_add(
-        Signal,
-        [](gpointer target) -> gboolean {
-            (*static_cast<EndSignals::Handler *>(target))(Signal);
-            return G_SOURCE_CONTINUE;
-        },
-        handler);
+    sigset_t signals;
+    sigemptyset(&signals);
+    for (const int signal : {SIGINT, SIGQUIT, SIGTERM})
+        sigaddset(&signals, signal);
+    // A script's background commands ignore SIGINT without anybody's having asked for it; SIGHUP is
+    // ignored on purpose only.
+    struct sigaction hangUp = {};
+    sigaction(SIGHUP, nullptr, &hangUp);
+    if (hangUp.sa_handler != SIG_IGN)
+        sigaddset(&signals, SIGHUP);
+    return signals;
 }
 
-} // namespace
-
-EndSignals::EndSignals(Handler handler)
-    : m_handler(std::move(handler)),
-      m_sources {receive<SIGHUP>(&m_handler), receive<SIGINT>(&m_handler),
-                 receive<SIGTERM>(&m_handler)}
+bool isTyped(int signal, int code)
 {
+    // When its terminal hangs up, the leader of a session is the only one that is told.
+    return code == SI_KERNEL && signal != SIGHUP;
+}
+
+EndSignals::EndSignals(Handler handler) : m_handler(std::move(handler))
+{
+    const sigset_t signals = endSignals();
+    sigprocmask(SIG_BLOCK, &signals, nullptr);
+    m_file = signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
+    m_source = g_unix_fd_add(
+        m_file, G_IO_IN,
+        [](gint, GIOCondition, gpointer target) -> gboolean {
+            static_cast<EndSignals *>(target)->receive();
+            return G_SOURCE_CONTINUE;
+        },
+        this);
 }
 
 EndSignals::~EndSignals()
 {
-    for (const guint source : m_sources)
-        g_source_remove(source);
+    g_source_remove(m_source);
+    ::close(m_file);
+}
+
+void EndSignals::receive()
+{
+    signalfd_siginfo info = {};
+    if (::read(m_file, &info, sizeof info) != sizeof info)
+        return;
+    const int signal = static_cast<int>(info.ssi_signo);
+    m_handler(signal, isTyped(signal, info.ssi_code));
 }
 
 } // namespace Tarnvel::Sandbox

@@ -3,21 +3,37 @@
 
 #pragma once
 
+#include <csignal>
 #include <functional>
 
 namespace Tarnvel::Sandbox {
 
 /*!
+ * \brief The signals that ask this process to end: SIGHUP, SIGINT, SIGQUIT and SIGTERM.
+ *
+ * SIGHUP is not among them where it is ignored, so that nohup has its effect.
+ */
+sigset_t endSignals();
+
+/*!
+ * \brief True if \a signal, which came with \a code, is from a key pressed on the terminal.
+ *
+ * It then has gone to all processes in the terminal's foreground, and not to this one alone.
+ */
+bool isTyped(int signal, int code);
+
+/*!
  * \brief Receives the signals that ask this process to end, in the event loop.
  *
- * These are SIGHUP, SIGINT and SIGTERM. One that comes before the event loop runs is kept for it.
+ * They are blocked from then on. Make one before there is a second thread. A signal that comes
+ * before the event loop runs is kept for it.
  */
 class EndSignals
 {
 public:
-    using Handler = std::function<void(int signal)>;
+    using Handler = std::function<void(int signal, bool isTyped)>;
 
-    /*! \brief From now on, calls \a handler in place of what the signals do by default. */
+    /*! \brief From now on, calls \a handler for each signal. */
     explicit EndSignals(Handler handler);
 
     /*! \brief Ends the receiving. */
@@ -27,8 +43,11 @@ public:
     EndSignals &operator=(const EndSignals &) = delete;
 
 private:
+    void receive();
+
     Handler m_handler;
-    unsigned int m_sources[3];
+    int m_file;
+    unsigned int m_source;
 };
 
 } // namespace Tarnvel::Sandbox

@@ -5,28 +5,56 @@
 
 #include <QtCore/QFile>
 
+#include <algorithm>
+#include <deque>
 #include <utility>
 
 namespace Tarnvel::Sandbox {
 
-FileWatch::FileWatch(const QString &fileName, std::function<void()> handler)
-    : m_handler(std::move(handler)),
-      m_file(g_file_new_for_path(QFile::encodeName(fileName).constData()))
+namespace {
+
+// As many as the system itself follows.
+constexpr int maximumLinks = 40;
+
+// The symbolic links that lead to the file, and the file.
+std::vector<std::filesystem::path> pathsTo(const std::filesystem::path &fileName)
 {
-    g_autoptr(GError) error = nullptr;
-    m_monitor = g_file_monitor_file(m_file, G_FILE_MONITOR_WATCH_MOVES, nullptr, &error);
-    if (m_monitor)
-        g_signal_connect(m_monitor, "changed", G_CALLBACK(receive), this);
-    else
-        m_errorString = QString::fromUtf8(error->message);
+    std::error_code error;
+    std::vector<std::filesystem::path> paths;
+    std::deque<std::filesystem::path> steps(fileName.begin(), fileName.end());
+    std::filesystem::path path;
+    while (!steps.empty()) {
+        const std::filesystem::path step = steps.front();
+        steps.pop_front();
+        if (step == "..")
+            path = path.parent_path();
+        if (step.empty() || step == "." || step == "..")
+            continue;
+        const std::filesystem::path next = path / step;
+        const std::filesystem::path target = std::filesystem::read_symlink(next, error);
+        if (error || paths.size() == maximumLinks) {
+            path = next;
+            continue;
+        }
+        paths.push_back(next);
+        steps.insert(steps.begin(), target.begin(), target.end());
+    }
+    paths.push_back(path);
+    return paths;
+}
+
+} // namespace
+
+FileWatch::FileWatch(const QString &fileName, std::function<void()> handler)
+    : m_fileName(std::filesystem::absolute(QFile::encodeName(fileName).constData())),
+      m_handler(std::move(handler))
+{
+    watch();
 }
 
 FileWatch::~FileWatch()
 {
-    if (m_monitor)
-        g_signal_handlers_disconnect_by_data(m_monitor, this);
-    g_clear_object(&m_monitor);
-    g_object_unref(m_file);
+    stop();
 }
 
 QString FileWatch::errorString() const
@@ -37,11 +65,53 @@ QString FileWatch::errorString() const
 void FileWatch::receive(GFileMonitor *, GFile *, GFile *otherFile, GFileMonitorEvent event,
                         gpointer data)
 {
-    const auto *const watch = static_cast<FileWatch *>(data);
-    const bool isMovedHere = event == G_FILE_MONITOR_EVENT_MOVED_IN
-        || (event == G_FILE_MONITOR_EVENT_RENAMED && g_file_equal(otherFile, watch->m_file));
-    if (isMovedHere || event == G_FILE_MONITOR_EVENT_CHANGES_DONE_HINT)
-        watch->m_handler();
+    auto *const watch = static_cast<FileWatch *>(data);
+    const bool isRenamed = event == G_FILE_MONITOR_EVENT_RENAMED
+        && watch->isWatched(g_file_peek_path(otherFile));
+    if (!isRenamed && event != G_FILE_MONITOR_EVENT_MOVED_IN
+        && event != G_FILE_MONITOR_EVENT_CHANGES_DONE_HINT)
+        return;
+    watch->watch();
+    watch->m_handler();
+}
+
+bool FileWatch::isWatched(const std::filesystem::path &path) const
+{
+    return std::find(m_paths.begin(), m_paths.end(), path) != m_paths.end();
+}
+
+void FileWatch::watch()
+{
+    // A link may be pointed elsewhere before it is watched.
+    for (auto paths = pathsTo(m_fileName); paths != m_paths; paths = pathsTo(m_fileName)) {
+        stop();
+        m_paths = paths;
+        for (const std::filesystem::path &path : paths)
+            watch(path);
+    }
+}
+
+void FileWatch::watch(const std::filesystem::path &path)
+{
+    g_autoptr(GFile) file = g_file_new_for_path(path.c_str());
+    g_autoptr(GError) error = nullptr;
+    GFileMonitor *const monitor = g_file_monitor_file(file, G_FILE_MONITOR_WATCH_MOVES, nullptr,
+                                                      &error);
+    if (!monitor) {
+        m_errorString = QString::fromUtf8(error->message);
+        return;
+    }
+    g_signal_connect(monitor, "changed", G_CALLBACK(receive), this);
+    m_monitors.push_back(monitor);
+}
+
+void FileWatch::stop()
+{
+    for (GFileMonitor *const monitor : m_monitors) {
+        g_signal_handlers_disconnect_by_data(monitor, this);
+        g_object_unref(monitor);
+    }
+    m_monitors.clear();
 }
 
 } // namespace Tarnvel::Sandbox

@@ -5,8 +5,10 @@
 
 #include <QtCore/QString>
 
+#include <filesystem>
 #include <functional>
 #include <gio/gio.h>
+#include <vector>
 
 namespace Tarnvel::Sandbox {
 
@@ -14,7 +16,9 @@ namespace Tarnvel::Sandbox {
  * \brief Notices when a file has a new content, written in place or moved there.
  *
  * A content written in place counts once its writer has closed the file. A file that vanishes is
- * not noticed, the one that takes its place is. Needs an event loop that runs on GLib.
+ * not noticed, the one that takes its place is. Symbolic links are followed, those to a directory
+ * on the way to the file too, and one that is pointed elsewhere gives the file a new content. Needs
+ * an event loop that runs on GLib.
  */
 class FileWatch
 {
@@ -34,10 +38,15 @@ public:
 private:
     static void receive(GFileMonitor *monitor, GFile *file, GFile *otherFile,
                         GFileMonitorEvent event, gpointer data);
+    bool isWatched(const std::filesystem::path &path) const;
+    void watch();
+    void watch(const std::filesystem::path &path);
+    void stop();
 
-    std::function<void()> m_handler;
-    GFile *m_file;
-    GFileMonitor *m_monitor = nullptr;
+    const std::filesystem::path m_fileName;
+    const std::function<void()> m_handler;
+    std::vector<std::filesystem::path> m_paths;
+    std::vector<GFileMonitor *> m_monitors;
     QString m_errorString;
 };
 

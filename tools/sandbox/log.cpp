@@ -3,14 +3,57 @@
 
 #include "log.h"
 
-#include <cstdio>
+#include <QtCore/QJsonDocument>
+
+#include <utility>
 
 namespace Tarnvel::Sandbox {
 
-void printEvent(const QString &line)
+Log::Log(Handler handler) : m_handler(std::move(handler))
 {
-    const QByteArray text = line.toUtf8() + '\n';
-    std::fwrite(text.constData(), 1, static_cast<std::size_t>(text.size()), stderr);
+    start();
+}
+
+bool Log::open(const QString &fileName)
+{
+    m_file.setFileName(fileName);
+    return m_file.open(QIODevice::WriteOnly | QIODevice::Truncate);
+}
+
+void Log::start()
+{
+    m_clock.start();
+}
+
+double Log::elapsed() const
+{
+    return static_cast<double>(m_clock.elapsed()) / 1000;
+}
+
+void Log::report(const Event &event)
+{
+    QJsonObject record = event.record;
+    record.insert(QStringLiteral("time"), elapsed());
+    record.insert(QStringLiteral("text"), event.line);
+    if (m_file.isOpen()) {
+        m_file.write(QJsonDocument(record).toJson(QJsonDocument::Compact) + '\n');
+        // Whoever follows the file sees each event when it happens.
+        m_file.flush();
+    }
+    if (m_handler)
+        m_handler(record);
+    // Last, so that whoever sees the line finds the record.
+    printEvent(event.line, event.tone);
+}
+
+QString Log::errorString() const
+{
+    return QStringLiteral("%1: %2").arg(m_file.fileName(), m_file.errorString());
+}
+
+void printEvent(const QString &line, Tools::Tone tone)
+{
+    Tools::printLine(stderr, line, tone);
 }
 
 } // namespace Tarnvel::Sandbox

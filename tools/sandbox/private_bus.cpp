@@ -9,6 +9,7 @@
 
 #include <csignal>
 #include <sys/prctl.h>
+#include <unistd.h>
 
 namespace Tarnvel::Sandbox {
 
@@ -40,6 +41,10 @@ const char configuration[] = R"(<!DOCTYPE busconfig PUBLIC
 
 } // namespace
 
+PrivateBus::PrivateBus() : m_ownDirectory(std::in_place), m_directory(m_ownDirectory->path()) { }
+
+PrivateBus::PrivateBus(const QString &directory) : m_directory(directory) { }
+
 PrivateBus::~PrivateBus()
 {
     stop();
@@ -48,13 +53,16 @@ PrivateBus::~PrivateBus()
 bool PrivateBus::start()
 {
     const QString configurationFile = m_directory.filePath(QStringLiteral("bus.conf"));
-    if (!m_directory.isValid()) {
-        m_errorString = m_directory.errorString();
+    if (m_ownDirectory && !m_ownDirectory->isValid()) {
+        m_errorString = m_ownDirectory->errorString();
         return false;
     }
     if (!writeConfiguration(configurationFile))
         return false;
 
+    // There the daemon reports what its clients do wrong. Nobody reads that, and a pipe that nobody
+    // reads would fill, and the daemon would wait for ever to write into it.
+    m_daemon.setStandardErrorFile(QProcess::nullDevice());
     m_daemon.start(QStringLiteral("dbus-daemon"),
                    {QStringLiteral("--nofork"), QStringLiteral("--nopidfile"),
                     QStringLiteral("--print-address=1"),
@@ -110,13 +118,16 @@ bool PrivateBus::waitForAddress()
             return false;
         }
     }
-    // From here on the daemon reports what its clients do wrong, which nobody reads.
-    m_daemon.closeReadChannel(QProcess::StandardError);
     return true;
 }
 
 void PrivateBus::Daemon::setupChildProcess()
 {
+    // What is typed at the terminal is for the applications on the bus.
+    setsid();
+    sigset_t none;
+    sigemptyset(&none);
+    sigprocmask(SIG_SETMASK, &none, nullptr);
     prctl(PR_SET_PDEATHSIG, SIGKILL);
 }
 

@@ -3,9 +3,12 @@
 
 #pragma once
 
+#include <QtCore/QDir>
 #include <QtCore/QProcess>
 #include <QtCore/QString>
 #include <QtCore/QTemporaryDir>
+
+#include <optional>
 
 namespace Tarnvel::Sandbox {
 
@@ -14,12 +17,16 @@ namespace Tarnvel::Sandbox {
  *
  * It has the default limits of a system bus and activates no services. Its socket lies in a
  * directory that only the present user can enter. The daemon dies with this process, however this
- * process ends.
+ * process ends, and is out of the terminal's reach.
  */
 class PrivateBus
 {
 public:
-    PrivateBus() = default;
+    /*! \brief A bus in a temporary directory of its own. */
+    PrivateBus();
+
+    /*! \brief A bus in \a directory, which must be private, and outlive the bus. */
+    explicit PrivateBus(const QString &directory);
 
     /*! \brief Stops the daemon. */
     ~PrivateBus();
@@ -57,7 +64,8 @@ private:
     bool writeConfiguration(const QString &fileName);
     bool waitForAddress();
 
-    QTemporaryDir m_directory;
+    std::optional<QTemporaryDir> m_ownDirectory;
+    QDir m_directory;
     Daemon m_daemon;
     QString m_errorString;
 };

@@ -4,24 +4,36 @@
 #pragma once
 
 #include "bus_service.h"
+#include "events.h"
+#include "fault_plan.h"
+#include "log.h"
 #include "world.h"
 
+#include <QtCore/QMap>
+#include <QtCore/QObject>
 #include <QtCore/QString>
+
+#include <functional>
+#include <memory>
 
 namespace Tarnvel::Sandbox {
 
 /*!
  * \brief The service as a World has it.
  *
- * A change is merged key by key at the top level, as a whole or not at all, and is kept in memory
- * only. Locked settings stay as they are. Each call, change and refusal is an event that is
- * printed.
+ * A change is judged by the world's rules, merged key by key at the top level, as a whole or not at
+ * all, and kept in memory only. Faults come as the world has them, from open() on. Each call,
+ * announcement and fault is an event of the log.
  */
 class StandInService
 {
 public:
-    /*! \brief A service that keeps \a world and is not on a bus yet. */
-    explicit StandInService(const World &world);
+    /*!
+     * \brief A service that keeps \a world, reports to \a log and is not on a bus yet.
+     *
+     * It calls \a killBus when the world has the bus die.
+     */
+    StandInService(const World &world, Log *log, std::function<void()> killBus);
 
     /*! \brief Appears on the bus at \a address; if that fails, false, and errorString() says why.
      */
@@ -31,7 +43,7 @@ public:
      * \brief Keeps \a world from now on.
      *
      * Announces a change to exactly the applications whose configuration is not what it was, also
-     * to one that has come or gone.
+     * to one that has come or gone. The faults still to come are the new world's.
      */
     void takeOver(const World &world);
 
@@ -40,12 +52,35 @@ public:
 
 private:
     void receive(const MethodCall &call);
-    void answer(const MethodCall &call, const Application &application);
-    void change(const MethodCall &call, Application *application);
-    void announce(const QString &path, const QString &name);
+    void meet(const Request &request, const std::optional<Fault> &fault);
+    void serve(const Request &request, const std::optional<Fault> &fault);
+    void answer(const Request &request, const Application &application,
+                const std::optional<Fault> &fault);
+    void change(const Request &request, Application *application,
+                const std::optional<Fault> &fault);
+    void refuse(const Request &request, const QString &error, const QString &message,
+                const std::optional<Fault> &fault = {});
+
+    void meetInTime(const QString &path, const Fault &fault);
+    void push(const QString &path, const Fault &fault);
+    void announceMade(const QString &path, const QString &name,
+                      const std::optional<Fault> &fault = {});
+    void announceUnmade(const QString &path, const Fault &fault);
+    void breakDown(const Fault &fault);
+    void leave();
+    void comeBack();
+    void loseConnection();
 
     World m_world;
+    // The configurations as the administrator has made them, by path.
+    QMap<QString, Variant> m_known;
+    Log *m_log;
+    std::function<void()> m_killBus;
     BusService m_service;
+    QString m_address;
+    FaultPlan m_faults;
+    // The timers of calls that wait for their answer end with it.
+    std::unique_ptr<QObject> m_presence;
 };
 
 } // namespace Tarnvel::Sandbox

@@ -3,9 +3,17 @@
 
 #include "variant.h"
 
+#include <gio/gio.h>
+
 namespace Tarnvel::Sandbox {
 
 namespace {
+
+// What a bus of the type "system" takes where its configuration says nothing else.
+constexpr gsize maximumMessageSize = 32UL * 1024 * 1024;
+
+// The longest name that a bus gives a connection.
+constexpr char longestName[] = ":1.2147483647";
 
 bool isConfiguration(GVariant *value)
 {
@@ -62,6 +70,21 @@ Variant valueAt(const Variant &configuration, const QStringList &path)
         value = entriesOf(value.get()).value(key);
     }
     return value;
+}
+
+bool isTooLarge(const Variant &configuration)
+{
+    g_autoptr(GDBusMessage) answer = g_dbus_message_new();
+    g_dbus_message_set_message_type(answer, G_DBUS_MESSAGE_TYPE_METHOD_RETURN);
+    g_dbus_message_set_reply_serial(answer, 1);
+    g_dbus_message_set_destination(answer, longestName);
+    GVariant *const body = configuration.get();
+    g_dbus_message_set_body(answer, g_variant_new_tuple(&body, 1));
+    gsize size = 0;
+    // What is too large for any bus has no form as a message at all.
+    g_autofree guchar *message = g_dbus_message_to_blob(answer, &size, G_DBUS_CAPABILITY_FLAGS_NONE,
+                                                        nullptr);
+    return !message || size > maximumMessageSize;
 }
 
 bool areEqual(const Variant &left, const Variant &right)

@@ -42,6 +42,14 @@ Variant mergeConfigurations(const Variant &configuration, GVariant *change);
  */
 Variant valueAt(const Variant &configuration, const QStringList &path);
 
+/*!
+ * \brief True if an answer with \a configuration, an a{sv}, is larger than a system bus lets pass.
+ *
+ * The bus would end the service's connection. An answer may be a few bytes shorter than the bus
+ * allows, since its caller's name may be longer another time.
+ */
+bool isTooLarge(const Variant &configuration);
+
 /*! \brief True if both are null, or values of the same type and content. */
 bool areEqual(const Variant &left, const Variant &right);
 

@@ -3,158 +3,231 @@
 
 #include "world.h"
 
-#include "json_value.h"
+#include "configuration_from_json.h"
+#include "endpoint.h"
+#include "fault_from_json.h"
+#include "json_members.h"
 
 #include <QtCore/QFile>
-#include <QtCore/QJsonArray>
-#include <QtCore/QJsonDocument>
-#include <QtCore/QJsonObject>
 
 namespace Tarnvel::Sandbox {
 
 namespace {
 
-struct Member
+constexpr char byteOrderMark[] = "\xef\xbb\xbf";
+
+// The greatest number stands for no user at all.
+constexpr qint64 maximumUser = std::numeric_limits<quint32>::max() - 1;
+
+struct Entry
 {
-    QLatin1String key;
-    QJsonValue::Type type;
-    bool isRequired;
+    QString organizationName;
+    QString applicationName;
+    Application application;
 };
 
-QString typeName(QJsonValue::Type type)
+using ReadItem = bool (*)(const JsonValue &item, Application *application, Mistake *mistake);
+
+bool readItems(const JsonMember &member, ReadItem read, Application *application, Mistake *mistake)
 {
-    switch (type) {
-    case QJsonValue::String:
-        return QStringLiteral("a string");
-    case QJsonValue::Array:
-        return QStringLiteral("a list");
-    default:
-        return QStringLiteral("an object");
-    }
+    if (!isOfKind(member, JsonValue::List, mistake))
+        return false;
+    return std::all_of(member.value.items.begin(), member.value.items.end(),
+                       [&](const JsonValue &item) { return read(item, application, mistake); });
 }
 
-QString memberMistake(const QJsonValue &value, const Member &member, const QString &place)
+bool checkPath(const QString &path, int offset, Mistake *mistake)
 {
-    if (value.isUndefined())
-        return member.isRequired
-            ? mistakeAt(place, QStringLiteral("\"%1\" is missing").arg(member.key))
-            : QString();
-    return value.type() == member.type
-        ? QString()
-        : mistakeAt(memberPlace(place, member.key),
-                    QStringLiteral("not %1").arg(typeName(member.type)));
+    return (isDBusText(path) && !settingKeys(path).isEmpty())
+        || refuse(
+               offset,
+               QStringLiteral("%1 is not the path of a setting, such as \"a/b\"").arg(quoted(path)),
+               mistake);
 }
 
-bool checkMembers(const QJsonObject &object, const QList<Member> &members, const QString &place,
-                  QString *mistake)
+bool readLock(const JsonValue &item, Application *application, Mistake *mistake)
 {
-    QStringList unknown = object.keys();
-    for (const Member &member : members) {
-        *mistake = memberMistake(object.value(member.key), member, place);
-        if (!mistake->isEmpty())
-            return false;
-        unknown.removeOne(member.key);
-    }
-    if (unknown.isEmpty())
-        return true;
-    *mistake = mistakeAt(memberPlace(place, unknown.first()), QStringLiteral("unknown member"));
-    return false;
-}
-
-bool parseLocked(const QJsonArray &list, const QString &place, QStringList *locked,
-                 QString *mistake)
-{
-    for (int index = 0; index < list.size(); ++index) {
-        const QString path = list.at(index).toString();
-        if (lockedKeys(path).isEmpty()) {
-            *mistake = mistakeAt(itemPlace(place, index),
-                                 QStringLiteral("not the path of a setting, such as \"a/b\""));
-            return false;
-        }
-        locked->append(path);
-    }
+    if (!isOfKind(item, JsonValue::String, QStringLiteral("a locked path"), mistake)
+        || !checkPath(item.text, item.offset, mistake))
+        return false;
+    application->locked.append(item.text);
     return true;
 }
 
-bool parseApplication(const QJsonValue &value, const QString &place, World *world, QString *mistake)
+bool readUser(const JsonValue &item, Application *application, Mistake *mistake)
 {
-    static const QList<Member> members {
-        {QLatin1String("organization"), QJsonValue::String, true},
-        {QLatin1String("application"), QJsonValue::String, true},
-        {QLatin1String("configuration"), QJsonValue::Object, true},
-        {QLatin1String("locked"), QJsonValue::Array, false},
+    qint64 user = 0;
+    if (!integerFromJson(item, 0, maximumUser, &user))
+        return refuse(item.offset,
+                      QStringLiteral("a user is no integer from 0 to %1").arg(maximumUser),
+                      mistake);
+    application->users->append(static_cast<quint32>(user));
+    return true;
+}
+
+bool readFault(const JsonValue &item, Application *application, Mistake *mistake)
+{
+    Fault fault {};
+    if (!faultFromJson(item, &fault, mistake))
+        return false;
+    application->faults.append(fault);
+    return true;
+}
+
+bool readLimit(const JsonMember &member, qint32 *limit, Mistake *mistake)
+{
+    using Limits = std::numeric_limits<qint32>;
+    qint64 number = 0;
+    if (!integerFromJson(member.value, Limits::min(), Limits::max(), &number))
+        return refuse(member.value.offset,
+                      QStringLiteral("\"%1\" is no 32-bit integer").arg(member.key), mistake);
+    *limit = static_cast<qint32>(number);
+    return true;
+}
+
+bool readRange(const JsonValue &value, AllowedValues *allowed, Mistake *mistake)
+{
+    static const QVector<KnownMember<AllowedValues>> members {
+        {"minimum", false,
+         [](const JsonMember &member, AllowedValues *range, Mistake *wrong) {
+             return readLimit(member, &range->minimum, wrong);
+         }},
+        {"maximum", false,
+         [](const JsonMember &member, AllowedValues *range, Mistake *wrong) {
+             return readLimit(member, &range->maximum, wrong);
+         }},
     };
-    if (!value.isObject()) {
-        *mistake = mistakeAt(place, QStringLiteral("not an object"));
+    if (!readMembers(value, QStringLiteral("a range"), members, allowed, mistake))
         return false;
-    }
-    const QJsonObject object = value.toObject();
-    if (!checkMembers(object, members, place, mistake))
-        return false;
-
-    const QString organization = object.value(QLatin1String("organization")).toString();
-    const QString application = object.value(QLatin1String("application")).toString();
-    const QString path = applicationPath(organization, application);
-    if (path.contains(QChar::Null) || !g_variant_is_object_path(path.toUtf8().constData())) {
-        *mistake = mistakeAt(place, QStringLiteral("\"%1\" is no object path").arg(path));
-        return false;
-    }
-    if (world->contains(path)) {
-        *mistake = mistakeAt(place, QStringLiteral("a second application at \"%1\"").arg(path));
-        return false;
-    }
-
-    Application &entry = (*world)[path];
-    entry.name = organization + QLatin1Char('/') + application;
-    entry.configuration = configurationFromJson(
-        object.value(QLatin1String("configuration")).toObject(),
-        memberPlace(place, QStringLiteral("configuration")), mistake);
-    return entry.configuration
-        && parseLocked(object.value(QLatin1String("locked")).toArray(),
-                       memberPlace(place, QStringLiteral("locked")), &entry.locked, mistake);
+    if (value.members.empty())
+        return refuse(value.offset, QStringLiteral("\"minimum\" or \"maximum\" is missing"),
+                      mistake);
+    return allowed->minimum <= allowed->maximum
+        || refuse(value.offset, QStringLiteral("\"minimum\" is greater than \"maximum\""), mistake);
 }
 
-bool parseApplications(const QJsonDocument &document, World *world, QString *mistake)
+bool readList(const JsonValue &value, AllowedValues *allowed, Mistake *mistake)
 {
-    if (!document.isObject()) {
-        *mistake = QStringLiteral("not an object");
+    if (value.items.empty())
+        return refuse(value.offset, QStringLiteral("no value is allowed"), mistake);
+    const Variant list = arrayFromJson(value, mistake);
+    if (!list)
         return false;
-    }
-    const QString place = QStringLiteral("applications");
-    if (!checkMembers(document.object(), {{QLatin1String("applications"), QJsonValue::Array, true}},
-                      {}, mistake))
-        return false;
-    const QJsonArray list = document.object().value(place).toArray();
-    for (int index = 0; index < list.size(); ++index) {
-        if (!parseApplication(list.at(index), itemPlace(place, index), world, mistake))
-            return false;
-    }
+    for (gsize index = 0; index < g_variant_n_children(list.get()); ++index)
+        allowed->values.append(adopt(g_variant_get_child_value(list.get(), index)));
     return true;
 }
 
-QString syntaxMistake(const QString &fileName, const QByteArray &text, const QJsonParseError &error)
+bool readAllowed(const JsonMember &setting, Application *application, Mistake *mistake)
 {
-    // The parser reports where it stopped: behind the character that it did not expect, save for
-    // what follows a whole document.
-    const bool isBehind = error.error != QJsonParseError::GarbageAtEnd && error.offset > 0;
-    const QByteArray before = text.left(isBehind ? error.offset - 1 : error.offset);
-    const int lineStart = before.lastIndexOf('\n') + 1;
-    return QStringLiteral("%1:%2:%3: %4")
-        .arg(fileName, QString::number(before.count('\n') + 1),
-             QString::number(QString::fromUtf8(before.mid(lineStart)).size() + 1),
-             error.errorString());
+    AllowedValues allowed;
+    allowed.path = setting.key;
+    if (!checkPath(setting.key, setting.offset, mistake))
+        return false;
+    if (setting.value.kind != JsonValue::List && setting.value.kind != JsonValue::Object)
+        return refuse(setting.value.offset,
+                      QStringLiteral("the allowed values are neither a list nor a range"), mistake);
+    const auto read = setting.value.kind == JsonValue::List ? readList : readRange;
+    if (!read(setting.value, &allowed, mistake))
+        return false;
+    application->allowed.append(allowed);
+    return true;
+}
+
+bool readConfigurable(const JsonMember &member, Entry *entry, Mistake *mistake)
+{
+    entry->application.isConfigurable = member.value.isTrue;
+    return isOfKind(member, JsonValue::Boolean, mistake);
+}
+
+bool readConfiguration(const JsonMember &member, Entry *entry, Mistake *mistake)
+{
+    entry->application.configuration = configurationFromJson(member.value, mistake);
+    return entry->application.configuration != nullptr;
+}
+
+bool readAllAllowed(const JsonMember &member, Entry *entry, Mistake *mistake)
+{
+    const std::vector<JsonMember> &settings = member.value.members;
+    return isOfKind(member, JsonValue::Object, mistake)
+        && std::all_of(settings.begin(), settings.end(), [&](const JsonMember &setting) {
+               return readAllowed(setting, &entry->application, mistake);
+           });
+}
+
+const QVector<KnownMember<Entry>> &knownMembers()
+{
+    static const QVector<KnownMember<Entry>> members {
+        {"organization", true,
+         [](const JsonMember &member, Entry *entry, Mistake *mistake) {
+             entry->organizationName = member.value.text;
+             return isOfKind(member, JsonValue::String, mistake);
+         }},
+        {"application", true,
+         [](const JsonMember &member, Entry *entry, Mistake *mistake) {
+             entry->applicationName = member.value.text;
+             return isOfKind(member, JsonValue::String, mistake);
+         }},
+        {"configuration", true, readConfiguration},
+        {"locked", false,
+         [](const JsonMember &member, Entry *entry, Mistake *mistake) {
+             return readItems(member, readLock, &entry->application, mistake);
+         }},
+        {"configurable", false, readConfigurable},
+        {"users", false,
+         [](const JsonMember &member, Entry *entry, Mistake *mistake) {
+             entry->application.users.emplace();
+             return readItems(member, readUser, &entry->application, mistake);
+         }},
+        {"allowed", false, readAllAllowed},
+        {"faults", false,
+         [](const JsonMember &member, Entry *entry, Mistake *mistake) {
+             return readItems(member, readFault, &entry->application, mistake);
+         }},
+    };
+    return members;
+}
+
+bool readApplication(const JsonValue &value, World *world, Mistake *mistake)
+{
+    Entry entry;
+    if (!readMembers(value, QStringLiteral("an application"), knownMembers(), &entry, mistake))
+        return false;
+    const QString path = Tools::applicationPath(entry.organizationName, entry.applicationName);
+    if (!isDBusText(path) || !g_variant_is_object_path(path.toUtf8().constData()))
+        return refuse(value.offset, QStringLiteral("%1 is no object path").arg(quoted(path)),
+                      mistake);
+    if (world->contains(path))
+        return refuse(value.offset, QStringLiteral("a second application at %1").arg(quoted(path)),
+                      mistake);
+    entry.application.name = entry.organizationName + QLatin1Char('/') + entry.applicationName;
+    world->insert(path, entry.application);
+    return true;
+}
+
+bool readDocument(const JsonValue &document, World *world, Mistake *mistake)
+{
+    static const QVector<KnownMember<World>> members {
+        // It names the JSON Schema of the file, for editors.
+        {"$schema", false,
+         [](const JsonMember &member, World *, Mistake *wrong) {
+             return isOfKind(member, JsonValue::String, wrong);
+         }},
+        {"applications", true,
+         [](const JsonMember &member, World *applications, Mistake *wrong) {
+             const std::vector<JsonValue> &items = member.value.items;
+             return isOfKind(member, JsonValue::List, wrong)
+                 && std::all_of(items.begin(), items.end(), [&](const JsonValue &item) {
+                        return readApplication(item, applications, wrong);
+                    });
+         }},
+    };
+    return readMembers(document, QStringLiteral("a world"), members, world, mistake);
 }
 
 } // namespace
 
-QString applicationPath(const QString &organization, const QString &application)
-{
-    QString path = QStringLiteral("/%1.%2").arg(organization);
-    path = path.arg(application);
-    return path.replace(QLatin1Char('.'), QLatin1String("_2e"));
-}
-
-QStringList lockedKeys(const QString &path)
+QStringList settingKeys(const QString &path)
 {
     const QStringList keys = path.split(QLatin1Char('/'));
     return keys.contains(QString()) ? QStringList() : keys;
@@ -162,15 +235,16 @@ QStringList lockedKeys(const QString &path)
 
 bool parseWorld(const QString &fileName, const QByteArray &text, World *world, QString *mistake)
 {
-    QJsonParseError error;
-    const QJsonDocument document = QJsonDocument::fromJson(text, &error);
-    if (error.error != QJsonParseError::NoError) {
-        *mistake = syntaxMistake(fileName, text, error);
-        return false;
-    }
+    // Some editors put the mark there, and show it to nobody.
+    const QByteArray json = text.startsWith(byteOrderMark)
+        ? text.mid(static_cast<int>(std::size(byteOrderMark)) - 1)
+        : text;
+    JsonValue document;
     World parsed;
-    if (!parseApplications(document, &parsed, mistake)) {
-        *mistake = fileName + QLatin1String(": ") + *mistake;
+    Mistake found;
+    if (!parseJson(json, &document, &found) || !readDocument(document, &parsed, &found)) {
+        *mistake = QStringLiteral("%1:%2: %3")
+                       .arg(fileName, lineAndColumn(json, found.offset), found.text);
         return false;
     }
     *world = parsed;

@@ -3,14 +3,31 @@
 
 #pragma once
 
+#include "fault.h"
 #include "variant.h"
 
 #include <QtCore/QByteArray>
 #include <QtCore/QMap>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
+#include <QtCore/QVector>
+
+#include <limits>
+#include <optional>
 
 namespace Tarnvel::Sandbox {
+
+/*! \brief The values that the application may give a setting. */
+struct AllowedValues
+{
+    /*! The setting, such as "window/width"; of a list, each item. */
+    QString path;
+    /*! Integers, booleans or strings; empty if there is a range instead. */
+    QVector<Variant> values;
+    /*! The range of an integer. */
+    qint32 minimum = std::numeric_limits<qint32>::min();
+    qint32 maximum = std::numeric_limits<qint32>::max();
+};
 
 /*! \brief What the service keeps for one application. */
 struct Application
@@ -21,20 +38,25 @@ struct Application
     Variant configuration;
     /*! The settings that the application may not alter, such as "network/proxy". */
     QStringList locked;
+    /*! False if the service refuses every call of the application. */
+    bool isConfigurable = true;
+    /*! The users whose calls are served; those of all users if there is no list. */
+    std::optional<QVector<quint32>> users;
+    /*! What the application may set, in the order of the file; anything where nothing is said. */
+    QVector<AllowedValues> allowed;
+    /*! What goes wrong, in the order of the file. */
+    QVector<Fault> faults;
 };
 
 /*! \brief All applications, under the object paths at which they are served. */
 using World = QMap<QString, Application>;
 
-/*! \brief The object path at which an application finds its configuration. */
-QString applicationPath(const QString &organization, const QString &application);
-
 /*!
- * \brief The keys in the path of a locked setting; empty if \a path names none.
+ * \brief The keys in the path of a setting; empty if \a path names none.
  *
  * A path consists of keys with "/" between them. None of the keys is empty.
  */
-QStringList lockedKeys(const QString &path);
+QStringList settingKeys(const QString &path);
 
 /*!
  * \brief Sets \a world to the one that \a text, the content of \a fileName, describes.

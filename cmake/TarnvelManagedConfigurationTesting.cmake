@@ -1,0 +1,53 @@
+# SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+# SPDX-License-Identifier: BSD-3-Clause
+
+# Adds a test that runs in the sandbox:
+#
+#     tarnvel_managed_configuration_add_test(NAME <name>
+#         WORLD <file>                  the applications and their configurations
+#         COMMAND <command> [<arg>...]  a program, or the target of one
+#         [EXPECT <file>]               the calls that must come
+#         [LOG <file>]                  where to record what happens
+#         [WORKING_DIRECTORY <directory>])
+#
+# The test passes if the command succeeds and, where calls are expected, they have come. Files are
+# relative to the current source directory, and the log to the current binary directory. The test
+# has the bus in the variable DBUS_SYSTEM_BUS_ADDRESS.
+function(tarnvel_managed_configuration_add_test)
+    cmake_parse_arguments(PARSE_ARGV 0 test "" "NAME;WORLD;EXPECT;LOG;WORKING_DIRECTORY" "COMMAND")
+    if(DEFINED test_UNPARSED_ARGUMENTS)
+        message(FATAL_ERROR "tarnvel_managed_configuration_add_test: "
+            "unknown arguments: ${test_UNPARSED_ARGUMENTS}")
+    endif()
+    foreach(argument IN ITEMS NAME WORLD COMMAND)
+        if(NOT DEFINED test_${argument})
+            message(FATAL_ERROR "tarnvel_managed_configuration_add_test: ${argument} is missing")
+        endif()
+    endforeach()
+    if(NOT TARGET Tarnvel::managed-configuration-sandbox)
+        message(FATAL_ERROR "tarnvel_managed_configuration_add_test: "
+            "the library has been installed without the sandbox")
+    endif()
+
+    get_filename_component(world ${test_WORLD} ABSOLUTE)
+    set(options --world ${world})
+    if(DEFINED test_EXPECT)
+        get_filename_component(expect ${test_EXPECT} ABSOLUTE)
+        list(APPEND options --expect ${expect})
+    endif()
+    if(DEFINED test_LOG)
+        get_filename_component(log ${test_LOG} ABSOLUTE BASE_DIR ${CMAKE_CURRENT_BINARY_DIR})
+        list(APPEND options --log ${log})
+    endif()
+    list(POP_FRONT test_COMMAND program)
+    if(TARGET ${program})
+        set(program $<TARGET_FILE:${program}>)
+    endif()
+    set(directory)
+    if(DEFINED test_WORKING_DIRECTORY)
+        set(directory WORKING_DIRECTORY ${test_WORKING_DIRECTORY})
+    endif()
+    add_test(NAME ${test_NAME}
+        COMMAND Tarnvel::managed-configuration-sandbox ${options} -- ${program} ${test_COMMAND}
+        ${directory})
+endfunction()

@@ -1,0 +1,74 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#pragma once
+
+#include <QtCore/QProcess>
+#include <QtCore/QProcessEnvironment>
+#include <QtCore/QString>
+#include <QtCore/QStringList>
+
+namespace Tarnvel::Testing {
+
+/*! \brief What is left of a program that has ended. */
+struct Outcome
+{
+    /*! The exit status; -1 if a signal ended it, or it did not start or end. */
+    int status = -1;
+    QString output;
+    QString errors;
+};
+
+/*!
+ * \brief A program that runs while the event loop of the test goes on.
+ *
+ * The event loop serves what the program asks for. A program that still runs is killed when this
+ * object goes.
+ */
+class Program
+{
+public:
+    /*!
+     * \brief The program \a name, which finds the installed library, in a locale of UTF-8.
+     *
+     * It is an installed one unless \a name is the name of a file with its whole path.
+     */
+    explicit Program(const QString &name);
+    ~Program();
+
+    Program(const Program &) = delete;
+    Program &operator=(const Program &) = delete;
+
+    /*! \brief Sets the variable \a name for the program, or takes it away if \a value is null. */
+    void setVariable(const QString &name, const QString &value);
+
+    /*! \brief Starts it. */
+    void start(const QStringList &arguments);
+
+    /*! \brief Sends it \a signal. */
+    void send(int signal);
+
+    /*! \brief The next line on its standard output; what it says instead if there is none. */
+    QString readLine();
+
+    /*! \brief The same for its standard error. */
+    QString readErrorLine();
+
+    /*! \brief Waits for its end. The outcome holds what has not been read yet. */
+    Outcome finish();
+
+    /*! \brief Starts it and waits for its end. */
+    Outcome run(const QStringList &arguments);
+
+private:
+    QString readLine(QProcess::ProcessChannel channel);
+
+    QString m_name;
+    QProcessEnvironment m_environment;
+    QProcess m_process;
+};
+
+/*! \brief The words behind the client: the identity of BusFixture, then \a arguments. */
+QStringList clientArguments(const QStringList &arguments);
+
+} // namespace Tarnvel::Testing

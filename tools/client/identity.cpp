@@ -1,0 +1,39 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "identity.h"
+
+#include "endpoint.h"
+
+namespace Tarnvel::Client {
+
+namespace {
+
+bool isAllowed(QChar character)
+{
+    const ushort code = character.unicode();
+    return (code >= 'a' && code <= 'z') || (code >= 'A' && code <= 'Z')
+        || (code >= '0' && code <= '9') || code == '_';
+}
+
+Failure failure(const QString &character)
+{
+    return {Usage, QStringLiteral("no object path allows the character \"%1\"").arg(character),
+            QStringLiteral("give the names by which the service knows the application; they "
+                           "consist of letters, digits, \"_\" and \".\"")};
+}
+
+} // namespace
+
+Failure identityFailure(const QString &organization, const QString &application)
+{
+    const QString path = Tools::applicationPath(organization, application);
+    for (int position = 1; position < path.size(); ++position) {
+        const bool isHigh = path.at(position).isHighSurrogate();
+        if (!isAllowed(path.at(position)))
+            return failure(path.mid(position, isHigh ? 2 : 1));
+    }
+    return {};
+}
+
+} // namespace Tarnvel::Client

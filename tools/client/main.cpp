@@ -1,0 +1,74 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "bus_state.h"
+#include "command_line.h"
+#include "commands.h"
+#include "identity.h"
+#include "output.h"
+
+#include <QtCore/QCoreApplication>
+
+#include <cstdlib>
+
+using namespace Tarnvel::Client;
+
+namespace {
+
+struct Command
+{
+    const char *name;
+    Failure (*begin)(const CommandLine &commandLine);
+};
+
+constexpr Command commands[] = {{"get", get}, {"set", set}, {"watch", watch}, {"check", check}};
+
+void printMessage(QtMsgType, const QMessageLogContext &, const QString &message)
+{
+    printNote(message);
+}
+
+Failure begin(const CommandLine &commandLine)
+{
+    for (const Command &command : commands) {
+        if (commandLine.command != QLatin1String(command.name))
+            continue;
+        if (commandLine.showsTypes && command.begin != get)
+            return usageFailure(QStringLiteral("--type goes with get only"));
+        const Failure failure = identityFailure(commandLine.organization, commandLine.application);
+        // What is amiss with the identity is among the findings of a check.
+        return failure && command.begin != check ? failure : command.begin(commandLine);
+    }
+    return usageFailure(QStringLiteral("there is no command \"%1\"").arg(commandLine.command));
+}
+
+int run(int argc, char *argv[])
+{
+    prepareStandardChannels();
+    qInstallMessageHandler(printMessage);
+    QStringList words;
+    Failure failure = decodeWords(argc, argv, &words);
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("managed-configuration"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(CLIENT_VERSION));
+
+    CommandLine commandLine;
+    if (!failure)
+        failure = parseCommandLine(words, &commandLine);
+    // From here on the program bears the names of the application for which it asks.
+    QCoreApplication::setOrganizationName(commandLine.organization);
+    QCoreApplication::setApplicationName(commandLine.application);
+    if (!failure)
+        failure = begin(commandLine);
+    return failure ? report(failure) : QCoreApplication::exec();
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    const int status = run(argc, argv);
+    if (isBusHanging())
+        std::_Exit(status);
+    return status;
+}

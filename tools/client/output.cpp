@@ -1,0 +1,60 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "output.h"
+
+#include <QtCore/QCoreApplication>
+
+#include <cerrno>
+#include <csignal>
+#include <cstdlib>
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace Tarnvel::Client {
+
+void prepareStandardChannels()
+{
+    std::signal(SIGPIPE, SIG_IGN);
+    int descriptor = 0;
+    // To be read only, so that writing to the channel fails as it should.
+    while (descriptor >= 0 && descriptor <= STDERR_FILENO)
+        descriptor = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    if (descriptor >= 0)
+        close(descriptor);
+}
+
+void print(const QString &line, Tools::Tone tone)
+{
+    errno = 0;
+    Tools::printLine(stdout, line, tone);
+    if (!std::ferror(stdout))
+        return;
+    if (errno == EPIPE)
+        std::exit(Success);
+    std::exit(report(
+        {Unwritten,
+         QStringLiteral("the standard output takes nothing more: %1").arg(qt_error_string(errno)),
+         QStringLiteral("make room, or direct the output elsewhere")}));
+}
+
+void printNote(const QString &text, Tools::Tone tone)
+{
+    Tools::printLine(stderr, QStringLiteral("managed-configuration: ") + text, tone);
+}
+
+int report(const Failure &failure)
+{
+    printNote(failure.text, Tools::Tone::Bad);
+    printNote(QStringLiteral("what to do: ") + failure.hint);
+    return failure.status;
+}
+
+void finish(const Failure &failure)
+{
+    if (failure)
+        report(failure);
+    QCoreApplication::exit(failure.status);
+}
+
+} // namespace Tarnvel::Client

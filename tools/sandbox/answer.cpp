@@ -1,0 +1,42 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "answer.h"
+
+#include <cstring>
+
+namespace Tarnvel::Sandbox {
+
+namespace {
+
+// The bus lets 32 MiB pass in one message.
+constexpr gsize tooLargeSize = 33UL * 1024 * 1024;
+
+GVariant *tooLargeConfiguration()
+{
+    auto *const text = static_cast<char *>(g_malloc(tooLargeSize + 1));
+    std::memset(text, 'x', tooLargeSize);
+    text[tooLargeSize] = '\0';
+    GVariantBuilder builder;
+    g_variant_builder_init(&builder, G_VARIANT_TYPE_VARDICT);
+    g_variant_builder_add(&builder, "{sv}", "large", g_variant_new_take_string(text));
+    return g_variant_builder_end(&builder);
+}
+
+} // namespace
+
+GVariant *answerValues(GVariant *configuration, const std::optional<Fault> &fault)
+{
+    if (fault && fault->kind == Fault::WrongSignature)
+        return g_variant_new("(si)", "not the answer", 1);
+    if (fault && fault->kind == Fault::TooLarge)
+        return g_variant_new("(@a{sv})", tooLargeConfiguration());
+    const bool isLonger = fault && fault->kind == Fault::FurtherArguments;
+    if (configuration && isLonger)
+        return g_variant_new("(@a{sv}si)", configuration, "further", 1);
+    if (configuration)
+        return g_variant_new("(@a{sv})", configuration);
+    return isLonger ? g_variant_new("(si)", "further", 1) : g_variant_new_tuple(nullptr, 0);
+}
+
+} // namespace Tarnvel::Sandbox

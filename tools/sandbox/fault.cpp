@@ -1,0 +1,48 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "fault.h"
+
+#include <tuple>
+
+namespace Tarnvel::Sandbox {
+
+bool operator==(const Fault &left, const Fault &right)
+{
+    const auto members = [](const Fault &fault) {
+        return std::tie(fault.kind, fault.method, fault.call, fault.time, fault.error,
+                        fault.message, fault.seconds, fault.count);
+    };
+    return members(left) == members(right) && areEqual(left.configuration, right.configuration);
+}
+
+const QVector<FaultDescription> &faultDescriptions()
+{
+    static const QVector<FaultDescription> descriptions {
+        {Fault::Error, "error", "the call is answered with an error", true, false},
+        {Fault::Delay, "delay", "the call is answered some seconds later", true, false},
+        {Fault::NoAnswer, "no-answer", "the call is never answered", true, false},
+        {Fault::WrongSignature, "wrong-signature",
+         "the answer has other arguments than it should have", true, false},
+        {Fault::FurtherArguments, "further-arguments",
+         "the answer has further arguments behind its own", true, false},
+        {Fault::TooLarge, "too-large", "the answer is larger than the bus lets pass", true, false},
+        {Fault::Exit, "exit", "the service ends and does not come back", true, true},
+        {Fault::Restart, "restart", "the service ends and comes back", true, true},
+        {Fault::BusDeath, "bus-death", "the bus dies and does not come back", true, true},
+        {Fault::Push, "push", "the configuration becomes another one", false, true},
+        {Fault::Announce, "announce", "a change is announced that was not made", false, true},
+        {Fault::AnnounceTwice, "announce-twice", "such a change is announced twice", false, true},
+        {Fault::Flood, "flood", "such a change is announced many times", false, true},
+        {Fault::Stranger, "stranger", "such a change is announced by another connection", false,
+         true},
+    };
+    return descriptions;
+}
+
+QString faultName(Fault::Kind kind)
+{
+    return QLatin1String(faultDescriptions().at(kind).name);
+}
+
+} // namespace Tarnvel::Sandbox
