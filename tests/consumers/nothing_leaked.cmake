@@ -1,0 +1,21 @@
+# SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+# SPDX-License-Identifier: BSD-3-Clause
+
+# Shows that the library, built as a part of this project, has kept its settings to itself.
+
+foreach(property IN ITEMS COMPILE_DEFINITIONS COMPILE_OPTIONS INCLUDE_DIRECTORIES LINK_OPTIONS)
+    get_directory_property(value ${property})
+    if(value)
+        message(FATAL_ERROR "the library sets the directory's ${property}: ${value}")
+    endif()
+endforeach()
+foreach(variable IN ITEMS CMAKE_AUTOMOC CMAKE_MODULE_PATH CMAKE_CXX_VISIBILITY_PRESET)
+    if(DEFINED ${variable})
+        message(FATAL_ERROR "the library sets ${variable}: ${${variable}}")
+    endif()
+endforeach()
+foreach(target IN ITEMS managed-configuration-sandbox test-support viewer)
+    if(TARGET ${target})
+        message(FATAL_ERROR "the library brings ${target} along")
+    endif()
+endforeach()
