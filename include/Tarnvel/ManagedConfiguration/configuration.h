@@ -125,7 +125,7 @@ public:
     static Configuration fromVariant(const QVariant &variant);
 
     /*!
-     * \brief True if both have the same keys with equal values.
+     * \brief True if this configuration and \a other have the same keys with equal values.
      *
      * Values compare by QVariant's rules. By those, nested configurations and the lists other than
      * \c QStringList are equal when they are copies of one another; built separately they need not

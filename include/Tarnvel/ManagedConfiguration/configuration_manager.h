@@ -89,7 +89,7 @@ public:
     /*!
      * \brief Reads the configuration of the application.
      *
-     * The callback receives the configuration and a success, or an empty configuration and an
+     * \a callback receives the configuration and a success, or an empty configuration and an
      * error: one of the service's own, or Error::Internal if no configuration came back, be it
      * because of the bus, the time the service took (25 seconds, the bus layer's default), the
      * form of its answer, or an identity that makes no valid object path.
@@ -103,7 +103,7 @@ public:
      * \brief Asks the service to change the configuration to \a configuration.
      *
      * It is sent as it is, an empty one included. Whether the service takes it as a whole or merges
-     * it into what it keeps is the service's decision. The callback receives a success or an
+     * it into what it keeps is the service's decision. \a callback receives a success or an
      * error, like that of getConfiguration(). A configuration with entries on more than 21 levels
      * is more than D-Bus can carry: it is not sent, and the error is Error::Internal. A change that
      * was accepted does not emit configurationChanged() by itself: that follows if the service

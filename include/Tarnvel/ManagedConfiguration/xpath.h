@@ -22,12 +22,14 @@ namespace ManagedConfiguration {
  *
  * QString describe(const XpathAccess &access)
  * {
- *     return access.type() == XpathAccess::Key ? access.toKey() :
- * QString::number(access.toIndex());
+ *     if (access.type() == XpathAccess::Key)
+ *         return access.toKey();
+ *     return QString::number(access.toIndex());
  * }
  * \endcode
  *
- * A plain value. Distinct objects may be used in different threads.
+ * A plain value, which needs neither a service nor a bus. Distinct objects may be used in different
+ * threads.
  */
 class TARNVEL_MANAGED_CONFIGURATION_EXPORT XpathAccess
 {
@@ -79,7 +81,8 @@ private:
  * }
  * \endcode
  *
- * A plain value, parsed once by its constructor. Distinct objects may be used in different threads.
+ * A plain value, parsed once by its constructor, which needs neither a service nor a bus. Distinct
+ * objects may be used in different threads.
  */
 class TARNVEL_MANAGED_CONFIGURATION_EXPORT Xpath
 {
