@@ -1,0 +1,25 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "application.h"
+
+#include "endpoint.h"
+
+#include <QtCore/QCoreApplication>
+
+namespace Tarnvel::Benchmarks {
+
+void becomeApplication(const QString &name)
+{
+    QCoreApplication::setOrganizationName(QStringLiteral("acme"));
+    QCoreApplication::setApplicationName(name);
+}
+
+QDBusMessage readCall(const QString &name)
+{
+    return QDBusMessage::createMethodCall(
+        QLatin1String(Tools::serviceName), Tools::applicationPath(QStringLiteral("acme"), name),
+        QLatin1String(Tools::applicationInterface), QLatin1String(Tools::getConfigurationMethod));
+}
+
+} // namespace Tarnvel::Benchmarks

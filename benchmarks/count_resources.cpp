@@ -1,0 +1,150 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+// Prints, one "<name> <number>" a line, the allocations and the messages that requests and lookups
+// cost, and the bytes that stay.
+
+#include "application.h"
+#include "bench.h"
+#include "by_hand.h"
+#include "configuration_manager_p.h"
+#include "heap.h"
+#include "shapes.h"
+#include "traffic.h"
+
+#include <QtCore/QEventLoop>
+#include <QtDBus/QDBusArgument>
+#include <Tarnvel/ManagedConfiguration/configuration_manager.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <vector>
+
+using namespace Tarnvel::Application::ManagedConfiguration;
+using namespace Tarnvel::Benchmarks;
+
+namespace {
+
+void print(const QString &name, double number)
+{
+    std::printf("%s %.10g\n", qUtf8Printable(name), number);
+}
+
+// The other threads of the bus layers take and give back at times of their own, so that a single
+// count may be off by a few.
+template<typename Action>
+qint64 medianAllocations(Action action)
+{
+    constexpr int times = 101;
+    std::vector<qint64> counts;
+    for (int time = 0; time < times; ++time) {
+        const qint64 before = readHeap().allocations;
+        action();
+        counts.push_back(readHeap().allocations - before);
+    }
+    std::nth_element(counts.begin(), counts.begin() + times / 2, counts.end());
+    return counts[times / 2];
+}
+
+void request(ConfigurationManager &manager)
+{
+    QEventLoop loop;
+    manager.getConfiguration([&loop](const Configuration &, const Error &error) {
+        if (error)
+            qFatal("%s", qUtf8Printable(error.message()));
+        loop.quit();
+    });
+    loop.exec();
+    // The watcher goes when the event loop gets to it.
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+void changeAndFollow(ConfigurationManager &manager)
+{
+    QEventLoop loop;
+    int open = 2;
+    const auto finish = [&loop, &open] {
+        if (--open == 0)
+            loop.quit();
+    };
+    QObject::connect(&manager, &ConfigurationManager::configurationChanged, &loop, finish);
+    manager.changeConfiguration(Configuration(), [finish](const Error &) { finish(); });
+    loop.exec();
+    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
+}
+
+void countStart(Traffic &traffic)
+{
+    const qint64 before = readHeap().allocations;
+    ConfigurationManager &manager = *ConfigurationManager::instance();
+    print(QStringLiteral("allocations.instance"), readHeap().allocations - before);
+    // Its answer comes behind all that was sent before.
+    request(manager);
+    print(QStringLiteral("messages.instance_and_request"), traffic.take());
+}
+
+void countRequests(Traffic &traffic)
+{
+    ConfigurationManager &manager = *ConfigurationManager::instance();
+    request(manager);
+    print(QStringLiteral("messages.request"), traffic.take());
+    changeAndFollow(manager);
+    print(QStringLiteral("messages.change_and_notification"), traffic.take());
+    print(QStringLiteral("allocations.request"),
+          medianAllocations([&manager] { request(manager); }));
+
+    constexpr int notifications = 1000;
+    const qint64 before = readHeap().bytes;
+    for (int time = 0; time < notifications; ++time)
+        changeAndFollow(manager);
+    print(QStringLiteral("bytes.notification"),
+          static_cast<double>(readHeap().bytes - before) / notifications);
+}
+
+void countReading(const QString &shape)
+{
+    const QVariant received = receive(shape);
+    const auto decode = [&received] { return qdbus_cast<Configuration>(received); };
+    const auto decodeByHand = [&received] { return readByHand(received.value<QDBusArgument>()); };
+    print(QStringLiteral("allocations.decode.") + shape, medianAllocations(decode));
+    print(QStringLiteral("allocations.decode_by_hand.") + shape, medianAllocations(decodeByHand));
+
+    const qint64 before = readHeap().bytes;
+    const Configuration configuration = decode();
+    const qint64 between = readHeap().bytes;
+    const QVariantMap map = decodeByHand();
+    const qint64 after = readHeap().bytes;
+    const double entries = countEntries(shape);
+    print(QStringLiteral("bytes.entry.") + shape, static_cast<double>(between - before) / entries);
+    print(QStringLiteral("bytes.entry_by_hand.") + shape,
+          static_cast<double>(after - between) / entries);
+}
+
+void countLookup(const QString &name, const QString &shape, const QString &path)
+{
+    const auto configuration = qdbus_cast<Configuration>(receive(shape));
+    print(QStringLiteral("allocations.lookup.") + name,
+          medianAllocations([&configuration, &path] { configuration.getByXpath(path); }));
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    Bench bench(argc, argv);
+    {
+        Traffic traffic(bench.address());
+        becomeApplication(QStringLiteral("small"));
+        countStart(traffic);
+        countRequests(traffic);
+    }
+    for (const char *shape : {"small", "large", "fleet", "mixed_1000"})
+        countReading(QLatin1String(shape));
+    for (const int count : {10, 1000, 100000}) {
+        const QString shape = QStringLiteral("list_%1").arg(count);
+        countLookup(QStringLiteral("index_of_%1").arg(count), shape, QStringLiteral("list[7]"));
+    }
+    countLookup(QStringLiteral("depth_1"), QStringLiteral("large"), QStringLiteral("maximum"));
+    countLookup(QStringLiteral("depth_6"), QStringLiteral("large"),
+                QStringLiteral("general/general/general/general/general/maximum"));
+}
