@@ -58,36 +58,38 @@ const Configuration *configurationIn(const QVariant &value)
     return isConfiguration(value) ? static_cast<const Configuration *>(value.constData()) : nullptr;
 }
 
-bool stepToItem(QVariant &current, int index, const QString &xpath)
+// The steps return where their value lies, or null after a warning. A value lies in its
+// configuration; an item of a list is a copy, which has to be put somewhere.
+
+const QVariant *stepToItem(const QVariant &current, int index, const QString &xpath, QVariant &item)
 {
     if (!isSupportedListType(current)) {
         qWarning().nospace() << "Error when getting a value from configuration by the " << xpath
                              << " xpath. The current value to be processed does not support an "
                                 "access by index (index="
                              << index << ")";
-        return false;
+        return nullptr;
     }
-    const QVariant item = itemAt(current, index);
+    item = itemAt(current, index);
     if (!item.isValid()) {
         qWarning() << "Error when getting a value from configuration by the" << xpath
                    << "xpath. The current sequence to be processed does not contain enough items "
                       "to access item at index"
                    << index;
-        return false;
+        return nullptr;
     }
-    current = item;
-    return true;
+    return &item;
 }
 
-bool stepToValue(QVariant &current, const Configuration *configuration, const QString &key,
-                 const QString &xpath)
+const QVariant *stepToValue(const Configuration *configuration, const QString &key,
+                            const QString &xpath)
 {
     if (!configuration) {
         qWarning().nospace() << "Error when getting a value from configuration by the " << xpath
                              << " xpath. The current value to be processed does not support an "
                                 "access by key (key="
                              << key << ")";
-        return false;
+        return nullptr;
     }
     const QMap<QString, QVariant> entries = ConfigurationPrivate::data(*configuration);
     const auto entry = entries.constFind(key);
@@ -95,20 +97,19 @@ bool stepToValue(QVariant &current, const Configuration *configuration, const QS
         qWarning() << "Error when getting a value from configuration by the" << xpath
                    << "xpath. The current value to be processed does not contain the" << key
                    << "key";
-        return false;
+        return nullptr;
     }
-    current = *entry;
-    return true;
+    return &*entry;
 }
 
-bool step(QVariant &current, const Configuration *configuration, const XpathAccess &access,
-          const QString &xpath)
+const QVariant *step(const Configuration *configuration, const QVariant &current,
+                     const XpathAccess &access, const QString &xpath, QVariant &item)
 {
     switch (access.type()) {
     case XpathAccess::Index:
-        return stepToItem(current, access.toIndex(), xpath);
+        return stepToItem(current, access.toIndex(), xpath, item);
     case XpathAccess::Key:
-        return stepToValue(current, configuration, access.toKey(), xpath);
+        return stepToValue(configuration, access.toKey(), xpath);
     }
     Q_UNREACHABLE();
 }
@@ -211,14 +212,16 @@ QVariant Configuration::getByXpath(const QString &xpath) const
         return {};
     }
 
-    QVariant current;
+    QVariant item;
+    const QVariant *current = &item;
     const Configuration *configuration = this;
     for (const XpathAccess &access : path.accesses()) {
-        if (!step(current, configuration, access, path.toString()))
+        current = step(configuration, *current, access, path.toString(), item);
+        if (!current)
             return {};
-        configuration = configurationIn(current);
+        configuration = configurationIn(*current);
     }
-    return current;
+    return *current;
 }
 
 Configuration Configuration::fromVariant(const QVariant &variant)

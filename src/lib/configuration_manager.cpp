@@ -184,6 +184,29 @@ void dropReply(QDBusPendingCallWatcher *watcher)
     static_cast<QDBusPendingCall &>(*watcher) = QDBusPendingCall::fromCompletedCall(QDBusMessage());
 }
 
+// QtDBus takes what is there for what it is asked to read, past the end of the data if need be. All
+// entries of a dictionary are of one kind, so the first tells whether they can be read. Among what
+// can be a key, only a string comes as one.
+void readEntries(const QDBusArgument &argument, Configuration &configuration)
+{
+    argument.beginMapEntry();
+    const QVariant firstKey = argument.asVariant();
+    const bool isReadable = firstKey.type() == QVariant::String
+        && argument.currentType() == QDBusArgument::VariantType;
+    QString key = firstKey.toString();
+    QDBusVariant value;
+    while (isReadable) {
+        argument >> value;
+        configuration.set(key, parseVariantData(value.variant()));
+        argument.endMapEntry();
+        if (argument.atEnd())
+            return;
+        argument.beginMapEntry();
+        argument >> key;
+    }
+    argument.endMapEntry();
+}
+
 } // namespace
 
 QDBusArgument &operator<<(QDBusArgument &argument, const Configuration &configuration)
@@ -201,22 +224,9 @@ QDBusArgument &operator<<(QDBusArgument &argument, const Configuration &configur
 
 const QDBusArgument &operator>>(const QDBusArgument &argument, Configuration &configuration)
 {
-    // QtDBus takes an entry for what it is asked to read, past the end of the data if need be. All
-    // entries of a dictionary are of one kind, so either all can be read or none.
-    if (argument.currentSignature() != QLatin1String("a{sv}")) {
-        argument.asVariant();
-        return argument;
-    }
-
     argument.beginMap();
-    QString key;
-    QDBusVariant value;
-    while (!argument.atEnd()) {
-        argument.beginMapEntry();
-        argument >> key >> value;
-        configuration.set(key, parseVariantData(value.variant()));
-        argument.endMapEntry();
-    }
+    if (!argument.atEnd())
+        readEntries(argument, configuration);
     argument.endMap();
     return argument;
 }

@@ -4,7 +4,8 @@
 #include <Tarnvel/ManagedConfiguration/xpath.h>
 
 #include <QtCore/QDebug>
-#include <QtCore/QStringList>
+
+#include <algorithm>
 
 namespace Tarnvel::Application::ManagedConfiguration {
 
@@ -15,14 +16,16 @@ void warn(const char *fault, const QString &culprit, const QString &xpath)
     qWarning().nospace() << fault << culprit << " (xpath=" << xpath << ")";
 }
 
-bool appendPart(const QString &part, const QString &xpath, QList<XpathAccess> &accesses)
+bool isSpecial(QChar character)
+{
+    return character == QLatin1Char('/') || character == QLatin1Char('[')
+        || character == QLatin1Char(']');
+}
+
+bool appendIndexedPart(const QString &part, const QString &xpath, QList<XpathAccess> &accesses)
 {
     const int open = part.indexOf(QLatin1Char('['));
     const int close = part.indexOf(QLatin1Char(']'));
-    if (open == -1 && close == -1) {
-        accesses.append(XpathAccess(part));
-        return true;
-    }
     if (open > close) {
         warn("The xpath part has an invalid index format: ", part, xpath);
         return false;
@@ -59,11 +62,17 @@ QList<XpathAccess> parseXpathAccesses(const QString &xpath)
     }
 
     QList<XpathAccess> accesses;
-    const QStringList parts = xpath.split(QLatin1Char('/'), Qt::SkipEmptyParts, Qt::CaseSensitive);
-    accesses.reserve(parts.size());
-    for (const QString &part : parts) {
-        if (!appendPart(part, xpath, accesses))
+    accesses.reserve(xpath.count(QLatin1Char('/')) + 1);
+    // Read once, and split by hand: most of a lookup is this, and most parts are plain keys.
+    const QChar *end = xpath.begin();
+    for (const QChar *begin = end; begin < xpath.end(); begin = end + 1) {
+        const QChar *const special = std::find_if(begin, xpath.end(), isSpecial);
+        end = std::find(special, xpath.end(), QLatin1Char('/'));
+        const QString part(begin, static_cast<int>(end - begin));
+        if (special != end && !appendIndexedPart(part, xpath, accesses))
             return {};
+        if (special == end && !part.isEmpty())
+            accesses.append(XpathAccess(part));
     }
     return accesses;
 }
