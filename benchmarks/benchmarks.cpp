@@ -72,7 +72,7 @@ using OnShape = void (*)(benchmark::State &, const QString &);
 
 void registerWire(const char *what, const char *client, OnShape measure)
 {
-    for (const QString shape : {"small", "large", "fleet"}) {
+    for (const char *shape : {"small", "large", "fleet"}) {
         benchmark::RegisterBenchmark(nameOf(what, client, shape).c_str(),
                                      [=](benchmark::State &state) { measure(state, shape); });
     }
@@ -124,7 +124,7 @@ using MakeClient = Read (*)(const QString &);
 
 void registerRoundTrips(const QString &client, MakeClient makeClient)
 {
-    for (const QString shape : {"small", "large", "fleet", "mixed_20000"}) {
+    for (const char *shape : {"small", "large", "fleet", "mixed_20000"}) {
         const auto measure = [=](benchmark::State &state) {
             const Read read = makeClient(shape);
             const int entries = countEntries(shape);

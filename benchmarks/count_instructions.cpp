@@ -94,14 +94,14 @@ int main(int argc, char *argv[])
     Bench bench(argc, argv);
     qRegisterMetaType<Configuration>();
     qDBusRegisterMetaType<Configuration>();
-    for (const QString shape : {"small", "large", "fleet", "mixed_10", "mixed_100", "mixed_1000",
-                                "mixed_20000", "unsorted_1000"}) {
+    for (const char *shape : {"small", "large", "fleet", "mixed_10", "mixed_100", "mixed_1000",
+                              "mixed_20000", "unsorted_1000"}) {
         const int times = countEntries(shape) < 1000 ? 100 : 1;
         measureWire(shape, times);
         measureWireByHand(shape, times);
     }
     // What these cost by hand takes long, and nobody asks for it.
-    for (const QString shape : {"mixed_100000", "unsorted_100000"})
+    for (const char *shape : {"mixed_100000", "unsorted_100000"})
         measureWire(shape, 1);
     measureLookups();
 }

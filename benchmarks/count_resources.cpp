@@ -25,9 +25,10 @@ using namespace Tarnvel::Benchmarks;
 
 namespace {
 
-void print(const QString &name, double number)
+template<typename Number>
+void print(const QString &name, Number number)
 {
-    std::printf("%s %.10g\n", qUtf8Printable(name), number);
+    std::printf("%s %.10g\n", qUtf8Printable(name), static_cast<double>(number));
 }
 
 // The other threads of the bus layers take and give back at times of their own, so that a single
@@ -112,7 +113,7 @@ void countReading(const QString &shape)
     const qint64 before = readHeap().bytes;
     const Configuration configuration = decode();
     const qint64 between = readHeap().bytes;
-    const QVariantMap map = decodeByHand();
+    const QVariantMap map = decodeByHand(); // clazy:exclude=unused-non-trivial-variable
     const qint64 after = readHeap().bytes;
     const double entries = countEntries(shape);
     print(QStringLiteral("bytes.entry.") + shape, static_cast<double>(between - before) / entries);

@@ -24,7 +24,8 @@ QList<XpathAccess> parsePlainly(const QString &xpath)
             continue;
         }
         bool isNumber = false;
-        const int index = part.mid(open + 1, close - open - 1).toInt(&isNumber, 10);
+        const QString indexText = part.mid(open + 1, close - open - 1);
+        const int index = indexText.toInt(&isNumber, 10);
         if (open > close || open == 0 || close != part.size() - 1 || !isNumber || index < 0)
             return {};
         accesses.append(XpathAccess(part.mid(0, open)));

@@ -26,7 +26,8 @@ template<typename Member, typename Object>
 Member memberAt(const Object &object, std::size_t offset)
 {
     Member member;
-    std::memcpy(&member, reinterpret_cast<const char *>(&object) + offset, sizeof member);
+    // NOLINTNEXTLINE(bugprone-sizeof-expression): a pointer is what is copied.
+    std::memcpy(&member, reinterpret_cast<const char *>(&object) + offset, sizeof(Member));
     return member;
 }
 

@@ -28,6 +28,7 @@ bool inAllThreads(const std::function<bool(int)> &work)
     std::atomic<bool> isStarted {false};
     std::atomic<int> successes {0};
     std::vector<std::thread> running;
+    running.reserve(threads);
     for (int number = 0; number < threads; ++number)
         running.emplace_back([&, number] {
             while (!isStarted)

@@ -44,8 +44,8 @@ struct HasInequality<T, decltype(void(std::declval<const T &>() != std::declval<
 {
 };
 
-static_assert(HasInequality<QString>::value, "");
-static_assert(!HasInequality<Configuration>::value, "");
+static_assert(HasInequality<QString>::value);
+static_assert(!HasInequality<Configuration>::value);
 
 // Types that the application can teach Qt to convert into a configuration.
 struct Theme
@@ -388,7 +388,7 @@ void ConfigurationValuesTest::aCopyIsSharedUntilItIsWritten()
 
 void ConfigurationValuesTest::moveConstructionEmptiesItsSource()
 {
-    static_assert(std::is_nothrow_move_constructible<Configuration>::value, "");
+    static_assert(std::is_nothrow_move_constructible<Configuration>::value);
     const Map before {{"a", 1}};
     auto source = std::make_unique<Configuration>(makeConfiguration(before));
     const Map shared = entries(*source);
@@ -402,7 +402,7 @@ void ConfigurationValuesTest::moveConstructionEmptiesItsSource()
 
 void ConfigurationValuesTest::moveAssignmentExchangesTheContents()
 {
-    static_assert(std::is_nothrow_move_assignable<Configuration>::value, "");
+    static_assert(std::is_nothrow_move_assignable<Configuration>::value);
     Configuration target = makeConfiguration({{"target", 1}});
     Configuration source = makeConfiguration({{"source", 2}});
     const Map targetEntries = entries(target);
@@ -411,7 +411,7 @@ void ConfigurationValuesTest::moveAssignmentExchangesTheContents()
     Configuration *const result = &(target = std::move(source));
     QCOMPARE(result, &target);
     QVERIFY(entries(target).isSharedWith(sourceEntries));
-    QVERIFY(entries(source).isSharedWith(targetEntries));
+    QVERIFY(entries(source).isSharedWith(targetEntries)); // NOLINT(bugprone-use-after-move)
     QVERIFY(source.set("source", 3));
     QCOMPARE(entries(source), (Map {{"source", 3}, {"target", 1}}));
     QCOMPARE(entries(target), (Map {{"source", 2}}));
@@ -435,6 +435,7 @@ void ConfigurationValuesTest::anEmptiedConfigurationTakesOverAnother()
 
     *target = std::move(source);
     QCOMPARE(entries(*target), (Map {{"a", 1}}));
+    // NOLINTNEXTLINE(bugprone-use-after-move)
     QVERIFY(!abortMessage([&source] { entries(source); }).isNull());
     source = Configuration();
     QVERIFY(source.isEmpty());

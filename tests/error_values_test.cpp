@@ -21,11 +21,11 @@ namespace {
 
 const QString prefix = QStringLiteral("org.brenvik.ManagedConfiguration.Error.");
 
-static_assert(std::is_same<std::underlying_type<Error::Code>::type, int>::value, "");
-static_assert(std::is_convertible<Error::Code, Error>::value, "");
-static_assert(std::is_constructible<bool, Error>::value, "");
-static_assert(!std::is_convertible<Error, bool>::value, "");
-static_assert(!std::is_convertible<Error, int>::value, "");
+static_assert(std::is_same<std::underlying_type<Error::Code>::type, int>::value);
+static_assert(std::is_convertible<Error::Code, Error>::value);
+static_assert(std::is_constructible<bool, Error>::value);
+static_assert(!std::is_convertible<Error, bool>::value);
+static_assert(!std::is_convertible<Error, int>::value);
 
 struct NamedCode
 {
@@ -197,7 +197,7 @@ void ErrorValuesTest::anErrorWithoutANameBecomesASuccess()
     QDBusError nameless = makeDBusError(prefix + "Forbidden", "locked");
     // No constructor makes an error that is valid and has no name, but moving one away does.
     const QDBusError named = std::move(nameless);
-    QVERIFY(nameless.isValid());
+    QVERIFY(nameless.isValid()); // NOLINT(bugprone-use-after-move)
     QVERIFY(nameless.name().isEmpty());
 
     const Error error = errorFromDBus(nameless);

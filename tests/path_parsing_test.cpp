@@ -32,22 +32,20 @@ struct HasEquality<T, decltype(void(std::declval<const T &>() == std::declval<co
 {
 };
 
-static_assert(HasEquality<QString>::value, "");
-static_assert(!HasEquality<Xpath>::value, "");
-static_assert(!HasEquality<XpathAccess>::value, "");
-static_assert(std::is_constructible<Xpath, QString>::value, "");
-static_assert(!std::is_convertible<QString, Xpath>::value, "");
-static_assert(std::is_constructible<XpathAccess, QString>::value, "");
-static_assert(!std::is_convertible<QString, XpathAccess>::value, "");
-static_assert(std::is_constructible<XpathAccess, int>::value, "");
-static_assert(!std::is_convertible<int, XpathAccess>::value, "");
-static_assert(std::is_same<std::underlying_type<XpathAccess::Type>::type, int>::value, "");
-static_assert(std::is_same<decltype(std::declval<XpathAccess>().toKey()), const QString &>::value,
-              "");
-static_assert(std::is_same<decltype(std::declval<Xpath>().toString()), const QString &>::value, "");
+static_assert(HasEquality<QString>::value);
+static_assert(!HasEquality<Xpath>::value);
+static_assert(!HasEquality<XpathAccess>::value);
+static_assert(std::is_constructible<Xpath, QString>::value);
+static_assert(!std::is_convertible<QString, Xpath>::value);
+static_assert(std::is_constructible<XpathAccess, QString>::value);
+static_assert(!std::is_convertible<QString, XpathAccess>::value);
+static_assert(std::is_constructible<XpathAccess, int>::value);
+static_assert(!std::is_convertible<int, XpathAccess>::value);
+static_assert(std::is_same<std::underlying_type<XpathAccess::Type>::type, int>::value);
+static_assert(std::is_same<decltype(std::declval<XpathAccess>().toKey()), const QString &>::value);
+static_assert(std::is_same<decltype(std::declval<Xpath>().toString()), const QString &>::value);
 static_assert(
-    std::is_same<decltype(std::declval<Xpath>().accesses()), const QList<XpathAccess> &>::value,
-    "");
+    std::is_same<decltype(std::declval<Xpath>().accesses()), const QList<XpathAccess> &>::value);
 
 const char indexFormatMessage[] = "The xpath part has an invalid index format: ";
 const char leadingBracketMessage[] =
@@ -346,8 +344,7 @@ void PathParsingTest::anIndexIsWhatToIntMakesOfIt_data()
                              " 1",
                              "1 ",
                              "\t1\n",
-                             "\u00A0"
-                             "1",
+                             "\u00A01",
                              "0x1",
                              "01",
                              "0b1",
@@ -540,7 +537,7 @@ void PathParsingTest::everyParseReportsAnew()
     MessageLog log;
     const Xpath first("]");
     const Xpath second("]");
-    const Xpath copy(second);
+    const Xpath copy(second); // NOLINT(performance-unnecessary-copy-initialization)
     QCOMPARE(log.take(), (QStringList {warning, warning}));
     QVERIFY(!copy.isValid());
     QVERIFY(copy.accesses().isEmpty());

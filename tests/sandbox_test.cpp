@@ -366,8 +366,8 @@ void SandboxTest::aReaderThatHasSeenEnoughIsNoFailure()
     // The first reader is gone before anything is written.
     shell.start("bash",
                 {"-o", "pipefail", "-c",
-                 "(sleep 0.2; exec \"$0\" --list-faults) | true;"
-                 " echo ${PIPESTATUS[0]}; \"$0\" --list-faults | head -n 1",
+                 ("(sleep 0.2; exec \"$0\" --list-faults) | true;"
+                  " echo ${PIPESTATUS[0]}; \"$0\" --list-faults | head -n 1"),
                  SANDBOX});
     QVERIFY(shell.waitForFinished(timeoutMs));
     QCOMPARE(shell.readAllStandardError(), QByteArray());

@@ -228,7 +228,7 @@ void WireFormatTest::aHugeUnsupportedArrayIsNotTakenIn()
 {
     // A million structures: 8 MiB on the wire, hundreds as values of the bus layer.
     constexpr int elements = 1024 * 1024;
-    constexpr long budgetKibibytes = 96 * 1024;
+    constexpr long budgetKibibytes = 96L * 1024;
     m_service.answerThrough([](const MethodCall &call) {
         const std::vector<guint32> structures(elements, 0);
         GVariantBuilder entries;

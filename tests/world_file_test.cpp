@@ -413,8 +413,8 @@ void WorldFileTest::allFaultsAreRead()
                       .arg(fault.configuration ? printed(fault.configuration) : "-");
     QCOMPARE(faults,
              QStringList(
-                 {"error GetConfiguration 2 0 org.brenvik.ManagedConfiguration.Error.Forbidden "
-                  "not today 0 0 -",
+                 {("error GetConfiguration 2 0 org.brenvik.ManagedConfiguration.Error.Forbidden "
+                   "not today 0 0 -"),
                   "error ChangeConfiguration 0 0 com.acme.Error this is a fault of the world 0 0 -",
                   "delay ChangeConfiguration 0 0   2.5 0 -",
                   "no-answer GetConfiguration 2147483647 0   0 0 -",

@@ -169,7 +169,8 @@ Parse expectedParse(const QString &path)
     Parse parse;
     if (path.isEmpty())
         parse.warnings.append(QStringLiteral("Attempt to process an empty xpath"));
-    for (const Part &part : partsOf(path)) {
+    const QVector<Part> parts = partsOf(path);
+    for (const Part &part : parts) {
         const QString fault = faultOf(part);
         if (!fault.isNull())
             return {{}, {fault + QLatin1String(" (xpath=") + quoted(path) + u')'}};

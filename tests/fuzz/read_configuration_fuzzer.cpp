@@ -27,6 +27,7 @@ Outcome read(const Body &body)
 
 } // namespace
 
+// NOLINTNEXTLINE(readability-non-const-parameter)
 extern "C" int LLVMFuzzerInitialize(int *argc, char ***argv)
 {
     static QCoreApplication application(*argc, *argv);
