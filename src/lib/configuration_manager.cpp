@@ -191,11 +191,15 @@ void readEntries(const QDBusArgument &argument, Configuration &configuration)
 {
     argument.beginMapEntry();
     const QVariant firstKey = argument.asVariant();
-    const bool isReadable = firstKey.type() == QVariant::String
-        && argument.currentType() == QDBusArgument::VariantType;
+    if (firstKey.type() != QVariant::String
+        || argument.currentType() != QDBusArgument::VariantType) {
+        argument.endMapEntry();
+        return;
+    }
+
     QString key = firstKey.toString();
     QDBusVariant value;
-    while (isReadable) {
+    for (;;) {
         argument >> value;
         configuration.set(key, parseVariantData(value.variant()));
         argument.endMapEntry();
@@ -204,7 +208,6 @@ void readEntries(const QDBusArgument &argument, Configuration &configuration)
         argument.beginMapEntry();
         argument >> key;
     }
-    argument.endMapEntry();
 }
 
 } // namespace
