@@ -12,12 +12,17 @@
 #
 # The test passes if the command succeeds and, where calls are expected, they have come. Files are
 # relative to the current source directory, and the log to the current binary directory. The test
-# has the bus in the variable DBUS_SYSTEM_BUS_ADDRESS.
+# has the bus in the variable DBUS_SYSTEM_BUS_ADDRESS. Empty arguments of the command are dropped, and
+# a ";" separates two.
 function(tarnvel_managed_configuration_add_test)
     cmake_parse_arguments(PARSE_ARGV 0 test "" "NAME;WORLD;EXPECT;LOG;WORKING_DIRECTORY" "COMMAND")
     if(DEFINED test_UNPARSED_ARGUMENTS)
         message(FATAL_ERROR "tarnvel_managed_configuration_add_test: "
             "unknown arguments: ${test_UNPARSED_ARGUMENTS}")
+    endif()
+    if(DEFINED test_KEYWORDS_MISSING_VALUES)
+        message(FATAL_ERROR "tarnvel_managed_configuration_add_test: "
+            "without a value: ${test_KEYWORDS_MISSING_VALUES}")
     endif()
     foreach(argument IN ITEMS NAME WORLD COMMAND)
         if(NOT DEFINED test_${argument})

@@ -40,6 +40,7 @@ private Q_SLOTS:
     void aMistakeOfUseIsNamedAndNothingIsAsked_data();
     void aMistakeOfUseIsNamedAndNothingIsAsked();
     void wordsMustBeUtf8();
+    void aSeparatorInANameMakesALongerPath();
 
     void aValueIsPrintedAsJson_data();
     void aValueIsPrintedAsJson();
@@ -151,6 +152,15 @@ void ClientRequestsTest::aMistakeOfUseIsNamedAndNothingIsAsked_data()
     QTest::newRow("rare character in a name")
         << QStringList {"--organization", "a", "--application", "😀", "get"}
         << "no object path allows the character \"😀\"";
+    QTest::newRow("separator at the beginning of a name")
+        << QStringList {"--organization", "/a", "--application", "c", "get"}
+        << "no object path has an empty element, as in \"//a_2ec\"";
+    QTest::newRow("two separators in a name")
+        << QStringList {"--organization", "a//b", "--application", "c", "get"}
+        << "no object path has an empty element, as in \"/a//b_2ec\"";
+    QTest::newRow("separator at the end of a name")
+        << QStringList {"--organization", "a", "--application", "c/", "get"}
+        << "no object path has an empty element, as in \"/a_2ec/\"";
     for (const char *seconds : {"", "0", "0.09", "0.05", "1.25", "-1", "86400.1", "1e3", "1s"}) {
         QTest::addRow("timeout %s", seconds)
             << clientArguments({QStringLiteral("--timeout=") + seconds, "get"})
@@ -181,6 +191,16 @@ void ClientRequestsTest::wordsMustBeUtf8()
          INSTALLED_PROGRAMS "/managed-configuration"});
     QVERIFY2(outcome.errors.contains(" is not UTF-8\n"), qPrintable(outcome.errors));
     QCOMPARE(outcome.status, 64);
+}
+
+void ClientRequestsTest::aSeparatorInANameMakesALongerPath()
+{
+    const Outcome outcome = Program(client).run(
+        {"--organization", "a/b", "--application", "c", "get", "zoom"});
+    QCOMPARE(outcome.errors, QString());
+    QCOMPARE(outcome.output, QString("100\n"));
+    QCOMPARE(outcome.status, 0);
+    QCOMPARE(m_fixture.service.calls().last().path, QString("/a/b_2ec"));
 }
 
 void ClientRequestsTest::aValueIsPrintedAsJson_data()

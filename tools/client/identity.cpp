@@ -13,12 +13,12 @@ bool isAllowed(QChar character)
 {
     const ushort code = character.unicode();
     return (code >= 'a' && code <= 'z') || (code >= 'A' && code <= 'Z')
-        || (code >= '0' && code <= '9') || code == '_';
+        || (code >= '0' && code <= '9') || code == '_' || code == '/';
 }
 
-Failure failure(const QString &character)
+Failure failure(const QString &rule)
 {
-    return {Usage, QStringLiteral("no object path allows the character \"%1\"").arg(character),
+    return {Usage, QStringLiteral("no object path ") + rule,
             QStringLiteral("give the names by which the service knows the application; they "
                            "consist of letters, digits, \"_\" and \".\"")};
 }
@@ -28,10 +28,13 @@ Failure failure(const QString &character)
 Failure identityFailure(const QString &organization, const QString &application)
 {
     const QString path = Tools::applicationPath(organization, application);
-    for (int position = 1; position < path.size(); ++position) {
+    if (path.contains(QLatin1String("//")) || path.endsWith(QLatin1Char('/')))
+        return failure(QStringLiteral("has an empty element, as in \"%1\"").arg(path));
+    for (int position = 0; position < path.size(); ++position) {
         const bool isHigh = path.at(position).isHighSurrogate();
         if (!isAllowed(path.at(position)))
-            return failure(path.mid(position, isHigh ? 2 : 1));
+            return failure(QStringLiteral("allows the character \"%1\"")
+                               .arg(path.mid(position, isHigh ? 2 : 1)));
     }
     return {};
 }

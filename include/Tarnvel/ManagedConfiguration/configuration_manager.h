@@ -54,13 +54,14 @@ class ConfigurationManagerPrivate;
  * the event loop of the application's thread. Several requests may be under way; their answers
  * come as the bus completes them, in no promised order among themselves or against
  * configurationChanged(). A request that fails is not tried again.
- * A callback may make further requests and may delete the manager; an empty callback throws
- * \c std::bad_function_call out of the event loop.
+ * A callback may make further requests, and may delete a manager that the application has made
+ * itself; an empty callback throws \c std::bad_function_call out of the event loop.
  *
  * Without a service, or without a bus, every request is still answered, with Error::Internal and
  * the bus's message. A service that starts later is found by the next request.
  *
- * The manager and everything it hands out belong to the thread of the application object.
+ * The manager belongs to the thread of the application object, and its callbacks and its signal come
+ * there. What they hand out are values: a copy may be used in another thread.
  */
 class TARNVEL_MANAGED_CONFIGURATION_EXPORT ConfigurationManager : public QObject
 {
@@ -68,7 +69,7 @@ class TARNVEL_MANAGED_CONFIGURATION_EXPORT ConfigurationManager : public QObject
 
 public:
     /*!
-     * \brief The one manager of the process, made at the first call and never deleted.
+     * \brief The one manager of the process, made at the first call. Nobody may delete it.
      *
      * Call it in the application's thread, after the application object exists.
      */
