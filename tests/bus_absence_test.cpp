@@ -6,6 +6,7 @@
 #include "configuration_manager_p.h"
 #include "message_log.h"
 
+#include <QtDBus/QDBusMetaType>
 #include <QtTest/QTest>
 #include <Tarnvel/ManagedConfiguration/configuration_manager.h>
 
@@ -39,7 +40,13 @@ void BusAbsenceTest::initTestCase()
 {
     qputenv("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nonexistent/bus");
     QCoreApplication::setOrganizationName(QStringLiteral("acme"));
+
+    // The first manager of the process makes configurations known to the bus layer.
+    const int type = qMetaTypeId<Configuration>();
+    QCOMPARE(QDBusMetaType::typeToSignature(type), static_cast<const char *>(nullptr));
     MessageLog log;
+    ConfigurationManager::instance();
+    QCOMPARE(QDBusMetaType::typeToSignature(type), "a{sv}");
     m_manager = std::make_unique<ConfigurationManager>();
     m_requests = std::make_unique<ConfigurationManagerPrivate>(m_manager.get());
     QCOMPARE(log.take(), QStringList());

@@ -204,6 +204,7 @@ void RequestsTest::aSuccessHasNoMessage()
     m_manager.changeConfiguration(Configuration(), answers.forChanging());
     QVERIFY(answers.waitFor(2));
 
+    QVERIFY(answers.at(0).configuration.isEmpty());
     for (int index = 0; index < 2; ++index) {
         QVERIFY(!answers.at(index).error.isError());
         QCOMPARE(answers.at(index).error.code(), Error::NoError);

@@ -33,6 +33,7 @@ private Q_SLOTS:
     void aReceivedValueIsStoredByItsKind_data();
     void aReceivedValueIsStoredByItsKind();
     void aFileDescriptorIsLeftOut();
+    void anEmptyArrayHasNoItemToLookUp();
     void theDeepestReplyThatTheBusCarriesIsRead_data();
     void theDeepestReplyThatTheBusCarriesIsRead();
     void aHugeUnsupportedArrayIsNotTakenIn();
@@ -183,6 +184,28 @@ void WireFormatTest::aFileDescriptorIsLeftOut()
 
     QCOMPARE(log.take(), QStringList());
     QCOMPARE(describe(answers.at(0).configuration), QStringLiteral("{\"later\": int 2}"));
+}
+
+void WireFormatTest::anEmptyArrayHasNoItemToLookUp()
+{
+    m_service.answerWith("({'key': <@ai []>, 'texts': <@as []>},)");
+    Answers answers;
+    m_manager.getConfiguration(answers.forReading());
+    QVERIFY(answers.waitFor(1));
+    const Configuration &configuration = answers.at(0).configuration;
+
+    const QString failure = QStringLiteral("Error when getting a value from configuration by the ");
+    MessageLog log;
+    QVERIFY(!configuration.getByXpath("key[0]").isValid());
+    QCOMPARE(log.take(),
+             QStringList(failure
+                         + "\"key[0]\" xpath. The current value to be processed does not contain "
+                           "the \"key\" key"));
+    QVERIFY(!configuration.getByXpath("texts[0]").isValid());
+    QCOMPARE(log.take(),
+             QStringList(failure
+                         + "\"texts[0]\" xpath. The current sequence to be processed does not "
+                           "contain enough items to access item at index 0"));
 }
 
 void WireFormatTest::theDeepestReplyThatTheBusCarriesIsRead_data()
