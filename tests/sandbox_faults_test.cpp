@@ -83,8 +83,10 @@ private Q_SLOTS:
     void aFaultThatIsThereFromTheStartComesAtItsTime();
     void aFaultOfTheWorldBeforeGoesOn();
     void aDelayGoesTogetherWithAnotherFault();
+    void aDelayedCallCanBeExpected();
     void everyErrorIsSeen_data();
     void everyErrorIsSeen();
+    void anEventIsOneLineOfText();
     void everyRefusalIsSeen_data();
     void everyRefusalIsSeen();
 
@@ -363,6 +365,19 @@ void SandboxFaultsTest::aDelayGoesTogetherWithAnotherFault()
                           get + "refused, a.b: this is a fault of the world (fault error)"}));
 }
 
+void SandboxFaultsTest::aDelayedCallCanBeExpected()
+{
+    QVERIFY(write(
+        m_worldFile,
+        worldWithFaults(R"({"fault": "delay", "method": "GetConfiguration", "seconds": 0.1})")));
+    const QString expectation = m_directory->filePath("calls.json");
+    QVERIFY(write(expectation, R"({"calls": [{"fault": "delay", "outcome": "answered"}]})"));
+    m_sandbox->start(SANDBOX,
+                     {"--world", m_worldFile, "--expect", expectation, "--", APPLICATION, "get"});
+    finish();
+    QCOMPARE(m_lines, QStringList(configurationText));
+}
+
 void SandboxFaultsTest::everyErrorIsSeen_data()
 {
     QTest::addColumn<QString>("error");
@@ -387,6 +402,17 @@ void SandboxFaultsTest::everyErrorIsSeen()
     finish();
     const QString seen = errorText(code, QString::fromUtf8("ä \"%1\"").arg(error));
     QCOMPARE(m_lines, QStringList({"got " + seen, "set " + seen}));
+}
+
+void SandboxFaultsTest::anEventIsOneLineOfText()
+{
+    start(worldWithFaults(R"({"fault": "error", "method": "GetConfiguration",)"
+                          R"( "error": "a.b", "message": "one\ntwo\u001b[31m\u2028"})"),
+          {"get"});
+    finish();
+    QCOMPARE(m_events,
+             QStringList(QString::fromUtf8("acme/viewer (pid N): GetConfiguration: refused, a.b: "
+                                           "one�two�[31m� (fault error)")));
 }
 
 void SandboxFaultsTest::everyRefusalIsSeen_data()

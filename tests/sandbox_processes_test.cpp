@@ -249,6 +249,7 @@ private Q_SLOTS:
 
     void nothingIsLeftBehind_data();
     void nothingIsLeftBehind();
+    void noFileIsLeftBehindWhenAllProcessesAreKilledAtOnce();
     void aSignalReachesTheCommand_data();
     void aSignalReachesTheCommand();
     void aCommandThatIgnoresTheSignalIsKilled();
@@ -390,6 +391,22 @@ void SandboxProcessesTest::nothingIsLeftBehind()
     finish(status);
     QVERIFY(!isAnyRunning(processes));
     QCOMPARE(entriesOf(m_directory->path()), QStringList());
+}
+
+void SandboxProcessesTest::noFileIsLeftBehindWhenAllProcessesAreKilledAtOnce()
+{
+    startCommand("echo ready; exec sleep 1000");
+    QCOMPARE(m_sandbox->readOutputLine(), QByteArray("ready"));
+    QCOMPARE(entriesOf(m_directory->path()).size(), 1);
+    const QList<qint64> processes = descendantsOf(m_sandbox->processId()) << m_sandbox->processId();
+    QCOMPARE(processes.size(), 4);
+    // None of them can do anything any more while the others are killed.
+    for (const qint64 process : processes)
+        QCOMPARE(sendSignal(process, SIGSTOP), 0);
+    for (const qint64 process : processes)
+        QCOMPARE(sendSignal(process, SIGKILL), 0);
+    QVERIFY(m_sandbox->waitForFinished(timeoutMs));
+    QTRY_COMPARE_WITH_TIMEOUT(entriesOf(m_directory->path()), QStringList(), timeoutMs);
 }
 
 void SandboxProcessesTest::aSignalReachesTheCommand_data()

@@ -161,6 +161,12 @@ private Q_SLOTS:
     void helpAndVersionAreShown();
     void aReaderThatHasSeenEnoughIsNoFailure();
     void aWorldIsCheckedAndNothingElseDone();
+    void aLogReplacesNoFileThatIsRead_data();
+    void aLogReplacesNoFileThatIsRead();
+    void aLogThatTakesNoMoreIsTold();
+    void closedChannelsDoNoHarm();
+    void allWorldsAreChecked_data();
+    void allWorldsAreChecked();
     void theCommandGetsItsWordsItsChannelsAndItsEnvironment();
     void theCommandFindsTheServiceRunning();
     void theBusIsOutOfOthersReach();
@@ -392,6 +398,83 @@ void SandboxTest::aWorldIsCheckedAndNothingElseDone()
     QCOMPARE(m_sandbox->readAllStandardError(),
              m_worldFile.toUtf8() + ":1:1: \"applications\" is missing\n");
     QCOMPARE(m_sandbox->readAllStandardOutput(), QByteArray());
+    QCOMPARE(m_sandbox->exitCode(), 2);
+}
+
+void SandboxTest::aLogReplacesNoFileThatIsRead_data()
+{
+    QTest::addColumn<QString>("option");
+    QTest::addColumn<QByteArray>("text");
+
+    QTest::newRow("world") << "--world" << worldOf({});
+    QTest::newRow("expectation") << "--expect" << QByteArray(R"({"calls": []})");
+}
+
+void SandboxTest::aLogReplacesNoFileThatIsRead()
+{
+    QFETCH(QString, option);
+    QFETCH(QByteArray, text);
+    QVERIFY(write(m_worldFile, text));
+    start({option, m_worldFile, "--log", m_directory->filePath("tmp/../world.json"), "--", "true"});
+    finish();
+    QCOMPARE(m_sandbox->exitCode(), 2);
+    QVERIFY(m_sandbox->readAllStandardError().endsWith(": the log would replace what is there\n"));
+    QFile file(m_worldFile);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    QCOMPARE(file.readAll(), text);
+}
+
+void SandboxTest::aLogThatTakesNoMoreIsTold()
+{
+    QVERIFY(write(m_worldFile, worldOf({applicationOf("viewer", R"({"a": 1})")})));
+    start({"--world", m_worldFile, "--log", "/dev/full", "--", APPLICATION, "get", "get"});
+    finish();
+    const QList<QByteArray> lines = m_sandbox->readAllStandardError().split('\n');
+    QCOMPARE(lines.size(), 4);
+    QCOMPARE(lines.at(0), QByteArray("/dev/full: No space left on device"));
+    QVERIFY(lines.at(1).endsWith("GetConfiguration: answered, 1 entry"));
+    QVERIFY(lines.at(2).endsWith("GetConfiguration: answered, 1 entry"));
+    QCOMPARE(m_sandbox->exitCode(), 0);
+}
+
+void SandboxTest::closedChannelsDoNoHarm()
+{
+    QVERIFY(write(m_worldFile, worldOf({applicationOf("viewer", R"({"a": 1})")})));
+    const QString logFile = m_directory->filePath("log.json");
+    m_sandbox->start("sh",
+                     {"-c", "exec \"$@\" <&- >&- 2>&-", "sh", SANDBOX, "--world", m_worldFile,
+                      "--log", logFile, "--", APPLICATION, "get"});
+    finish();
+    QCOMPARE(m_sandbox->exitCode(), 0);
+    QFile file(logFile);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QByteArray record = file.readAll();
+    QCOMPARE(record.count('\n'), 1);
+    QCOMPARE(QJsonDocument::fromJson(record).object().value("outcome").toString(),
+             QString("answered"));
+}
+
+void SandboxTest::allWorldsAreChecked_data()
+{
+    QTest::addColumn<QStringList>("arguments");
+
+    QTest::newRow("one option") << QStringList {"--check", "bad", "good", "bad"};
+    QTest::newRow("an option each")
+        << QStringList {"--check", "bad", "--check", "good", "--check", "bad"};
+}
+
+void SandboxTest::allWorldsAreChecked()
+{
+    QFETCH(const QStringList, arguments);
+    const QDir directory = QFileInfo(m_worldFile).dir();
+    QVERIFY(write(directory.filePath("good"), worldOf({})));
+    QVERIFY(write(directory.filePath("bad"), "{}"));
+    m_sandbox->setWorkingDirectory(directory.path());
+    start(arguments);
+    finish();
+    const QByteArray mistake("bad:1:1: \"applications\" is missing\n");
+    QCOMPARE(m_sandbox->readAllStandardError(), mistake + mistake);
+    QCOMPARE(m_sandbox->readAllStandardOutput(), QByteArray("good: no mistakes\n"));
     QCOMPARE(m_sandbox->exitCode(), 2);
 }
 

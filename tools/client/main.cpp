@@ -6,9 +6,11 @@
 #include "commands.h"
 #include "identity.h"
 #include "output.h"
+#include "standard_channels.h"
 
 #include <QtCore/QCoreApplication>
 
+#include <csignal>
 #include <cstdlib>
 
 using namespace Tarnvel::Client;
@@ -44,7 +46,9 @@ Failure begin(const CommandLine &commandLine)
 
 int run(int argc, char *argv[])
 {
-    prepareStandardChannels();
+    Tarnvel::Tools::occupyStandardChannels();
+    // Writing to a channel that nobody reads any more is to fail and do no more.
+    std::signal(SIGPIPE, SIG_IGN);
     qInstallMessageHandler(printMessage);
     QStringList words;
     Failure failure = decodeWords(argc, argv, &words);

@@ -6,23 +6,9 @@
 #include <QtCore/QCoreApplication>
 
 #include <cerrno>
-#include <csignal>
 #include <cstdlib>
-#include <fcntl.h>
-#include <unistd.h>
 
 namespace Tarnvel::Client {
-
-void prepareStandardChannels()
-{
-    std::signal(SIGPIPE, SIG_IGN);
-    int descriptor = 0;
-    // To be read only, so that writing to the channel fails as it should.
-    while (descriptor >= 0 && descriptor <= STDERR_FILENO)
-        descriptor = open("/dev/null", O_RDONLY | O_CLOEXEC);
-    if (descriptor >= 0)
-        close(descriptor);
-}
 
 void print(const QString &line, Tools::Tone tone)
 {
@@ -40,7 +26,8 @@ void print(const QString &line, Tools::Tone tone)
 
 void printNote(const QString &text, Tools::Tone tone)
 {
-    Tools::printLine(stderr, QStringLiteral("managed-configuration: ") + text, tone);
+    Tools::printLine(stderr,
+                     QStringLiteral("managed-configuration: ") + Tools::shownOnOneLine(text), tone);
 }
 
 int report(const Failure &failure)

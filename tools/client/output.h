@@ -11,13 +11,6 @@
 namespace Tarnvel::Client {
 
 /*!
- * \brief Makes writing to a standard channel that is closed, at either end, fail and do no more.
- *
- * Call it first of all: otherwise results go into whatever is opened next, such as the bus.
- */
-void prepareStandardChannels();
-
-/*!
  * \brief Writes \a line, a result, to the standard output at once.
  *
  * Ends the process if that fails: silently and with success if nobody reads on, as behind "head",

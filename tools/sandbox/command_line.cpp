@@ -49,7 +49,8 @@ QCommandLineOption fileOption(const char *name, const char *text)
 Options parseCommandLine(const QStringList &arguments)
 {
     const auto world = fileOption("world", "The applications and their configurations.");
-    const auto check = fileOption("check", "Check a world file, and do nothing else.");
+    const auto check = fileOption("check",
+                                  "Check this and any further world files, and do nothing else.");
     const auto log = fileOption("log", "Record what happens, as JSON, one event on a line.");
     const auto expect = fileOption("expect", "The calls that must come.");
     const QCommandLineOption faults(
@@ -73,12 +74,17 @@ Options parseCommandLine(const QStringList &arguments)
         parser.showHelp();
 
     Options options;
-    options.checkFile = fileOf(parser, check);
+    options.command = parser.positionalArguments();
+    if (!fileOf(parser, check).isEmpty()) {
+        options.checkFiles = parser.values(check);
+        // As in "--check *.json"; what is behind "--" is a command.
+        if (!arguments.contains(QStringLiteral("--")))
+            options.checkFiles += options.command;
+    }
     options.listsFaults = parser.isSet(faults);
     options.worldFile = fileOf(parser, world);
     options.logFile = fileOf(parser, log);
     options.expectationFile = fileOf(parser, expect);
-    options.command = parser.positionalArguments();
     return options;
 }
 

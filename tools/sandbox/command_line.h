@@ -20,8 +20,8 @@ constexpr int commandStatus = 127;
 /*! \brief What the command line asks for. */
 struct Options
 {
-    /*! The file to check; if there is one, nothing else is done. */
-    QString checkFile;
+    /*! The files to check; if there is one, nothing else is done. */
+    QStringList checkFiles;
     /*! True if the kinds of fault are to be listed, and nothing else done. */
     bool listsFaults = false;
     /*! The world; none if empty. */

@@ -110,6 +110,8 @@ Event callEvent(const Request &request, const Outcome &outcome)
     QJsonObject record = requestRecord(request);
     record.insert(QStringLiteral("outcome"), outcomeName(outcome.kind));
     insertFault(outcome.fault, &record);
+    if (!outcome.fault && request.isDelayed)
+        record.insert(QStringLiteral("fault"), faultName(Fault::Delay));
     if (outcome.kind == Outcome::Refused) {
         line += QStringLiteral(", %1: %2").arg(errorText(outcome.error), outcome.text);
         record.insert(QStringLiteral("error"), errorText(outcome.error));

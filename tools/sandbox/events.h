@@ -20,6 +20,8 @@ struct Request
     Caller caller;
     /*! The application's name, "acme/viewer"; empty if none is kept at the call's path. */
     QString application;
+    /*! Whether a fault had it wait. */
+    bool isDelayed = false;
 };
 
 /*! \brief What came of a request. */

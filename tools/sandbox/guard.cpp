@@ -3,6 +3,7 @@
 
 #include "guard.h"
 
+#include "caretaker.h"
 #include "descendants.h"
 #include "end_signals.h"
 #include "private_directory.h"
@@ -81,9 +82,10 @@ int runGuarded(const std::function<int(const PrivateDirectory &)> &work)
     // Where it is ignored, nobody learns how a child has ended.
     signal(SIGCHLD, SIG_DFL);
 
-    // Each process has these two and clears away after itself, the guard after both. Only if both
-    // are killed at once, and nobody else can know of them, do they leave something behind.
+    // Each process has these and clears away after itself, the guard after both, and the caretaker
+    // if both are killed at once. It comes before the descendants, lest it become one of them.
     const PrivateDirectory directory;
+    const Caretaker caretaker(directory.path());
     const Descendants descendants;
     const pid_t guard = getpid();
     const pid_t worker = fork();

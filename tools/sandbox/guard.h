@@ -15,7 +15,8 @@ class PrivateDirectory;
  * The status is that of a shell: 128 and its number added when a signal ended the child. \a work
  * receives a private directory, and returns the status.
  *
- * Each of the two processes puts away what the other leaves behind when it is killed. Once \a work
+ * Each of the two processes puts away what the other leaves behind when it is killed, and a third
+ * one the directory when both are killed at once. Once \a work
  * has ended, in whatever way, all its descendants are killed and the directory is removed. When the
  * guard ends first, \a work receives SIGTERM.
  *

@@ -3,6 +3,8 @@
 
 #include "json_document.h"
 
+#include "terminal.h"
+
 #include <QtCore/QSet>
 
 #include <algorithm>
@@ -293,17 +295,10 @@ QString describe(JsonValue::Kind kind)
 
 QString quoted(const QString &text)
 {
-    QString shown = text.size() > maximumQuotedSize
+    const QString shown = text.size() > maximumQuotedSize
         ? text.left(maximumQuotedSize) + QStringLiteral("...")
         : text;
-    for (QChar &character : shown) {
-        const QChar::Category category = character.category();
-        // These could end the line or make a terminal do something.
-        if (category == QChar::Other_Control || category == QChar::Other_Format
-            || category == QChar::Separator_Line || category == QChar::Separator_Paragraph)
-            character = QChar::ReplacementCharacter;
-    }
-    return QLatin1Char('"') + shown + QLatin1Char('"');
+    return QLatin1Char('"') + Tools::shownOnOneLine(shown) + QLatin1Char('"');
 }
 
 } // namespace Tarnvel::Sandbox

@@ -35,15 +35,21 @@ void Log::report(const Event &event)
     QJsonObject record = event.record;
     record.insert(QStringLiteral("time"), elapsed());
     record.insert(QStringLiteral("text"), event.line);
-    if (m_file.isOpen()) {
-        m_file.write(QJsonDocument(record).toJson(QJsonDocument::Compact) + '\n');
-        // Whoever follows the file sees each event when it happens.
-        m_file.flush();
-    }
+    if (m_file.isOpen())
+        write(QJsonDocument(record).toJson(QJsonDocument::Compact) + '\n');
     if (m_handler)
         m_handler(record);
     // Last, so that whoever sees the line finds the record.
     printEvent(event.line, event.tone);
+}
+
+void Log::write(const QByteArray &line)
+{
+    // Whoever follows the file sees each event when it happens.
+    if (m_file.write(line) == line.size() && m_file.flush())
+        return;
+    printEvent(errorString(), Tools::Tone::Bad);
+    m_file.close();
 }
 
 QString Log::errorString() const
@@ -53,7 +59,7 @@ QString Log::errorString() const
 
 void printEvent(const QString &line, Tools::Tone tone)
 {
-    Tools::printLine(stderr, line, tone);
+    Tools::printLine(stderr, Tools::shownOnOneLine(line), tone);
 }
 
 } // namespace Tarnvel::Sandbox

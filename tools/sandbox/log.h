@@ -47,13 +47,19 @@ public:
     /*! \brief The seconds since start(). */
     double elapsed() const;
 
-    /*! \brief Prints the line of \a event and records it with the "time" elapsed and the "text". */
+    /*!
+     * \brief Prints the line of \a event and records it with the "time" elapsed and the "text".
+     *
+     * If it cannot be recorded, this says why, and nothing is recorded any more.
+     */
     void report(const Event &event);
 
     /*! \brief What went wrong in open(). */
     QString errorString() const;
 
 private:
+    void write(const QByteArray &line);
+
     Handler m_handler;
     QFile m_file;
     QElapsedTimer m_clock;

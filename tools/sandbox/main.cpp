@@ -7,6 +7,7 @@
 #include "private_directory.h"
 #include "run.h"
 #include "signal_state.h"
+#include "standard_channels.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QFile>
@@ -21,16 +22,20 @@ using Tarnvel::Tools::Tone;
 
 namespace {
 
-int check(const QString &worldFile)
+int check(const QStringList &worldFiles)
 {
-    World world;
-    QString mistake;
-    if (!readWorld(worldFile, &world, &mistake)) {
-        printEvent(mistake, Tone::Bad);
-        return usageStatus;
+    int status = EXIT_SUCCESS;
+    for (const QString &worldFile : worldFiles) {
+        World world;
+        QString mistake;
+        if (readWorld(worldFile, &world, &mistake)) {
+            printLine(stdout, worldFile + QStringLiteral(": no mistakes"), Tone::Good);
+        } else {
+            printEvent(mistake, Tone::Bad);
+            status = usageStatus;
+        }
     }
-    printLine(stdout, worldFile + QStringLiteral(": no mistakes"), Tone::Good);
-    return EXIT_SUCCESS;
+    return status;
 }
 
 QString whenText(const FaultDescription &description)
@@ -67,8 +72,8 @@ int runSandbox(int argc, char *argv[], const PrivateDirectory &directory,
     const Options options = parseCommandLine(QCoreApplication::arguments());
     if (options.listsFaults)
         return listFaults();
-    if (!options.checkFile.isEmpty())
-        return check(options.checkFile);
+    if (!options.checkFiles.isEmpty())
+        return check(options.checkFiles);
     if (directory.path().empty()) {
         printEvent(QFile::decodeName(directory.errorString().c_str()), Tone::Bad);
         return busStatus;
@@ -81,6 +86,7 @@ int runSandbox(int argc, char *argv[], const PrivateDirectory &directory,
 
 int main(int argc, char *argv[])
 {
+    Tarnvel::Tools::occupyStandardChannels();
     // Before the command line is read: that takes an application object, and its event loop is not
     // for two processes.
     const SignalState inheritedSignals;

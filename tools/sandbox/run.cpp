@@ -8,6 +8,7 @@
 #include "events.h"
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QFileInfo>
 
 #include <cstdlib>
 
@@ -36,8 +37,8 @@ bool Run::prepare()
     const QString &expectationFile = m_options.expectationFile;
     if (!expectationFile.isEmpty() && !m_expectation.read(expectationFile, &mistake))
         return fail(mistake, usageStatus);
-    if (!m_options.logFile.isEmpty() && !m_log.open(m_options.logFile))
-        return fail(m_log.errorString(), usageStatus);
+    if (!openLog())
+        return false;
     if (m_options.worldFile.isEmpty())
         return true;
     // Before the file is read, so that no change falls in between.
@@ -46,6 +47,19 @@ bool Run::prepare()
     if (!mistake.isNull() || !readWorld(m_options.worldFile, &m_world, &mistake))
         return fail(mistake, usageStatus);
     return true;
+}
+
+bool Run::openLog()
+{
+    const QString &file = m_options.logFile;
+    if (file.isEmpty())
+        return true;
+    for (const QString &other : {m_options.worldFile, m_options.expectationFile}) {
+        if (!other.isEmpty() && QFileInfo(other) == QFileInfo(file))
+            return fail(QStringLiteral("%1: the log would replace what is there").arg(file),
+                        usageStatus);
+    }
+    return m_log.open(file) || fail(m_log.errorString(), usageStatus);
 }
 
 bool Run::startService()

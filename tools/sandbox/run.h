@@ -34,6 +34,7 @@ public:
 
 private:
     bool prepare();
+    bool openLog();
     bool startService();
     int stay();
     int runCommand(QProcessEnvironment environment, const SignalState &signals);

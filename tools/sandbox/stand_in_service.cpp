@@ -117,8 +117,9 @@ QString StandInService::errorString() const
 
 void StandInService::receive(const MethodCall &call)
 {
-    const Request request {call, call.caller(), m_world.value(call.path()).name};
     const CallFaults faults = m_faults.count(call.path(), call.method());
+    const Request request {call, call.caller(), m_world.value(call.path()).name,
+                           faults.delay.has_value()};
     if (!faults.delay) {
         meet(request, faults.fault);
         return;

@@ -35,6 +35,18 @@ bool showsColours(std::FILE *channel)
 
 } // namespace
 
+QString shownOnOneLine(const QString &text)
+{
+    QString shown = text;
+    for (QChar &character : shown) {
+        const QChar::Category category = character.category();
+        if (category == QChar::Other_Control || category == QChar::Other_Format
+            || category == QChar::Separator_Line || category == QChar::Separator_Paragraph)
+            character = QChar::ReplacementCharacter;
+    }
+    return shown;
+}
+
 void printLine(std::FILE *channel, const QString &line, Tone tone)
 {
     QByteArray text = line.toUtf8();

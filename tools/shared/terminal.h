@@ -24,6 +24,13 @@ enum class Tone {
 };
 
 /*!
+ * \brief \a text without what could end the line or make a terminal do something.
+ *
+ * Each such character is shown as the replacement character.
+ */
+QString shownOnOneLine(const QString &text);
+
+/*!
  * \brief Writes \a line and a line feed to \a channel, in UTF-8, at once.
  *
  * It is coloured if the channel is a terminal that knows colours, unless the variable NO_COLOR is
