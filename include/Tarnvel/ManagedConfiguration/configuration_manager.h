@@ -60,8 +60,8 @@ class ConfigurationManagerPrivate;
  * Without a service, or without a bus, every request is still answered, with Error::Internal and
  * the bus's message. A service that starts later is found by the next request.
  *
- * The manager belongs to the thread of the application object, and its callbacks and its signal come
- * there. What they hand out are values: a copy may be used in another thread.
+ * The manager belongs to the thread of the application object, and its callbacks and its signal
+ * come there. What they hand out are values: a copy may be used in another thread.
  */
 class TARNVEL_MANAGED_CONFIGURATION_EXPORT ConfigurationManager : public QObject
 {
