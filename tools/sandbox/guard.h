@@ -16,9 +16,9 @@ class PrivateDirectory;
  * receives a private directory, and returns the status.
  *
  * Each of the two processes puts away what the other leaves behind when it is killed, and a third
- * one the directory when both are killed at once. Once \a work
- * has ended, in whatever way, all its descendants are killed and the directory is removed. When the
- * guard ends first, \a work receives SIGTERM.
+ * one the directory when both are killed at once. Once \a work has ended, in whatever way, all its
+ * descendants are killed and the directory is removed. When the guard ends first, \a work receives
+ * SIGTERM.
  *
  * \a work runs with the endSignals() blocked; those that the guard receives are passed on to it,
  * unless they were typed, when it has got them by itself. It is killed if it does not end within
