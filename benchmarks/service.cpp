@@ -5,7 +5,7 @@
 // client costs can be told from what the service costs. Each change is announced, and changes
 // nothing.
 
-#include "bus_service.h"
+#include "raw_service.h"
 #include "endpoint.h"
 #include "shapes.h"
 

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "command.h"
+#include "process/command.h"
 #include "private_bus.h"
-#include "signal_state.h"
+#include "process/signal_state.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QProcessEnvironment>

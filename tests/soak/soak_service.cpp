@@ -9,8 +9,8 @@
 #include <QtCore/QStringList>
 #include <QtCore/QTimer>
 
-#include "bus_service.h"
-#include "end_signals.h"
+#include "raw_service.h"
+#include "process/termination_signals.h"
 #include "endpoint.h"
 
 #include <cstdio>

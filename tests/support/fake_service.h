@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "bus_service.h"
+#include "raw_service.h"
 
 #include <QtCore/QList>
 #include <QtCore/QString>

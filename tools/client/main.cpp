@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "bus_state.h"
+#include "service/bus_state.h"
 #include "command_line.h"
-#include "commands.h"
-#include "identity.h"
+#include "commands/commands.h"
+#include "service/identity.h"
 #include "output.h"
-#include "standard_channels.h"
+#include "standard_streams.h"
 
 #include <QtCore/QCoreApplication>
 

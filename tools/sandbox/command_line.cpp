@@ -3,7 +3,7 @@
 
 #include "command_line.h"
 
-#include "log.h"
+#include "report/log.h"
 
 #include <QtCore/QCommandLineParser>
 

@@ -2,12 +2,12 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
 #include "command_line.h"
-#include "guard.h"
-#include "log.h"
-#include "private_directory.h"
-#include "run.h"
-#include "signal_state.h"
-#include "standard_channels.h"
+#include "process/supervisor.h"
+#include "report/log.h"
+#include "process/private_directory.h"
+#include "session.h"
+#include "process/signal_state.h"
+#include "standard_streams.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QFile>

@@ -1,0 +1,202 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "raw_service.h"
+#include "endpoint.h"
+#include "private_bus.h"
+
+#include <QtCore/QProcess>
+#include <QtTest/QTest>
+
+#include <unistd.h>
+
+#include <csignal>
+
+using namespace Tarnvel;
+using Tarnvel::Sandbox::BusService;
+using Tarnvel::Sandbox::Caller;
+using Tarnvel::Sandbox::MethodCall;
+using Tarnvel::Sandbox::PrivateBus;
+
+namespace {
+
+constexpr int timeoutMs = 20000;
+
+} // namespace
+
+class BusServiceTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void initTestCase();
+    void init();
+    void cleanup();
+
+    void theCallerIsTheProcessThatCalled();
+    void nothingIsKnownOfACallerThatHasLeft();
+    void nothingIsKnownOfACallerWhenTheBusIsGone();
+    void aLostConnectionIsReportedOnce();
+    void aConnectionClosedOnPurposeIsNotReported();
+    void aServiceThatLostItsBusCanBeOpenedAgain();
+    void aBusThatHangsIsGivenUp();
+    void anAnnouncementWithoutAConnectionIsHarmless_data();
+    void anAnnouncementWithoutAConnectionIsHarmless();
+
+private:
+    void call();
+
+    QScopedPointer<PrivateBus> m_bus;
+    QScopedPointer<BusService> m_service;
+    QScopedPointer<QProcess> m_process;
+    QList<MethodCall> m_calls;
+    int m_losses = 0;
+};
+
+void BusServiceTest::initTestCase()
+{
+    // What GLib only complains of otherwise.
+    g_log_set_always_fatal(static_cast<GLogLevelFlags>(G_LOG_LEVEL_CRITICAL | G_LOG_LEVEL_WARNING));
+}
+
+void BusServiceTest::init()
+{
+    m_calls.clear();
+    m_losses = 0;
+    m_process.reset(new QProcess);
+    m_bus.reset(new PrivateBus);
+    QVERIFY2(m_bus->start(), qPrintable(m_bus->errorString()));
+    m_service.reset(new BusService([this](const MethodCall &call) { m_calls.append(call); },
+                                   [this] { ++m_losses; }));
+    QVERIFY2(m_service->open(m_bus->address()), qPrintable(m_service->errorString()));
+    QVERIFY(m_service->isOpen());
+}
+
+void BusServiceTest::cleanup()
+{
+    m_calls.clear();
+    m_service.reset();
+    m_process->kill();
+    m_process->waitForFinished(timeoutMs);
+}
+
+// Runs until the call has arrived.
+void BusServiceTest::call()
+{
+    const int count = m_calls.size();
+    m_process->start(
+        "gdbus",
+        {"call", "--address", m_bus->address(), "--dest", Tools::serviceName, "--object-path",
+         "/acme_2eviewer", "--method",
+         QStringLiteral("%1.%2").arg(Tools::applicationInterface, Tools::getConfigurationMethod)});
+    QVERIFY2(m_process->waitForStarted(timeoutMs), qPrintable(m_process->errorString()));
+    QTRY_COMPARE_WITH_TIMEOUT(m_calls.size(), count + 1, timeoutMs);
+}
+
+void BusServiceTest::theCallerIsTheProcessThatCalled()
+{
+    call();
+    const Caller caller = m_calls.last().caller();
+    QCOMPARE(caller.processId, m_process->processId());
+    QVERIFY(caller.userId.has_value());
+    QCOMPARE(*caller.userId, geteuid());
+
+    m_calls.last().reply(nullptr);
+    QTRY_COMPARE_WITH_TIMEOUT(m_process->state(), QProcess::NotRunning, timeoutMs);
+    QCOMPARE(m_process->exitCode(), 0);
+}
+
+void BusServiceTest::nothingIsKnownOfACallerThatHasLeft()
+{
+    call();
+    m_process->kill();
+    QVERIFY(m_process->waitForFinished(timeoutMs));
+    // The bus may learn of it later than of the question.
+    QTRY_COMPARE(m_calls.last().caller().processId, 0);
+    QVERIFY(!m_calls.last().caller().userId.has_value());
+}
+
+void BusServiceTest::nothingIsKnownOfACallerWhenTheBusIsGone()
+{
+    call();
+    m_bus->stop();
+    QCOMPARE(m_calls.last().caller().processId, 0);
+    QVERIFY(!m_calls.last().caller().userId.has_value());
+}
+
+void BusServiceTest::aLostConnectionIsReportedOnce()
+{
+    m_bus->stop();
+    QCOMPARE(m_losses, 0);
+    QTRY_COMPARE(m_losses, 1);
+    QVERIFY(!m_service->isOpen());
+    m_service->close();
+    m_service.reset();
+    QCoreApplication::processEvents();
+    QCOMPARE(m_losses, 1);
+}
+
+void BusServiceTest::aConnectionClosedOnPurposeIsNotReported()
+{
+    m_service->close();
+    QVERIFY(!m_service->isOpen());
+    QVERIFY(m_service->open(m_bus->address()));
+    call();
+    QCOMPARE(m_losses, 0);
+}
+
+void BusServiceTest::aServiceThatLostItsBusCanBeOpenedAgain()
+{
+    m_bus->stop();
+    QTRY_COMPARE(m_losses, 1);
+    QVERIFY2(m_bus->start(), qPrintable(m_bus->errorString()));
+    QVERIFY2(m_service->open(m_bus->address()), qPrintable(m_service->errorString()));
+    call();
+    m_bus->stop();
+    QTRY_COMPARE(m_losses, 2);
+}
+
+void BusServiceTest::aBusThatHangsIsGivenUp()
+{
+    m_service->close();
+    const auto daemon = static_cast<pid_t>(m_bus->processId());
+    QCOMPARE(kill(daemon, SIGSTOP), 0);
+    const bool isOpened = m_service->open(m_bus->address());
+    QCOMPARE(kill(daemon, SIGCONT), 0);
+    QVERIFY(!isOpened);
+    QVERIFY(!m_service->isOpen());
+    QCOMPARE(m_service->errorString(), QString("Operation was cancelled"));
+    QVERIFY2(m_service->open(m_bus->address()), qPrintable(m_service->errorString()));
+}
+
+void BusServiceTest::anAnnouncementWithoutAConnectionIsHarmless_data()
+{
+    QTest::addColumn<bool>("isLost");
+    QTest::addColumn<bool>("isNoticed");
+
+    QTest::newRow("closed") << false << true;
+    QTest::newRow("lost") << true << true;
+    QTest::newRow("lost, and not noticed yet") << true << false;
+}
+
+void BusServiceTest::anAnnouncementWithoutAConnectionIsHarmless()
+{
+    QFETCH(bool, isLost);
+    QFETCH(bool, isNoticed);
+    if (isLost)
+        m_bus->stop();
+    else
+        m_service->close();
+    if (isNoticed)
+        QTRY_VERIFY(!m_service->isOpen());
+    const std::shared_ptr<GVariant> arguments(
+        g_variant_ref_sink(g_variant_new("(s)", "an argument")), g_variant_unref);
+    m_service->announceChange("/acme_2eviewer");
+    m_service->announceChange("/acme_2eviewer", arguments.get());
+    m_service->announceChange("/acme_2eviewer", g_variant_new("(s)", "an argument"));
+    QCOMPARE(QString(g_variant_get_type_string(arguments.get())), QString("(s)"));
+}
+
+QTEST_GUILESS_MAIN(BusServiceTest)
+
+#include "raw_service_test.moc"

@@ -1,0 +1,61 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#pragma once
+
+#include "raw_service.h"
+#include "scenario/fault.h"
+#include "log.h"
+
+#include <QtCore/QString>
+
+#include <optional>
+
+namespace Tarnvel::Sandbox {
+
+/*! \brief A call, and who made it. */
+struct Request
+{
+    MethodCall call;
+    Caller caller;
+    /*! The application's name, "acme/viewer"; empty if none is kept at the call's path. */
+    QString application;
+    /*! Whether a fault had it wait. */
+    bool isDelayed = false;
+};
+
+/*! \brief What came of a request. */
+struct Outcome
+{
+    enum Kind { Answered, Accepted, Refused, Unanswered };
+
+    Kind kind;
+    /*! For people: how much was answered, or why it was refused. May be empty. */
+    QString text;
+    /*! The full name of the error of a refusal. */
+    QString error;
+    /*! The fault that had a part in it. */
+    std::optional<Fault> fault;
+};
+
+/*! \brief \a request has ended in \a outcome. */
+Event callEvent(const Request &request, const Outcome &outcome);
+
+/*! \brief \a request waits for \a seconds before it goes on, because of a fault. */
+Event delayEvent(const Request &request, double seconds);
+
+/*!
+ * \brief A change of the configuration of \a application, at \a path, has been announced.
+ *
+ * \a fault is the one that had it announced; none for a change that was made.
+ */
+Event announcementEvent(const QString &application, const QString &path,
+                        const std::optional<Fault> &fault);
+
+/*! \brief Something happened to the service itself, or to its bus: \a text. */
+Event serviceEvent(const QString &text, Tools::Tone tone, const std::optional<Fault> &fault = {});
+
+/*! \brief Something happened to the world file \a fileName: \a line. */
+Event worldEvent(const QString &fileName, const QString &line, Tools::Tone tone);
+
+} // namespace Tarnvel::Sandbox

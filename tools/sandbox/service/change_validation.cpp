@@ -1,0 +1,181 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "change_validation.h"
+
+#include "report/variant_json.h"
+
+namespace Tarnvel::Sandbox {
+
+namespace {
+
+QString quoted(const QString &text)
+{
+    return QLatin1Char('"') + text + QLatin1Char('"');
+}
+
+QString typeText(GVariant *value)
+{
+    static const QMap<QByteArray, QString> texts {
+        {"i", QStringLiteral("an integer")},
+        {"b", QStringLiteral("a boolean")},
+        {"s", QStringLiteral("a string")},
+        {"ai", QStringLiteral("a list of integers")},
+        {"ab", QStringLiteral("a list of booleans")},
+        {"as", QStringLiteral("a list of strings")},
+        {"a{sv}", QStringLiteral("a configuration")},
+    };
+    const QByteArray type = g_variant_get_type_string(value);
+    return texts.value(type, QStringLiteral("of the type \"%1\"").arg(QLatin1String(type)));
+}
+
+bool isList(GVariant *value)
+{
+    return g_variant_is_of_type(value, G_VARIANT_TYPE("ai"))
+        || g_variant_is_of_type(value, G_VARIANT_TYPE("ab"))
+        || g_variant_is_of_type(value, G_VARIANT_TYPE_STRING_ARRAY);
+}
+
+bool isConfiguration(GVariant *value)
+{
+    return g_variant_is_of_type(value, G_VARIANT_TYPE_VARDICT);
+}
+
+bool isSupported(GVariant *value)
+{
+    return isList(value) || isConfiguration(value)
+        || g_variant_is_of_type(value, G_VARIANT_TYPE_INT32)
+        || g_variant_is_of_type(value, G_VARIANT_TYPE_BOOLEAN)
+        || g_variant_is_of_type(value, G_VARIANT_TYPE_STRING);
+}
+
+// An empty list in a world file does not say what it is a list of.
+bool isOfSameType(GVariant *known, GVariant *value)
+{
+    return g_variant_is_of_type(value, g_variant_get_type(known))
+        || (isList(known) && g_variant_n_children(known) == 0 && isList(value));
+}
+
+std::optional<Refusal> refuseType(const QString &path, GVariant *known, GVariant *value)
+{
+    if (isOfSameType(known, value))
+        return {};
+    if (!isSupported(value))
+        return Refusal {QStringLiteral("UnsupportedType"),
+                        QStringLiteral("%1 would be %2, as no setting can be")
+                            .arg(quoted(path), typeText(value))};
+    return Refusal {
+        QStringLiteral("InvalidType"),
+        QStringLiteral("%1 is %2, not %3").arg(quoted(path), typeText(known), typeText(value))};
+}
+
+std::optional<Refusal> refuseEntries(const QString &prefix, GVariant *known, GVariant *change)
+{
+    const Entries knownEntries = entriesOf(known);
+    const Entries entries = entriesOf(change);
+    for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
+        const QString path = prefix + entry.key();
+        GVariant *const value = entry.value().get();
+        GVariant *const knownValue = knownEntries.value(entry.key()).get();
+        if (!knownValue)
+            return Refusal {QStringLiteral("NotExistingKey"),
+                            quoted(path) + QStringLiteral(" does not exist")};
+        std::optional<Refusal> refusal = refuseType(path, knownValue, value);
+        if (!refusal && isConfiguration(value))
+            refusal = refuseEntries(path + QLatin1Char('/'), knownValue, value);
+        if (refusal)
+            return refusal;
+    }
+    return {};
+}
+
+// Empty if none is altered.
+QString alteredLock(const Application &application, const Variant &changed)
+{
+    for (const QString &path : application.locked) {
+        const QStringList keys = settingKeys(path);
+        if (!areEqual(valueAt(application.configuration, keys), valueAt(changed, keys)))
+            return path;
+    }
+    return {};
+}
+
+bool isAllowed(const AllowedValues &allowed, const Variant &value)
+{
+    if (allowed.values.isEmpty())
+        return !g_variant_is_of_type(value.get(), G_VARIANT_TYPE_INT32)
+            || (g_variant_get_int32(value.get()) >= allowed.minimum
+                && g_variant_get_int32(value.get()) <= allowed.maximum);
+    return std::any_of(allowed.values.begin(), allowed.values.end(),
+                       [&value](const Variant &other) { return areEqual(value, other); });
+}
+
+// The value itself, or the first item of a list, that is not allowed; null if there is none.
+Variant forbiddenValue(const AllowedValues &allowed, const Variant &value)
+{
+    if (!isList(value.get()))
+        return isAllowed(allowed, value) ? Variant() : value;
+    for (gsize index = 0; index < g_variant_n_children(value.get()); ++index) {
+        const Variant item = adopt(g_variant_get_child_value(value.get(), index));
+        if (!isAllowed(allowed, item))
+            return item;
+    }
+    return {};
+}
+
+QString allowedText(const AllowedValues &allowed)
+{
+    if (allowed.values.isEmpty())
+        return QStringLiteral("%1 to %2")
+            .arg(QString::number(allowed.minimum), QString::number(allowed.maximum));
+    QStringList texts;
+    for (const Variant &value : allowed.values)
+        texts.append(toJsonText(value.get()));
+    return texts.join(QStringLiteral(", "));
+}
+
+// What the change leaves as it is may be anything: the administrator has put it there.
+std::optional<Refusal> refuseValues(const Application &application, const Variant &changed)
+{
+    for (const AllowedValues &allowed : application.allowed) {
+        const QStringList keys = settingKeys(allowed.path);
+        const Variant value = valueAt(changed, keys);
+        if (!value || areEqual(valueAt(application.configuration, keys), value))
+            continue;
+        if (const Variant forbidden = forbiddenValue(allowed, value))
+            return Refusal {
+                QStringLiteral("InvalidValue"),
+                QStringLiteral("%1 may not be %2, only %3")
+                    .arg(quoted(allowed.path), toJsonText(forbidden.get()), allowedText(allowed))};
+    }
+    return {};
+}
+
+} // namespace
+
+std::optional<Refusal> refuseCaller(const Application &application, const QString &path,
+                                    std::optional<quint32> userId)
+{
+    if (!application.isConfigurable)
+        return Refusal {QStringLiteral("NotConfigurable"),
+                        quoted(path) + QStringLiteral(" is not configurable")};
+    if (!application.users || (userId && application.users->contains(*userId)))
+        return {};
+    const QString user = userId ? QString::number(*userId) : QStringLiteral("(unknown)");
+    return Refusal {QStringLiteral("InvalidUserId"),
+                    QStringLiteral("user %1 is not admitted to %2").arg(user, quoted(path))};
+}
+
+std::optional<Refusal> refuseChange(const Application &application, const Variant &known,
+                                    GVariant *change)
+{
+    const Variant changed = mergeConfigurations(application.configuration, change);
+    const QString lock = alteredLock(application, changed);
+    if (!lock.isEmpty())
+        return Refusal {QStringLiteral("Forbidden"), quoted(lock) + QStringLiteral(" is locked")};
+    if (const std::optional<Refusal> refusal = refuseEntries({}, known.get(), change))
+        return refusal;
+    return refuseValues(application, changed);
+}
+
+} // namespace Tarnvel::Sandbox

@@ -1,0 +1,86 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#pragma once
+
+#include "raw_service.h"
+#include "report/event_formatter.h"
+#include "fault_schedule.h"
+#include "report/log.h"
+#include "scenario/scenario.h"
+
+#include <QtCore/QMap>
+#include <QtCore/QObject>
+#include <QtCore/QString>
+
+#include <functional>
+#include <memory>
+
+namespace Tarnvel::Sandbox {
+
+/*!
+ * \brief The service as a World has it.
+ *
+ * A change is judged by the world's rules, merged key by key at the top level, as a whole or not at
+ * all, and kept in memory only. Faults come as the world has them, from open() on. Each call,
+ * announcement and fault is an event of the log.
+ */
+class StandInService
+{
+public:
+    /*!
+     * \brief A service that keeps \a world, reports to \a log and is not on a bus yet.
+     *
+     * It calls \a killBus when the world has the bus die.
+     */
+    StandInService(const World &world, Log *log, std::function<void()> killBus);
+
+    /*! \brief Appears on the bus at \a address; if that fails, false, and errorString() says why.
+     */
+    bool open(const QString &address);
+
+    /*!
+     * \brief Keeps \a world from now on.
+     *
+     * Announces a change to exactly the applications whose configuration is not what it was, also
+     * to one that has come or gone. The faults still to come are the new world's.
+     */
+    void takeOver(const World &world);
+
+    /*! \brief What went wrong in open(). */
+    QString errorString() const;
+
+private:
+    void receive(const MethodCall &call);
+    void meet(const Request &request, const std::optional<Fault> &fault);
+    void serve(const Request &request, const std::optional<Fault> &fault);
+    void answer(const Request &request, const Application &application,
+                const std::optional<Fault> &fault);
+    void change(const Request &request, Application *application,
+                const std::optional<Fault> &fault);
+    void refuse(const Request &request, const QString &error, const QString &message,
+                const std::optional<Fault> &fault = {});
+
+    void meetInTime(const QString &path, const Fault &fault);
+    void push(const QString &path, const Fault &fault);
+    void announceMade(const QString &path, const QString &name,
+                      const std::optional<Fault> &fault = {});
+    void announceUnmade(const QString &path, const Fault &fault);
+    void breakDown(const Fault &fault);
+    void leave();
+    void comeBack();
+    void loseConnection();
+
+    World m_world;
+    // The configurations as the administrator has made them, by path.
+    QMap<QString, Variant> m_known;
+    Log *m_log;
+    std::function<void()> m_killBus;
+    BusService m_service;
+    QString m_address;
+    FaultPlan m_faults;
+    // The timers of calls that wait for their answer end with it.
+    std::unique_ptr<QObject> m_presence;
+};
+
+} // namespace Tarnvel::Sandbox

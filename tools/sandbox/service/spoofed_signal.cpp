@@ -1,0 +1,22 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "spoofed_signal.h"
+
+#include "bus_connection.h"
+#include "endpoint.h"
+
+namespace Tarnvel::Sandbox {
+
+bool announceAsStranger(const QString &address, const QString &path)
+{
+    g_autoptr(GDBusConnection) connection = openConnection(address, nullptr);
+    if (!connection)
+        return false;
+    const bool isSent = g_dbus_connection_emit_signal(
+        connection, nullptr, path.toUtf8().constData(), Tools::applicationInterface,
+        Tools::configurationChangedSignal, nullptr, nullptr);
+    return closeConnection(connection) && isSent;
+}
+
+} // namespace Tarnvel::Sandbox

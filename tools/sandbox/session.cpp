@@ -1,0 +1,130 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "session.h"
+
+#include "process/termination_signals.h"
+#include "endpoint.h"
+#include "report/event_formatter.h"
+
+#include <QtCore/QCoreApplication>
+#include <QtCore/QFileInfo>
+
+#include <cstdlib>
+
+namespace Tarnvel::Sandbox {
+
+using Tools::Tone;
+
+Run::Run(const Options &options, const QString &directory)
+    : m_options(options),
+      m_log([this](const QJsonObject &record) { m_expectation.see(record); }),
+      m_bus(directory)
+{
+}
+
+int Run::execute(const QProcessEnvironment &environment, const SignalState &signals)
+{
+    const EndSignals endSignals([this](int signal, bool isTyped) { end(signal, isTyped); });
+    if (!prepare() || !startService())
+        return m_failure;
+    return judge(m_options.command.isEmpty() ? stay() : runCommand(environment, signals));
+}
+
+bool Run::prepare()
+{
+    QString mistake;
+    const QString &expectationFile = m_options.expectationFile;
+    if (!expectationFile.isEmpty() && !m_expectation.read(expectationFile, &mistake))
+        return fail(mistake, usageStatus);
+    if (!openLog())
+        return false;
+    if (m_options.worldFile.isEmpty())
+        return true;
+    // Before the file is read, so that no change falls in between.
+    m_watch.emplace(m_options.worldFile, [this] { readAgain(); });
+    mistake = m_watch->errorString();
+    if (!mistake.isNull() || !readWorld(m_options.worldFile, &m_world, &mistake))
+        return fail(mistake, usageStatus);
+    return true;
+}
+
+bool Run::openLog()
+{
+    const QString &file = m_options.logFile;
+    if (file.isEmpty())
+        return true;
+    for (const QString &other : {m_options.worldFile, m_options.expectationFile}) {
+        if (!other.isEmpty() && QFileInfo(other) == QFileInfo(file))
+            return fail(QStringLiteral("%1: the log would replace what is there").arg(file),
+                        usageStatus);
+    }
+    return m_log.open(file) || fail(m_log.errorString(), usageStatus);
+}
+
+bool Run::startService()
+{
+    m_service.emplace(m_world, &m_log, [this] { m_bus.stop(); });
+    if (!m_bus.start())
+        return fail(m_bus.errorString(), busStatus);
+    if (!m_service->open(m_bus.address()))
+        return fail(m_service->errorString(), busStatus);
+    return true;
+}
+
+int Run::stay()
+{
+    Tools::printLine(stdout,
+                     QStringLiteral("export %1='%2'")
+                         .arg(QLatin1String(Tools::busAddressVariable), m_bus.address()));
+    return QCoreApplication::exec();
+}
+
+int Run::runCommand(QProcessEnvironment environment, const SignalState &signals)
+{
+    environment.insert(QLatin1String(Tools::busAddressVariable), m_bus.address());
+    m_command.emplace(m_options.command, environment, signals);
+    if (m_command->start([](int status) { QCoreApplication::exit(status); }))
+        return QCoreApplication::exec();
+    fail(m_command->errorString(), commandStatus);
+    return m_failure;
+}
+
+// A command that has failed says more than a call that has not come.
+int Run::judge(int status) const
+{
+    const QString missing = m_expectation.missing();
+    if (missing.isEmpty())
+        return status;
+    printEvent(missing, Tone::Bad);
+    return status == EXIT_SUCCESS ? expectationStatus : status;
+}
+
+void Run::end(int signal, bool isTyped)
+{
+    if (m_command)
+        m_command->end(signal, isTyped);
+    else
+        QCoreApplication::exit(EXIT_SUCCESS);
+}
+
+void Run::readAgain()
+{
+    const QString &file = m_options.worldFile;
+    QString mistake;
+    if (!readWorld(file, &m_world, &mistake)) {
+        m_log.report(worldEvent(file, mistake, Tone::Bad));
+        return;
+    }
+    m_log.report(worldEvent(file, QStringLiteral("%1: read again").arg(file), Tone::Aside));
+    m_service->takeOver(m_world);
+}
+
+bool Run::fail(const QString &mistake, int status)
+{
+    printEvent(mistake, Tone::Bad);
+    m_failure = status;
+    return false;
+}
+
+} // namespace Tarnvel::Sandbox

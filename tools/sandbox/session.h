@@ -1,0 +1,57 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#pragma once
+
+#include "process/command.h"
+#include "command_line.h"
+#include "report/expectation.h"
+#include "scenario/file_watch.h"
+#include "report/log.h"
+#include "private_bus.h"
+#include "service/simulated_service.h"
+
+#include <QtCore/QProcessEnvironment>
+#include <QtCore/QString>
+
+#include <optional>
+
+namespace Tarnvel::Sandbox {
+
+/*! \brief One run of the sandbox: the world, the bus, the service and the command. */
+class Run
+{
+public:
+    /*! \brief The run that \a options ask for, with its temporary files in \a directory. */
+    Run(const Options &options, const QString &directory);
+
+    /*!
+     * \brief Runs until the command has ended, or until told to end, and returns the exit status.
+     *
+     * The command gets \a environment, with the address of the bus in it, and \a signals.
+     */
+    int execute(const QProcessEnvironment &environment, const SignalState &signals);
+
+private:
+    bool prepare();
+    bool openLog();
+    bool startService();
+    int stay();
+    int runCommand(QProcessEnvironment environment, const SignalState &signals);
+    int judge(int status) const;
+    void end(int signal, bool isTyped);
+    void readAgain();
+    bool fail(const QString &mistake, int status);
+
+    const Options &m_options;
+    int m_failure = 0;
+    Expectation m_expectation;
+    Log m_log;
+    PrivateBus m_bus;
+    World m_world;
+    std::optional<StandInService> m_service;
+    std::optional<FileWatch> m_watch;
+    std::optional<Command> m_command;
+};
+
+} // namespace Tarnvel::Sandbox
