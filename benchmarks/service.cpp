@@ -5,8 +5,8 @@
 // client costs can be told from what the service costs. Each change is announced, and changes
 // nothing.
 
-#include "raw_service.h"
 #include "endpoint.h"
+#include "raw_service.h"
 #include "shapes.h"
 
 #include <QtCore/QCoreApplication>

@@ -4,7 +4,7 @@
 # Adds a test that runs in the sandbox:
 #
 #     tarnvel_managed_configuration_add_test(NAME <name>
-#         WORLD <file>                  the applications and their configurations
+#         SCENARIO <file>                  the applications and their configurations
 #         COMMAND <command> [<arg>...]  a program, or the target of one
 #         [EXPECT <file>]               the calls that must come
 #         [LOG <file>]                  where to record what happens
@@ -15,7 +15,7 @@
 # has the bus in the variable DBUS_SYSTEM_BUS_ADDRESS. Empty arguments of the command are dropped, and
 # a ";" separates two.
 function(tarnvel_managed_configuration_add_test)
-    cmake_parse_arguments(PARSE_ARGV 0 test "" "NAME;WORLD;EXPECT;LOG;WORKING_DIRECTORY" "COMMAND")
+    cmake_parse_arguments(PARSE_ARGV 0 test "" "NAME;SCENARIO;EXPECT;LOG;WORKING_DIRECTORY" "COMMAND")
     if(DEFINED test_UNPARSED_ARGUMENTS)
         message(FATAL_ERROR "tarnvel_managed_configuration_add_test: "
             "unknown arguments: ${test_UNPARSED_ARGUMENTS}")
@@ -24,7 +24,7 @@ function(tarnvel_managed_configuration_add_test)
         message(FATAL_ERROR "tarnvel_managed_configuration_add_test: "
             "without a value: ${test_KEYWORDS_MISSING_VALUES}")
     endif()
-    foreach(argument IN ITEMS NAME WORLD COMMAND)
+    foreach(argument IN ITEMS NAME SCENARIO COMMAND)
         if(NOT DEFINED test_${argument})
             message(FATAL_ERROR "tarnvel_managed_configuration_add_test: ${argument} is missing")
         endif()
@@ -34,8 +34,8 @@ function(tarnvel_managed_configuration_add_test)
             "the library has been installed without the sandbox")
     endif()
 
-    get_filename_component(world ${test_WORLD} ABSOLUTE)
-    set(options --world ${world})
+    get_filename_component(scenario ${test_SCENARIO} ABSOLUTE)
+    set(options --scenario ${scenario})
     if(DEFINED test_EXPECT)
         get_filename_component(expect ${test_EXPECT} ABSOLUTE)
         list(APPEND options --expect ${expect})

@@ -130,11 +130,12 @@ void CompletionTest::theWordsOfTheSandboxAreCompleted_data()
     QTest::addColumn<QString>("line");
     QTest::addColumn<QString>("offered");
 
-    QTest::newRow("options") << " "
-                             << "-- --check --expect --help --list-faults --log --version --world";
+    QTest::newRow("options")
+        << " "
+        << "-- --check --expect --help --list-faults --log --version --scenario";
     QTest::newRow("beginning of an option") << " --l"
                                             << "--list-faults --log";
-    QTest::newRow("file") << " --world /etc/passw"
+    QTest::newRow("file") << " --scenario /etc/passw"
                           << "/etc/passwd";
     QTest::newRow("command") << " --log x -- managed-configuration-sand"
                              << "managed-configuration-sandbox";

@@ -3,10 +3,10 @@
 
 #include "answers.h"
 #include "bus_fixture.h"
-#include "scenario/configuration_reader.h"
 #include "description.h"
 #include "endpoint.h"
 #include "message_log.h"
+#include "scenario/configuration_reader.h"
 
 #include <QtCore/QFile>
 #include <QtCore/QJsonDocument>

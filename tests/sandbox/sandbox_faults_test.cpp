@@ -23,17 +23,17 @@ constexpr int timeoutMs = 40000;
 const char configuration[] = R"({"proxy": "p:1", "theme": "light", "zoom": 100})";
 const QString configurationText = QStringLiteral("got proxy=p:1 theme=light zoom=100");
 
-// The world of the viewer, with \a members, which begin with a comma, beside its configuration.
-QByteArray worldOf(const QByteArray &members)
+// The scenario of the viewer, with \a members, which begin with a comma, beside its configuration.
+QByteArray scenarioOf(const QByteArray &members)
 {
     return QByteArray(R"({"applications": [{"organization": "acme", "application": "viewer",)"
                       R"( "configuration": )")
         + configuration + members + "}]}";
 }
 
-QByteArray worldWithFaults(const QByteArray &faults)
+QByteArray scenarioWithFaults(const QByteArray &faults)
 {
-    return worldOf(", \"faults\": [" + faults + "]");
+    return scenarioOf(", \"faults\": [" + faults + "]");
 }
 
 bool write(const QString &fileName, const QByteArray &text)
@@ -81,7 +81,7 @@ private Q_SLOTS:
     void aFaultComesAtItsTime();
     void aFloodIsMoreThanTheBusLetsTheApplicationRead();
     void aFaultThatIsThereFromTheStartComesAtItsTime();
-    void aFaultOfTheWorldBeforeGoesOn();
+    void aFaultOfTheScenarioBeforeGoesOn();
     void aDelayGoesTogetherWithAnotherFault();
     void aDelayedCallCanBeExpected();
     void everyErrorIsSeen_data();
@@ -91,13 +91,13 @@ private Q_SLOTS:
     void everyRefusalIsSeen();
 
 private:
-    void start(const QByteArray &world, const QStringList &steps);
+    void start(const QByteArray &scenario, const QStringList &steps);
     bool waitFor(QProcess::ProcessChannel channel, const QString &text);
     void finish();
 
     QScopedPointer<QTemporaryDir> m_directory;
     QScopedPointer<QProcess> m_sandbox;
-    QString m_worldFile;
+    QString m_scenarioFile;
     // What the application has printed, and what the sandbox: process ids are N.
     QStringList m_lines;
     QStringList m_events;
@@ -107,7 +107,7 @@ void SandboxFaultsTest::init()
 {
     m_directory.reset(new QTemporaryDir);
     QVERIFY(m_directory->isValid());
-    m_worldFile = m_directory->filePath("world.json");
+    m_scenarioFile = m_directory->filePath("scenario.json");
     m_sandbox.reset(new QProcess);
     m_lines.clear();
     m_events.clear();
@@ -122,10 +122,11 @@ void SandboxFaultsTest::cleanup()
 }
 
 // Starts the application with \a steps to do.
-void SandboxFaultsTest::start(const QByteArray &world, const QStringList &steps)
+void SandboxFaultsTest::start(const QByteArray &scenario, const QStringList &steps)
 {
-    QVERIFY(write(m_worldFile, world));
-    m_sandbox->start(SANDBOX, QStringList {"--world", m_worldFile, "--", APPLICATION} + steps);
+    QVERIFY(write(m_scenarioFile, scenario));
+    m_sandbox->start(SANDBOX,
+                     QStringList {"--scenario", m_scenarioFile, "--", APPLICATION} + steps);
     QVERIFY2(m_sandbox->waitForStarted(timeoutMs), qPrintable(m_sandbox->errorString()));
 }
 
@@ -241,7 +242,7 @@ void SandboxFaultsTest::aFaultMeetsACall_data()
 void SandboxFaultsTest::aFaultMeetsACall()
 {
     QFETCH(QStringList, steps);
-    start(worldWithFaults(exampleOf(QTest::currentDataTag())), steps);
+    start(scenarioWithFaults(exampleOf(QTest::currentDataTag())), steps);
     finish();
     QTEST(m_lines, "lines");
     QTEST(m_events, "events");
@@ -249,9 +250,9 @@ void SandboxFaultsTest::aFaultMeetsACall()
 
 void SandboxFaultsTest::anAnswerThatIsTooLargeCostsTheServiceItsConnection()
 {
-    start(worldWithFaults(exampleOf("too-large")), {"get", "follow", "get"});
+    start(scenarioWithFaults(exampleOf("too-large")), {"get", "follow", "get"});
     QVERIFY(waitFor(QProcess::StandardError, "the service has come back"));
-    QVERIFY(write(m_worldFile,
+    QVERIFY(write(m_scenarioFile,
                   R"({"applications": [{"organization": "acme",)"
                   R"( "application": "viewer", "configuration": {"last": 1}}]})"));
     finish();
@@ -285,9 +286,9 @@ void SandboxFaultsTest::aFaultComesAtItsTime()
     QStringList steps {"get"};
     for (int step = 0; step <= changes; ++step)
         steps.append("follow");
-    start(worldOf({}), steps);
+    start(scenarioOf({}), steps);
     QVERIFY(waitFor(QProcess::StandardOutput, configurationText));
-    QVERIFY(write(m_worldFile, worldWithFaults(exampleOf(QTest::currentDataTag()))));
+    QVERIFY(write(m_scenarioFile, scenarioWithFaults(exampleOf(QTest::currentDataTag()))));
     QVERIFY(waitFor(QProcess::StandardError, "(fault "));
     QCOMPARE(m_events.last(), event);
     QStringList lines {configurationText};
@@ -297,7 +298,7 @@ void SandboxFaultsTest::aFaultComesAtItsTime()
     }
 
     // Behind all that the fault has brought, the change that ends the application.
-    QVERIFY(write(m_worldFile,
+    QVERIFY(write(m_scenarioFile,
                   R"({"applications": [{"organization": "acme",)"
                   R"( "application": "viewer", "configuration": {"last": 1}}]})"));
     finish();
@@ -311,9 +312,9 @@ void SandboxFaultsTest::aFloodIsMoreThanTheBusLetsTheApplicationRead()
     QStringList steps {"get"};
     for (int step = 0; step < changes; ++step)
         steps.append("follow");
-    start(worldOf({}), steps);
+    start(scenarioOf({}), steps);
     QVERIFY(waitFor(QProcess::StandardOutput, configurationText));
-    QVERIFY(write(m_worldFile, worldWithFaults(exampleOf("flood"))));
+    QVERIFY(write(m_scenarioFile, scenarioWithFaults(exampleOf("flood"))));
     finish();
     QVERIFY(m_events.contains("acme/viewer: ConfigurationChanged, 1000 times (fault flood)"));
     QCOMPARE(m_lines.size(), changes + 1);
@@ -324,56 +325,56 @@ void SandboxFaultsTest::aFloodIsMoreThanTheBusLetsTheApplicationRead()
 
 void SandboxFaultsTest::aFaultThatIsThereFromTheStartComesAtItsTime()
 {
-    QVERIFY(
-        write(m_worldFile,
-              worldWithFaults(R"({"fault": "restart", "time": 0},)"
-                              R"({"fault": "push", "time": 0.1, "configuration": {"zoom": 7}})")));
-    m_sandbox->start(SANDBOX, {"--world", m_worldFile});
+    QVERIFY(write(
+        m_scenarioFile,
+        scenarioWithFaults(R"({"fault": "restart", "time": 0},)"
+                           R"({"fault": "push", "time": 0.1, "configuration": {"zoom": 7}})")));
+    m_sandbox->start(SANDBOX, {"--scenario", m_scenarioFile});
     QVERIFY(waitFor(QProcess::StandardError, "acme/viewer: ConfigurationChanged (fault push)"));
     const int ended = m_events.indexOf("the service has ended (fault restart)");
     const int back = m_events.indexOf("the service has come back");
     QVERIFY2(ended >= 0 && back > ended, qPrintable(m_events.join('\n')));
 }
 
-void SandboxFaultsTest::aFaultOfTheWorldBeforeGoesOn()
+void SandboxFaultsTest::aFaultOfTheScenarioBeforeGoesOn()
 {
     const QByteArray second =
         R"({"fault": "error", "method": "GetConfiguration", "call": 2, "error": "Internal"})";
     const QByteArray push = R"({"fault": "push", "time": 0, "configuration": {"zoom": 1}})";
-    start(worldWithFaults(second), {"get", "follow", "get"});
+    start(scenarioWithFaults(second), {"get", "follow", "get"});
     QVERIFY(waitFor(QProcess::StandardOutput, configurationText));
     // The call that follows this change is the second.
-    QVERIFY(write(m_worldFile, worldWithFaults(second + "," + push)));
+    QVERIFY(write(m_scenarioFile, scenarioWithFaults(second + "," + push)));
     finish();
     QCOMPARE(m_lines, QStringList({configurationText, "changed to nothing", "got zoom=1"}));
     QVERIFY2(m_events.contains("acme/viewer (pid N): GetConfiguration: refused, Internal: this is "
-                               "a fault of the world (fault error)"),
+                               "a fault of the scenario (fault error)"),
              qPrintable(m_events.join('\n')));
 }
 
 void SandboxFaultsTest::aDelayGoesTogetherWithAnotherFault()
 {
-    start(worldWithFaults(R"({"fault": "error", "method": "GetConfiguration", "error": "a.b"},)"
-                          R"({"fault": "delay", "method": "GetConfiguration", "seconds": 0.1},)"
-                          R"({"fault": "exit", "method": "GetConfiguration"})"),
+    start(scenarioWithFaults(R"({"fault": "error", "method": "GetConfiguration", "error": "a.b"},)"
+                             R"({"fault": "delay", "method": "GetConfiguration", "seconds": 0.1},)"
+                             R"({"fault": "exit", "method": "GetConfiguration"})"),
           {"get"});
     finish();
-    QCOMPARE(m_lines, QStringList("got error 1: this is a fault of the world"));
+    QCOMPARE(m_lines, QStringList("got error 1: this is a fault of the scenario"));
     const QString get = "acme/viewer (pid N): GetConfiguration: ";
     QCOMPARE(m_events,
              QStringList({get + "delayed by 0.1 s (fault delay)",
-                          get + "refused, a.b: this is a fault of the world (fault error)"}));
+                          get + "refused, a.b: this is a fault of the scenario (fault error)"}));
 }
 
 void SandboxFaultsTest::aDelayedCallCanBeExpected()
 {
     QVERIFY(write(
-        m_worldFile,
-        worldWithFaults(R"({"fault": "delay", "method": "GetConfiguration", "seconds": 0.1})")));
+        m_scenarioFile,
+        scenarioWithFaults(R"({"fault": "delay", "method": "GetConfiguration", "seconds": 0.1})")));
     const QString expectation = m_directory->filePath("calls.json");
     QVERIFY(write(expectation, R"({"calls": [{"fault": "delay", "outcome": "answered"}]})"));
-    m_sandbox->start(SANDBOX,
-                     {"--world", m_worldFile, "--expect", expectation, "--", APPLICATION, "get"});
+    m_sandbox->start(
+        SANDBOX, {"--scenario", m_scenarioFile, "--expect", expectation, "--", APPLICATION, "get"});
     finish();
     QCOMPARE(m_lines, QStringList(configurationText));
 }
@@ -398,7 +399,7 @@ void SandboxFaultsTest::everyErrorIsSeen()
         R"({"fault": "error", "method": "%1", "error": "%2", "message": "ä \"%2\""})";
     const QString get = fault.arg("GetConfiguration", error);
     const QString change = fault.arg("ChangeConfiguration", error);
-    start(worldWithFaults((get + "," + change).toUtf8()), {"get", "set zoom=1"});
+    start(scenarioWithFaults((get + "," + change).toUtf8()), {"get", "set zoom=1"});
     finish();
     const QString seen = errorText(code, QString::fromUtf8("ä \"%1\"").arg(error));
     QCOMPARE(m_lines, QStringList({"got " + seen, "set " + seen}));
@@ -406,8 +407,8 @@ void SandboxFaultsTest::everyErrorIsSeen()
 
 void SandboxFaultsTest::anEventIsOneLineOfText()
 {
-    start(worldWithFaults(R"({"fault": "error", "method": "GetConfiguration",)"
-                          R"( "error": "a.b", "message": "one\ntwo\u001b[31m\u2028"})"),
+    start(scenarioWithFaults(R"({"fault": "error", "method": "GetConfiguration",)"
+                             R"( "error": "a.b", "message": "one\ntwo\u001b[31m\u2028"})"),
           {"get"});
     finish();
     QCOMPARE(m_events,
@@ -451,7 +452,7 @@ void SandboxFaultsTest::everyRefusalIsSeen()
 {
     QFETCH(QByteArray, members);
     QFETCH(QStringList, steps);
-    start(worldOf(members), steps);
+    start(scenarioOf(members), steps);
     finish();
     QTEST(m_lines, "lines");
 }

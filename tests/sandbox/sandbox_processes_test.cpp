@@ -556,16 +556,16 @@ void SandboxProcessesTest::coloursAreForTerminals()
     QFETCH(QString, terminal);
     QFETCH(QString, noColour);
     QFETCH(bool, isColoured);
-    QTemporaryFile world;
-    QVERIFY(world.open() && world.write("{\"applications\": []}") > 0 && world.flush());
+    QTemporaryFile scenario;
+    QVERIFY(scenario.open() && scenario.write("{\"applications\": []}") > 0 && scenario.flush());
     QProcessEnvironment environment = m_sandbox->processEnvironment();
     environment.insert("TERM", terminal);
     environment.insert("NO_COLOR", noColour);
     m_sandbox->setProcessEnvironment(environment);
     if (isTerminal)
         QVERIFY(m_sandbox->openTerminal());
-    start({"--check", world.fileName()});
-    const QByteArray text = world.fileName().toUtf8() + ": no mistakes";
+    start({"--check", scenario.fileName()});
+    const QByteArray text = scenario.fileName().toUtf8() + ": no mistakes";
     QCOMPARE(m_sandbox->readOutputLine(), isColoured ? "\033[32m" + text + "\033[0m" : text);
     finish(0);
 }

@@ -29,7 +29,7 @@ QByteArray applicationOf(const QByteArray &name, const QByteArray &configuration
         + configuration + R"(, "locked": )" + locked + "}";
 }
 
-QByteArray worldOf(const QByteArrayList &applications)
+QByteArray scenarioOf(const QByteArrayList &applications)
 {
     return R"({"applications": [)" + applications.join(", ") + "]}";
 }
@@ -160,13 +160,13 @@ private Q_SLOTS:
     void aMistakeOfUseIsNamed();
     void helpAndVersionAreShown();
     void aReaderThatHasSeenEnoughIsNoFailure();
-    void aWorldIsCheckedAndNothingElseDone();
+    void aScenarioIsCheckedAndNothingElseDone();
     void aLogReplacesNoFileThatIsRead_data();
     void aLogReplacesNoFileThatIsRead();
     void aLogThatTakesNoMoreIsTold();
     void closedChannelsDoNoHarm();
-    void allWorldsAreChecked_data();
-    void allWorldsAreChecked();
+    void allScenariosAreChecked_data();
+    void allScenariosAreChecked();
     void theCommandGetsItsWordsItsChannelsAndItsEnvironment();
     void theCommandFindsTheServiceRunning();
     void theBusIsOutOfOthersReach();
@@ -189,17 +189,17 @@ private Q_SLOTS:
     void theExitStatusTellsWhetherExpectedCallsCame();
     void aSandboxWithoutACommandTellsAtItsEndWhatHasNotCome();
 
-    void aNewWorldIsPushedToThoseWhomItConcerns_data();
-    void aNewWorldIsPushedToThoseWhomItConcerns();
-    void aNewWorldReplacesWhatTheApplicationChanged();
+    void aNewScenarioIsPushedToThoseWhomItConcerns_data();
+    void aNewScenarioIsPushedToThoseWhomItConcerns();
+    void aNewScenarioReplacesWhatTheApplicationChanged();
     void locksComeAndGoWithTheFile();
-    void aBadWorldChangesNothing();
+    void aBadScenarioChangesNothing();
     void aFileThatVanishesAndReturnsIsFollowed();
 
 private:
     void start(const QStringList &arguments);
     void finish();
-    void serve(const QByteArray &world, const QStringList &options = {});
+    void serve(const QByteArray &scenario, const QStringList &options = {});
     bool waitForLine(const QByteArray &part);
     QByteArray readLine();
     QByteArrayList eventLines();
@@ -207,7 +207,7 @@ private:
     QScopedPointer<QTemporaryDir> m_directory;
     QScopedPointer<QProcess> m_sandbox;
     QScopedPointer<Client> m_client;
-    QString m_worldFile;
+    QString m_scenarioFile;
     QString m_temporaryFiles;
 };
 
@@ -215,7 +215,7 @@ void SandboxTest::init()
 {
     m_directory.reset(new QTemporaryDir);
     QVERIFY(m_directory->isValid());
-    m_worldFile = m_directory->filePath("world.json");
+    m_scenarioFile = m_directory->filePath("scenario.json");
     m_temporaryFiles = m_directory->filePath("tmp");
     QVERIFY(QDir().mkdir(m_temporaryFiles));
     m_client.reset(new Client);
@@ -248,10 +248,10 @@ void SandboxTest::finish()
 }
 
 // Starts the sandbox without a command and connects the client to its bus.
-void SandboxTest::serve(const QByteArray &world, const QStringList &options)
+void SandboxTest::serve(const QByteArray &scenario, const QStringList &options)
 {
-    QVERIFY(write(m_worldFile, world));
-    start(QStringList {"--world", m_worldFile} + options);
+    QVERIFY(write(m_scenarioFile, scenario));
+    start(QStringList {"--scenario", m_scenarioFile} + options);
     const QByteArray line = readLine();
     const QByteArray before = "export DBUS_SYSTEM_BUS_ADDRESS='";
     QVERIFY2(line.startsWith(before) && line.endsWith('\''), line.constData());
@@ -317,11 +317,12 @@ void SandboxTest::aMistakeOfUseIsNamed_data()
 
     QTest::newRow("unknown option")
         << QStringList {"--wrld", "x"} << 2 << "Unknown option 'wrld'.\n";
-    QTest::newRow("no file") << QStringList {"--world"} << 2 << "Missing value after '--world'.\n";
-    QTest::newRow("empty name") << QStringList {"--world", ""} << 2
-                                << "\"--world\" needs the name of a file\n";
-    QTest::newRow("missing file") << QStringList {"--world", "/nowhere/w.json", "--", "true"} << 2
-                                  << "/nowhere/w.json: No such file or directory\n";
+    QTest::newRow("no file") << QStringList {"--scenario"} << 2
+                             << "Missing value after '--scenario'.\n";
+    QTest::newRow("empty name") << QStringList {"--scenario", ""} << 2
+                                << "\"--scenario\" needs the name of a file\n";
+    QTest::newRow("missing file") << QStringList {"--scenario", "/nowhere/w.json", "--", "true"}
+                                  << 2 << "/nowhere/w.json: No such file or directory\n";
     QTest::newRow("empty log") << QStringList {"--log", ""} << 2
                                << "\"--log\" needs the name of a file\n";
     QTest::newRow("log that cannot be written")
@@ -356,7 +357,7 @@ void SandboxTest::helpAndVersionAreShown()
     finish();
     const QByteArray help = m_sandbox->readAllStandardOutput();
     QVERIFY2(help.contains(" [options] [-- COMMAND ARGS...]\n"), help.constData());
-    QVERIFY2(help.contains("  --world <FILE> "), help.constData());
+    QVERIFY2(help.contains("  --scenario <FILE> "), help.constData());
     QCOMPARE(m_sandbox->exitCode(), 0);
 
     start({"--version"});
@@ -384,19 +385,19 @@ void SandboxTest::aReaderThatHasSeenEnoughIsNoFailure()
     QCOMPARE(shell.exitCode(), 0);
 }
 
-void SandboxTest::aWorldIsCheckedAndNothingElseDone()
+void SandboxTest::aScenarioIsCheckedAndNothingElseDone()
 {
-    QVERIFY(write(m_worldFile, worldOf({applicationOf("viewer", R"({"a": 1})")})));
-    start({"--check", m_worldFile, "--", "echo", "not to be seen"});
+    QVERIFY(write(m_scenarioFile, scenarioOf({applicationOf("viewer", R"({"a": 1})")})));
+    start({"--check", m_scenarioFile, "--", "echo", "not to be seen"});
     finish();
-    QCOMPARE(m_sandbox->readAllStandardOutput(), m_worldFile.toUtf8() + ": no mistakes\n");
+    QCOMPARE(m_sandbox->readAllStandardOutput(), m_scenarioFile.toUtf8() + ": no mistakes\n");
     QCOMPARE(m_sandbox->exitCode(), 0);
 
-    QVERIFY(write(m_worldFile, "{\n}"));
-    start({"--check", m_worldFile});
+    QVERIFY(write(m_scenarioFile, "{\n}"));
+    start({"--check", m_scenarioFile});
     finish();
     QCOMPARE(m_sandbox->readAllStandardError(),
-             m_worldFile.toUtf8() + ":1:1: \"applications\" is missing\n");
+             m_scenarioFile.toUtf8() + ":1:1: \"applications\" is missing\n");
     QCOMPARE(m_sandbox->readAllStandardOutput(), QByteArray());
     QCOMPARE(m_sandbox->exitCode(), 2);
 }
@@ -406,7 +407,7 @@ void SandboxTest::aLogReplacesNoFileThatIsRead_data()
     QTest::addColumn<QString>("option");
     QTest::addColumn<QByteArray>("text");
 
-    QTest::newRow("world") << "--world" << worldOf({});
+    QTest::newRow("scenario") << "--scenario" << scenarioOf({});
     QTest::newRow("expectation") << "--expect" << QByteArray(R"({"calls": []})");
 }
 
@@ -414,20 +415,21 @@ void SandboxTest::aLogReplacesNoFileThatIsRead()
 {
     QFETCH(QString, option);
     QFETCH(QByteArray, text);
-    QVERIFY(write(m_worldFile, text));
-    start({option, m_worldFile, "--log", m_directory->filePath("tmp/../world.json"), "--", "true"});
+    QVERIFY(write(m_scenarioFile, text));
+    start({option, m_scenarioFile, "--log", m_directory->filePath("tmp/../scenario.json"), "--",
+           "true"});
     finish();
     QCOMPARE(m_sandbox->exitCode(), 2);
     QVERIFY(m_sandbox->readAllStandardError().endsWith(": the log would replace what is there\n"));
-    QFile file(m_worldFile);
+    QFile file(m_scenarioFile);
     QVERIFY(file.open(QIODevice::ReadOnly));
     QCOMPARE(file.readAll(), text);
 }
 
 void SandboxTest::aLogThatTakesNoMoreIsTold()
 {
-    QVERIFY(write(m_worldFile, worldOf({applicationOf("viewer", R"({"a": 1})")})));
-    start({"--world", m_worldFile, "--log", "/dev/full", "--", APPLICATION, "get", "get"});
+    QVERIFY(write(m_scenarioFile, scenarioOf({applicationOf("viewer", R"({"a": 1})")})));
+    start({"--scenario", m_scenarioFile, "--log", "/dev/full", "--", APPLICATION, "get", "get"});
     finish();
     const QList<QByteArray> lines = m_sandbox->readAllStandardError().split('\n');
     QCOMPARE(lines.size(), 4);
@@ -439,11 +441,11 @@ void SandboxTest::aLogThatTakesNoMoreIsTold()
 
 void SandboxTest::closedChannelsDoNoHarm()
 {
-    QVERIFY(write(m_worldFile, worldOf({applicationOf("viewer", R"({"a": 1})")})));
+    QVERIFY(write(m_scenarioFile, scenarioOf({applicationOf("viewer", R"({"a": 1})")})));
     const QString logFile = m_directory->filePath("log.json");
     // The application itself is to have channels: what it prints would go anywhere, too.
     m_sandbox->start("sh",
-                     {"-c", "exec \"$@\" <&- >&- 2>&-", "sh", SANDBOX, "--world", m_worldFile,
+                     {"-c", "exec \"$@\" <&- >&- 2>&-", "sh", SANDBOX, "--scenario", m_scenarioFile,
                       "--log", logFile, "--", "sh", "-c",
                       "exec \"$0\" get </dev/null >/dev/null 2>&1", APPLICATION});
     finish();
@@ -456,7 +458,7 @@ void SandboxTest::closedChannelsDoNoHarm()
              QString("answered"));
 }
 
-void SandboxTest::allWorldsAreChecked_data()
+void SandboxTest::allScenariosAreChecked_data()
 {
     QTest::addColumn<QStringList>("arguments");
 
@@ -465,11 +467,11 @@ void SandboxTest::allWorldsAreChecked_data()
         << QStringList {"--check", "bad", "--check", "good", "--check", "bad"};
 }
 
-void SandboxTest::allWorldsAreChecked()
+void SandboxTest::allScenariosAreChecked()
 {
     QFETCH(const QStringList, arguments);
-    const QDir directory = QFileInfo(m_worldFile).dir();
-    QVERIFY(write(directory.filePath("good"), worldOf({})));
+    const QDir directory = QFileInfo(m_scenarioFile).dir();
+    QVERIFY(write(directory.filePath("good"), scenarioOf({})));
     QVERIFY(write(directory.filePath("bad"), "{}"));
     m_sandbox->setWorkingDirectory(directory.path());
     start(arguments);
@@ -484,12 +486,12 @@ void SandboxTest::theCommandGetsItsWordsItsChannelsAndItsEnvironment()
 {
     start({"--", "sh", "-c",
            "printf '%s|' \"$@\"; echo $QT_NO_GLIB; cat; echo to the other channel >&2", "sh",
-           "--world", "--", "a b", "", "ü"});
+           "--scenario", "--", "a b", "", "ü"});
     m_sandbox->write("through the standard input\n");
     m_sandbox->closeWriteChannel();
     finish();
     QCOMPARE(m_sandbox->readAllStandardOutput(),
-             QByteArray("--world|--|a b||ü|1\nthrough the standard input\n"));
+             QByteArray("--scenario|--|a b||ü|1\nthrough the standard input\n"));
     QCOMPARE(m_sandbox->readAllStandardError(), QByteArray("to the other channel\n"));
 }
 
@@ -523,8 +525,8 @@ void SandboxTest::theBusIsOutOfOthersReach()
 
 void SandboxTest::anotherShellCanUseThePrintedLine()
 {
-    QVERIFY(write(m_worldFile, worldOf({applicationOf("viewer", R"({"theme": "dark"})")})));
-    start({"--world", m_worldFile});
+    QVERIFY(write(m_scenarioFile, scenarioOf({applicationOf("viewer", R"({"theme": "dark"})")})));
+    start({"--scenario", m_scenarioFile});
     QProcess shell;
     shell.start("sh",
                 {"-c",
@@ -545,13 +547,13 @@ void SandboxTest::theTemporaryDirectoryMayHaveAnyName()
     QProcessEnvironment environment = m_sandbox->processEnvironment();
     environment.insert("TMPDIR", directory);
     m_sandbox->setProcessEnvironment(environment);
-    serve(worldOf({applicationOf("viewer", R"({"a": 1})")}));
+    serve(scenarioOf({applicationOf("viewer", R"({"a": 1})")}));
     QCOMPARE(m_client->read(), QString("({'a': <1>},)"));
 }
 
 void SandboxTest::everyKindOfValueIsServed()
 {
-    serve(worldOf({applicationOf("viewer", R"({"": "", "true": true, "int": -7, "text": "ü",
+    serve(scenarioOf({applicationOf("viewer", R"({"": "", "true": true, "int": -7, "text": "ü",
         "texts": ["a", ""], "ints": [1, -2], "bools": [true, false], "none": [],
         "nested": {"empty": {}, "inner": {"list": [3]}}})")}));
     QCOMPARE(m_client->read(),
@@ -563,22 +565,22 @@ void SandboxTest::everyKindOfValueIsServed()
 
 void SandboxTest::anUnknownApplicationIsRefused_data()
 {
-    QTest::addColumn<QByteArray>("world");
+    QTest::addColumn<QByteArray>("scenario");
     QTest::addColumn<QString>("known");
 
-    QTest::newRow("none known") << worldOf({}) << ", nor at any other path";
-    QTest::newRow("one known") << worldOf({applicationOf("viewer", "{}")})
+    QTest::newRow("none known") << scenarioOf({}) << ", nor at any other path";
+    QTest::newRow("one known") << scenarioOf({applicationOf("viewer", "{}")})
                                << ", only at \"/acme_2eviewer\"";
-    QTest::newRow("two known") << worldOf(
+    QTest::newRow("two known") << scenarioOf(
         {applicationOf("viewer", "{}"), applicationOf("editor", "{}")})
                                << ", only at \"/acme_2eeditor\", \"/acme_2eviewer\"";
 }
 
 void SandboxTest::anUnknownApplicationIsRefused()
 {
-    QFETCH(QByteArray, world);
+    QFETCH(QByteArray, scenario);
     QFETCH(QString, known);
-    serve(world);
+    serve(scenario);
     const QString refusal = "org.brenvik.ManagedConfiguration.Error.NotConfigurable: "
                             "no application is kept at \"/acme_2eplayer\""
         + known;
@@ -612,16 +614,16 @@ void SandboxTest::aMalformedCallIsRefused()
     QFETCH(QByteArray, method);
     QFETCH(QByteArray, arguments);
     QFETCH(QString, refusal);
-    serve(worldOf({applicationOf("viewer", R"({"a": 1})")}));
+    serve(scenarioOf({applicationOf("viewer", R"({"a": 1})")}));
     QCOMPARE(m_client->call(viewerPath, method.constData(), arguments.constData()), refusal);
     QCOMPARE(m_client->read(), QString("({'a': <1>},)"));
 }
 
 void SandboxTest::aChangeIsMergedByTopLevelKey()
 {
-    serve(
-        worldOf({applicationOf("viewer", R"({"a": 1, "b": [], "n": {"x": 1, "y": 2}, "z": true})"),
-                 applicationOf("editor", R"({"a": 1})")}));
+    serve(scenarioOf(
+        {applicationOf("viewer", R"({"a": 1, "b": [], "n": {"x": 1, "y": 2}, "z": true})"),
+         applicationOf("editor", R"({"a": 1})")}));
     QCOMPARE(m_client->change("({'n': <{'x': <int32 5>}>, 'b': <['new']>, 'a': <7>},)"),
              QString("()"));
     QCOMPARE(m_client->read(),
@@ -632,7 +634,7 @@ void SandboxTest::aChangeIsMergedByTopLevelKey()
 
 void SandboxTest::aChangeThatAltersNothingIsNotAnnounced()
 {
-    serve(worldOf({applicationOf("viewer", R"({"a": 1, "n": {"x": 1, "y": 2}})")}));
+    serve(scenarioOf({applicationOf("viewer", R"({"a": 1, "n": {"x": 1, "y": 2}})")}));
     QCOMPARE(m_client->change("(@a{sv} {},)"), QString("()"));
     QCOMPARE(m_client->change("({'n': <{'y': <2>, 'x': <1>}>, 'a': <1>},)"), QString("()"));
     QCOMPARE(m_client->change("({'a': <2>},)"), QString("()"));
@@ -661,7 +663,7 @@ void SandboxTest::aLockedSettingStaysAndWithItAllOthers()
 {
     QFETCH(QByteArray, change);
     QFETCH(QString, named);
-    serve(worldOf({applicationOf(
+    serve(scenarioOf({applicationOf(
         "viewer",
         R"({"a": 1, "fence": 0, "n": {"x": 1, "y": 2}, "theme": "light", "whole": {"p": 1}})",
         R"(["n/x", "theme", "later", "whole"])")}));
@@ -678,8 +680,8 @@ void SandboxTest::aLockedSettingStaysAndWithItAllOthers()
 
 void SandboxTest::aLockedSettingMayBeSentAsItIs()
 {
-    serve(worldOf({applicationOf("viewer", R"({"n": {"x": 1, "y": 2}, "theme": "light"})",
-                                 R"(["n/x", "theme"])")}));
+    serve(scenarioOf({applicationOf("viewer", R"({"n": {"x": 1, "y": 2}, "theme": "light"})",
+                                    R"(["n/x", "theme"])")}));
     QCOMPARE(m_client->change("({'n': <{'y': <3>, 'x': <1>}>, 'theme': <'light'>},)"),
              QString("()"));
     QCOMPARE(m_client->read(), QString("({'n': <{'x': <1>, 'y': <3>}>, 'theme': <'light'>},)"));
@@ -688,7 +690,7 @@ void SandboxTest::aLockedSettingMayBeSentAsItIs()
 void SandboxTest::everyEventIsPrintedAndRecorded()
 {
     const QString logFile = m_directory->filePath("log");
-    serve(worldOf({applicationOf("viewer", R"({"theme": "light", "zoom": 1})", R"(["theme"])")}),
+    serve(scenarioOf({applicationOf("viewer", R"({"theme": "light", "zoom": 1})", R"(["theme"])")}),
           {"--log", logFile});
     m_client->read();
     m_client->change("({'zoom': <2>},)");
@@ -696,7 +698,7 @@ void SandboxTest::everyEventIsPrintedAndRecorded()
     m_client->change("({'theme': <'dark'>, 'zoom': <1>},)");
     m_client->call(viewerPath, "Reset");
     m_client->read(playerPath);
-    QVERIFY(write(m_worldFile, "{}"));
+    QVERIFY(write(m_scenarioFile, "{}"));
     m_sandbox->setReadChannel(QProcess::StandardError);
     const QByteArray process = "(pid " + QByteArray::number(QCoreApplication::applicationPid());
     const QByteArray get = "acme/viewer " + process + "): GetConfiguration: ";
@@ -713,7 +715,7 @@ void SandboxTest::everyEventIsPrintedAndRecorded()
         "/acme_2eplayer " + process
             + "): GetConfiguration: refused, NotConfigurable: no application is kept at "
               "\"/acme_2eplayer\", only at \"/acme_2eviewer\"",
-        m_worldFile.toUtf8() + ":1:1: \"applications\" is missing",
+        m_scenarioFile.toUtf8() + ":1:1: \"applications\" is missing",
     };
     for (const QByteArray &line : expected)
         QCOMPARE(readLine(), line);
@@ -731,13 +733,13 @@ void SandboxTest::everyEventIsPrintedAndRecorded()
 void SandboxTest::aRecordHoldsAllThatIsKnown()
 {
     const QString logFile = m_directory->filePath("log");
-    serve(worldOf({applicationOf("viewer", R"({"theme": "light", "zoom": 1})", R"(["theme"])")}),
+    serve(scenarioOf({applicationOf("viewer", R"({"theme": "light", "zoom": 1})", R"(["theme"])")}),
           {"--log", logFile});
     m_client->read();
     m_client->change("({'theme': <'dark'>, 'zoom': <1>},)");
     m_client->change("({'zoom': <2>},)");
     m_client->read(playerPath);
-    QVERIFY(write(m_worldFile, "{}"));
+    QVERIFY(write(m_scenarioFile, "{}"));
     m_sandbox->setReadChannel(QProcess::StandardError);
     QVERIFY(waitForLine("missing"));
     QVector<QJsonObject> records = readRecords(logFile);
@@ -776,7 +778,7 @@ void SandboxTest::aRecordHoldsAllThatIsKnown()
                             {"message",
                              "no application is kept at \"/acme_2eplayer\", only at "
                              "\"/acme_2eviewer\""}}));
-    expected.append({{"event", "world"}, {"file", m_worldFile}});
+    expected.append({{"event", "scenario"}, {"file", m_scenarioFile}});
     QCOMPARE(records.size(), expected.size());
     for (int index = 0; index < records.size(); ++index)
         QCOMPARE(QJsonDocument(records.at(index)).toJson(),
@@ -813,8 +815,8 @@ void SandboxTest::theExitStatusTellsWhetherExpectedCallsCame()
     QFETCH(QString, message);
     const QString callsFile = m_directory->filePath("calls.json");
     QVERIFY(write(callsFile, calls));
-    QVERIFY(write(m_worldFile, worldOf({applicationOf("viewer", R"({"a": 1})")})));
-    start({"--world", m_worldFile, "--expect", callsFile, "--", "sh", "-c", script});
+    QVERIFY(write(m_scenarioFile, scenarioOf({applicationOf("viewer", R"({"a": 1})")})));
+    start({"--scenario", m_scenarioFile, "--expect", callsFile, "--", "sh", "-c", script});
     finish();
     const QString errors = QString::fromUtf8(m_sandbox->readAllStandardError());
     QVERIFY2(message.isEmpty() ? !errors.contains("expected")
@@ -827,13 +829,13 @@ void SandboxTest::aSandboxWithoutACommandTellsAtItsEndWhatHasNotCome()
 {
     const QString callsFile = m_directory->filePath("calls.json");
     QVERIFY(write(callsFile, R"({"calls": [{"method": "GetConfiguration"}]})"));
-    serve(worldOf({applicationOf("viewer", R"({"a": 1})")}), {"--expect", callsFile});
+    serve(scenarioOf({applicationOf("viewer", R"({"a": 1})")}), {"--expect", callsFile});
     QCOMPARE(eventLines(),
              QByteArrayList {callsFile.toUtf8() + ":1:12: the expected call did not come"});
     QCOMPARE(m_sandbox->exitCode(), 124);
 }
 
-void SandboxTest::aNewWorldIsPushedToThoseWhomItConcerns_data()
+void SandboxTest::aNewScenarioIsPushedToThoseWhomItConcerns_data()
 {
     QTest::addColumn<bool>("isMoved");
 
@@ -841,21 +843,21 @@ void SandboxTest::aNewWorldIsPushedToThoseWhomItConcerns_data()
     QTest::newRow("written in place") << false;
 }
 
-void SandboxTest::aNewWorldIsPushedToThoseWhomItConcerns()
+void SandboxTest::aNewScenarioIsPushedToThoseWhomItConcerns()
 {
     QFETCH(bool, isMoved);
     const auto replace = [this, isMoved](const QByteArray &text) {
         if (!isMoved)
-            return write(m_worldFile, text);
-        const QString other = m_worldFile + ".new";
+            return write(m_scenarioFile, text);
+        const QString other = m_scenarioFile + ".new";
         return write(other, text)
-            && std::rename(other.toUtf8().constData(), m_worldFile.toUtf8().constData()) == 0;
+            && std::rename(other.toUtf8().constData(), m_scenarioFile.toUtf8().constData()) == 0;
     };
-    serve(worldOf({applicationOf("viewer", R"({"a": 1})"), applicationOf("editor", R"({"a": 1})"),
-                   applicationOf("gone", "{}")}));
-    QVERIFY(replace(
-        worldOf({applicationOf("editor", R"({"a": 1})", R"(["a"])"),
-                 applicationOf("viewer", R"({"a": 2})"), applicationOf("player", R"({"a": 3})")})));
+    serve(scenarioOf({applicationOf("viewer", R"({"a": 1})"),
+                      applicationOf("editor", R"({"a": 1})"), applicationOf("gone", "{}")}));
+    QVERIFY(replace(scenarioOf({applicationOf("editor", R"({"a": 1})", R"(["a"])"),
+                                applicationOf("viewer", R"({"a": 2})"),
+                                applicationOf("player", R"({"a": 3})")})));
     QStringList expected {changed("/acme_2egone"), changed(viewerPath), changed(playerPath)};
     QTRY_COMPARE(m_client->signalsSeen(), expected);
     QCOMPARE(m_client->read(), QString("({'a': <2>},)"));
@@ -863,27 +865,27 @@ void SandboxTest::aNewWorldIsPushedToThoseWhomItConcerns()
     QCOMPARE(m_client->read(playerPath), QString("({'a': <3>},)"));
 
     QVERIFY(replace(
-        worldOf({applicationOf("viewer", R"({"a": 2})"), applicationOf("editor", R"({"a": 9})"),
-                 applicationOf("player", R"({"a": 3})")})));
+        scenarioOf({applicationOf("viewer", R"({"a": 2})"), applicationOf("editor", R"({"a": 9})"),
+                    applicationOf("player", R"({"a": 3})")})));
     expected.append(changed(editorPath));
     QTRY_VERIFY(m_client->signalsSeen().size() >= expected.size());
     QCOMPARE(m_client->signalsSeen(), expected);
     QCOMPARE(m_client->read(editorPath), QString("({'a': <9>},)"));
 }
 
-void SandboxTest::aNewWorldReplacesWhatTheApplicationChanged()
+void SandboxTest::aNewScenarioReplacesWhatTheApplicationChanged()
 {
-    serve(worldOf(
+    serve(scenarioOf(
         {applicationOf("viewer", R"({"a": 1, "b": false})"), applicationOf("editor", "{}")}));
     QCOMPARE(m_client->change("({'a': <2>, 'b': <true>},)"), QString("()"));
     QTRY_COMPARE(m_client->signalsSeen(), QStringList(changed(viewerPath)));
-    QVERIFY(write(m_worldFile,
-                  worldOf({applicationOf("viewer", R"({"a": 2, "b": true})"),
-                           applicationOf("editor", R"({"x": 1})")})));
+    QVERIFY(write(m_scenarioFile,
+                  scenarioOf({applicationOf("viewer", R"({"a": 2, "b": true})"),
+                              applicationOf("editor", R"({"x": 1})")})));
     QTRY_COMPARE(m_client->signalsSeen(), QStringList({changed(viewerPath), changed(editorPath)}));
-    QVERIFY(write(
-        m_worldFile,
-        worldOf({applicationOf("viewer", R"({"a": 1})"), applicationOf("editor", R"({"x": 1})")})));
+    QVERIFY(write(m_scenarioFile,
+                  scenarioOf({applicationOf("viewer", R"({"a": 1})"),
+                              applicationOf("editor", R"({"x": 1})")})));
     QTRY_COMPARE(m_client->signalsSeen(),
                  QStringList({changed(viewerPath), changed(editorPath), changed(viewerPath)}));
     QCOMPARE(m_client->read(), QString("({'a': <1>},)"));
@@ -892,30 +894,31 @@ void SandboxTest::aNewWorldReplacesWhatTheApplicationChanged()
 void SandboxTest::locksComeAndGoWithTheFile()
 {
     const QByteArray configuration = R"({"a": 1})";
-    serve(worldOf({applicationOf("viewer", configuration, R"(["a"])")}));
+    serve(scenarioOf({applicationOf("viewer", configuration, R"(["a"])")}));
     const QString refusal = "org.brenvik.ManagedConfiguration.Error.Forbidden: \"a\" is locked";
     QCOMPARE(m_client->change("({'a': <2>},)"), refusal);
-    QVERIFY(write(m_worldFile, worldOf({applicationOf("viewer", configuration)})));
+    QVERIFY(write(m_scenarioFile, scenarioOf({applicationOf("viewer", configuration)})));
     QTRY_COMPARE(m_client->change("({'a': <2>},)"), QString("()"));
 }
 
-void SandboxTest::aBadWorldChangesNothing()
+void SandboxTest::aBadScenarioChangesNothing()
 {
-    serve(worldOf({applicationOf("viewer", R"({"a": 1, "b": 1})")}));
+    serve(scenarioOf({applicationOf("viewer", R"({"a": 1, "b": 1})")}));
     QCOMPARE(m_client->change("({'b': <2>},)"), QString("()"));
     QTRY_COMPARE(m_client->signalsSeen().size(), 1);
     m_sandbox->setReadChannel(QProcess::StandardError);
     QVERIFY(readLine().endsWith(": accepted"));
     QCOMPARE(readLine(), QByteArray("acme/viewer: ConfigurationChanged"));
 
-    const QByteArray name = m_worldFile.toUtf8();
-    QVERIFY(write(m_worldFile, "{\"applications\": [\n}"));
+    const QByteArray name = m_scenarioFile.toUtf8();
+    QVERIFY(write(m_scenarioFile, "{\"applications\": [\n}"));
     QCOMPARE(readLine(), name + ":2:1: no value");
-    QVERIFY(write(m_worldFile, worldOf({applicationOf("viewer", "\n{\"a\": 2, \"c\": null}")})));
+    QVERIFY(
+        write(m_scenarioFile, scenarioOf({applicationOf("viewer", "\n{\"a\": 2, \"c\": null}")})));
     QCOMPARE(readLine(), name + ":2:15: null is no value of a setting");
     QCOMPARE(m_client->read(), QString("({'a': <1>, 'b': <2>},)"));
 
-    QVERIFY(write(m_worldFile, worldOf({applicationOf("viewer", R"({"a": 3})")})));
+    QVERIFY(write(m_scenarioFile, scenarioOf({applicationOf("viewer", R"({"a": 3})")})));
     QTRY_VERIFY(m_client->signalsSeen().size() > 1);
     QCOMPARE(m_client->signalsSeen(), QStringList({changed(viewerPath), changed(viewerPath)}));
     QCOMPARE(m_client->read(), QString("({'a': <3>},)"));
@@ -923,19 +926,19 @@ void SandboxTest::aBadWorldChangesNothing()
 
 void SandboxTest::aFileThatVanishesAndReturnsIsFollowed()
 {
-    serve(worldOf({applicationOf("viewer", R"({"a": 1})")}));
-    QVERIFY(QFile::rename(m_worldFile, m_worldFile + '~'));
+    serve(scenarioOf({applicationOf("viewer", R"({"a": 1})")}));
+    QVERIFY(QFile::rename(m_scenarioFile, m_scenarioFile + '~'));
     QCOMPARE(m_client->read(), QString("({'a': <1>},)"));
-    QVERIFY(write(m_worldFile, worldOf({applicationOf("viewer", R"({"a": 2})")})));
+    QVERIFY(write(m_scenarioFile, scenarioOf({applicationOf("viewer", R"({"a": 2})")})));
     QTRY_COMPARE(m_client->signalsSeen(), QStringList(changed(viewerPath)));
     QCOMPARE(m_client->read(), QString("({'a': <2>},)"));
-    QVERIFY(QFile::remove(m_worldFile));
-    QVERIFY(write(m_worldFile, worldOf({applicationOf("viewer", R"({"a": 3})")})));
+    QVERIFY(QFile::remove(m_scenarioFile));
+    QVERIFY(write(m_scenarioFile, scenarioOf({applicationOf("viewer", R"({"a": 3})")})));
     QTRY_COMPARE(m_client->signalsSeen(), QStringList({changed(viewerPath), changed(viewerPath)}));
     const QByteArray read = "acme/viewer (pid "
         + QByteArray::number(QCoreApplication::applicationPid())
         + "): GetConfiguration: answered, 1 entry";
-    const QByteArray readAgain = m_worldFile.toUtf8() + ": read again";
+    const QByteArray readAgain = m_scenarioFile.toUtf8() + ": read again";
     const QByteArray announced = "acme/viewer: ConfigurationChanged";
     QCOMPARE(eventLines(),
              QByteArrayList({read, readAgain, announced, read, readAgain, announced}));

@@ -17,24 +17,24 @@ namespace {
 
 const char everyMember[] = SOURCE_DIR "/tests/sandbox/scenarios/every_member.json";
 
-// A world of one application, whose further members are all of line 2.
-QByteArray worldWith(const QByteArray &members)
+// A scenario of one application, whose further members are all of line 2.
+QByteArray scenarioWith(const QByteArray &members)
 {
     return R"({"applications": [{"organization": "acme", "application": "viewer",)"
            "\n"
         + members + "}]}";
 }
 
-// A world of one application whose configuration begins at the start of line 2.
-QByteArray worldOf(const QByteArray &configuration)
+// A scenario of one application whose configuration begins at the start of line 2.
+QByteArray scenarioOf(const QByteArray &configuration)
 {
     return R"({"applications": [{"organization": "acme", "application": "viewer", "configuration":)"
            "\n"
         + configuration + "}]}";
 }
 
-// A world of one application with one fault, which begins at the start of line 2.
-QByteArray worldWithFault(const QByteArray &fault)
+// A scenario of one application with one fault, which begins at the start of line 2.
+QByteArray scenarioWithFault(const QByteArray &fault)
 {
     return R"({"applications": [{"organization": "acme", "application": "viewer",)"
            R"( "configuration": {}, "faults": [)"
@@ -43,9 +43,9 @@ QByteArray worldWithFault(const QByteArray &fault)
 }
 
 // A value \a value of the D-Bus type \a type, which begins at the start of line 2.
-QByteArray worldOfTyped(const QByteArray &type, const QByteArray &value)
+QByteArray scenarioOfTyped(const QByteArray &type, const QByteArray &value)
 {
-    return worldOf("{\"a\":\n{\"$type\": \"" + type + "\", \"value\":\n" + value + "}}");
+    return scenarioOf("{\"a\":\n{\"$type\": \"" + type + "\", \"value\":\n" + value + "}}");
 }
 
 QByteArray repeated(const char *text, int count)
@@ -76,9 +76,9 @@ int countAccepted(const QByteArrayList &texts)
     static const QRegularExpression form("^w.json:[1-9][0-9]*:[1-9][0-9]*: [^\\n]+$");
     int count = 0;
     for (const QByteArray &text : texts) {
-        World world;
+        Scenario scenario;
         QString mistake;
-        if (parseWorld("w.json", text, &world, &mistake))
+        if (parseScenario("w.json", text, &scenario, &mistake))
             ++count;
         else if (!form.match(mistake).hasMatch())
             qFatal("no place: %s", qPrintable(mistake));
@@ -88,7 +88,7 @@ int countAccepted(const QByteArrayList &texts)
 
 } // namespace
 
-class WorldFileTest : public QObject
+class ScenarioFileTest : public QObject
 {
     Q_OBJECT
 
@@ -101,7 +101,7 @@ private Q_SLOTS:
     void containersLieAsDeepAsDBusCarriesThem();
     void anApplicationHasItsObjectPath_data();
     void anApplicationHasItsObjectPath();
-    void aWorldHoldsItsApplications();
+    void aScenarioHoldsItsApplications();
     void whatNoMemberSaysIsNoLimit();
     void allThatAnApplicationCanHaveIsRead();
     void allFaultsAreRead();
@@ -117,8 +117,8 @@ private Q_SLOTS:
     void aMistakeInAFaultHasItsPlace_data();
     void aMistakeInAFaultHasItsPlace();
     void aConfigurationMayNotBeLargerThanTheBusLetsPass();
-    void noBeginningOfAWorldIsOne();
-    void noBrokenWorldBreaksTheReader();
+    void noBeginningOfAScenarioIsOne();
+    void noBrokenScenarioBreaksTheReader();
     void aFileThatCannotBeReadIsNamed();
     void configurationsAreEqualInWhateverOrderTheyWereWritten();
 
@@ -126,21 +126,21 @@ private:
     void checkMistake();
 };
 
-// Of the row: its text is refused, and the world is left alone.
-void WorldFileTest::checkMistake()
+// Of the row: its text is refused, and the scenario is left alone.
+void ScenarioFileTest::checkMistake()
 {
     QFETCH(QByteArray, text);
     QFETCH(QString, expected);
 
-    World world;
+    Scenario scenario;
     QString mistake;
-    QVERIFY(parseWorld("w.json", worldOf("{}"), &world, &mistake));
-    QVERIFY(!parseWorld("w.json", text, &world, &mistake));
+    QVERIFY(parseScenario("w.json", scenarioOf("{}"), &scenario, &mistake));
+    QVERIFY(!parseScenario("w.json", text, &scenario, &mistake));
     QCOMPARE(mistake, "w.json:" + expected);
-    QCOMPARE(world.keys(), QStringList("/acme_2eviewer"));
+    QCOMPARE(scenario.keys(), QStringList("/acme_2eviewer"));
 }
 
-void WorldFileTest::aConfigurationBecomesWhatDBusCarries_data()
+void ScenarioFileTest::aConfigurationBecomesWhatDBusCarries_data()
 {
     QTest::addColumn<QByteArray>("json");
     QTest::addColumn<QString>("expected");
@@ -163,21 +163,21 @@ void WorldFileTest::aConfigurationBecomesWhatDBusCarries_data()
                                    << "{'B': <{'c': <[4]>, 'd': <3>}>, 'a': <2>, 'b': <1>}";
 }
 
-void WorldFileTest::aConfigurationBecomesWhatDBusCarries()
+void ScenarioFileTest::aConfigurationBecomesWhatDBusCarries()
 {
     QFETCH(QByteArray, json);
     QFETCH(QString, expected);
 
-    World world;
+    Scenario scenario;
     QString mistake;
-    QVERIFY2(parseWorld("w.json", worldOf(json), &world, &mistake), qPrintable(mistake));
-    QCOMPARE(world.size(), 1);
-    QCOMPARE(QString::fromUtf8(g_variant_get_type_string(world.first().configuration.get())),
+    QVERIFY2(parseScenario("w.json", scenarioOf(json), &scenario, &mistake), qPrintable(mistake));
+    QCOMPARE(scenario.size(), 1);
+    QCOMPARE(QString::fromUtf8(g_variant_get_type_string(scenario.first().configuration.get())),
              QString("a{sv}"));
-    QCOMPARE(printed(world.first().configuration), expected);
+    QCOMPARE(printed(scenario.first().configuration), expected);
 }
 
-void WorldFileTest::aTypedValueIsOfItsType_data()
+void ScenarioFileTest::aTypedValueIsOfItsType_data()
 {
     QTest::addColumn<QByteArray>("type");
     QTest::addColumn<QByteArray>("value");
@@ -229,24 +229,24 @@ void WorldFileTest::aTypedValueIsOfItsType_data()
     row("a{bas}", "[]", "@a{bas} {}");
 }
 
-void WorldFileTest::aTypedValueIsOfItsType()
+void ScenarioFileTest::aTypedValueIsOfItsType()
 {
     QFETCH(QByteArray, type);
     QFETCH(QByteArray, value);
     QFETCH(QString, expected);
 
-    World world;
+    Scenario scenario;
     QString mistake;
-    QVERIFY2(parseWorld("w.json", worldOfTyped(type, value), &world, &mistake),
+    QVERIFY2(parseScenario("w.json", scenarioOfTyped(type, value), &scenario, &mistake),
              qPrintable(mistake));
-    QCOMPARE(world.size(), 1);
-    const Variant found = valueAt(world.first().configuration, {"a"});
+    QCOMPARE(scenario.size(), 1);
+    const Variant found = valueAt(scenario.first().configuration, {"a"});
     QVERIFY(found);
     QCOMPARE(QByteArray(g_variant_get_type_string(found.get())), type);
     QCOMPARE(printed(found), expected);
 }
 
-void WorldFileTest::containersLieAsDeepAsDBusCarriesThem_data()
+void ScenarioFileTest::containersLieAsDeepAsDBusCarriesThem_data()
 {
     QTest::addColumn<QByteArray>("configuration");
     QTest::addColumn<int>("column");
@@ -278,14 +278,14 @@ void WorldFileTest::containersLieAsDeepAsDBusCarriesThem_data()
         << typed(repeated("a", 30) + repeated("(", 26) + "a{sv}" + repeated(")", 26), "[]") << 13;
 }
 
-void WorldFileTest::containersLieAsDeepAsDBusCarriesThem()
+void ScenarioFileTest::containersLieAsDeepAsDBusCarriesThem()
 {
     QFETCH(QByteArray, configuration);
     QFETCH(int, column);
 
-    World world;
+    Scenario scenario;
     QString mistake;
-    const bool isAccepted = parseWorld("w.json", worldOf(configuration), &world, &mistake);
+    const bool isAccepted = parseScenario("w.json", scenarioOf(configuration), &scenario, &mistake);
     const QString expected = QStringLiteral(
         "w.json:2:%1: too deep: D-Bus carries 64 containers inside one another, and each "
         "configuration takes 3");
@@ -293,7 +293,7 @@ void WorldFileTest::containersLieAsDeepAsDBusCarriesThem()
     QCOMPARE(isAccepted, column == 0);
 }
 
-void WorldFileTest::anApplicationHasItsObjectPath_data()
+void ScenarioFileTest::anApplicationHasItsObjectPath_data()
 {
     QTest::addColumn<QString>("organization");
     QTest::addColumn<QString>("application");
@@ -319,44 +319,44 @@ void WorldFileTest::anApplicationHasItsObjectPath_data()
                            << "/acme_2eviewer";
 }
 
-void WorldFileTest::anApplicationHasItsObjectPath()
+void ScenarioFileTest::anApplicationHasItsObjectPath()
 {
     QFETCH(QString, organization);
     QFETCH(QString, application);
     QTEST(Tarnvel::Tools::applicationPath(organization, application), "path");
 }
 
-void WorldFileTest::aWorldHoldsItsApplications()
+void ScenarioFileTest::aScenarioHoldsItsApplications()
 {
     const QByteArray text = R"({"applications": [
         {"organization": "acme.labs", "application": "viewer",
          "configuration": {"theme": "dark"}, "locked": ["theme", "network/proxy"]},
         {"organization": "acme", "application": "editor", "configuration": {}}]})";
-    World world;
+    Scenario scenario;
     QString mistake;
-    QVERIFY2(parseWorld("w.json", text, &world, &mistake), qPrintable(mistake));
-    QCOMPARE(world.keys(), QStringList({"/acme_2eeditor", "/acme_2elabs_2eviewer"}));
-    const Application editor = world.value("/acme_2eeditor");
+    QVERIFY2(parseScenario("w.json", text, &scenario, &mistake), qPrintable(mistake));
+    QCOMPARE(scenario.keys(), QStringList({"/acme_2eeditor", "/acme_2elabs_2eviewer"}));
+    const Application editor = scenario.value("/acme_2eeditor");
     QCOMPARE(editor.name, QString("acme/editor"));
     QCOMPARE(editor.locked, QStringList());
     QCOMPARE(printed(editor.configuration), QString("@a{sv} {}"));
-    const Application viewer = world.value("/acme_2elabs_2eviewer");
+    const Application viewer = scenario.value("/acme_2elabs_2eviewer");
     QCOMPARE(viewer.name, QString("acme.labs/viewer"));
     QCOMPARE(viewer.locked, QStringList({"theme", "network/proxy"}));
     QCOMPARE(printed(viewer.configuration), QString("{'theme': <'dark'>}"));
 
-    QVERIFY(parseWorld("w.json", R"({"applications": []})", &world, &mistake));
-    QVERIFY(world.isEmpty());
-    QVERIFY(parseWorld("w.json", R"({"applications": [], "$schema": ""})", &world, &mistake));
+    QVERIFY(parseScenario("w.json", R"({"applications": []})", &scenario, &mistake));
+    QVERIFY(scenario.isEmpty());
+    QVERIFY(parseScenario("w.json", R"({"applications": [], "$schema": ""})", &scenario, &mistake));
 }
 
-void WorldFileTest::whatNoMemberSaysIsNoLimit()
+void ScenarioFileTest::whatNoMemberSaysIsNoLimit()
 {
-    World world;
+    Scenario scenario;
     QString mistake;
-    QVERIFY2(parseWorld("w.json", worldOf("{}"), &world, &mistake), qPrintable(mistake));
-    QCOMPARE(world.size(), 1);
-    const Application application = world.first();
+    QVERIFY2(parseScenario("w.json", scenarioOf("{}"), &scenario, &mistake), qPrintable(mistake));
+    QCOMPARE(scenario.size(), 1);
+    const Application application = scenario.first();
     QVERIFY(application.isConfigurable);
     QVERIFY(!application.users);
     QVERIFY(application.locked.isEmpty());
@@ -364,16 +364,16 @@ void WorldFileTest::whatNoMemberSaysIsNoLimit()
     QVERIFY(application.faults.isEmpty());
 }
 
-void WorldFileTest::allThatAnApplicationCanHaveIsRead()
+void ScenarioFileTest::allThatAnApplicationCanHaveIsRead()
 {
-    World world;
+    Scenario scenario;
     QString mistake;
-    QVERIFY2(readWorld(everyMember, &world, &mistake), qPrintable(mistake));
-    QCOMPARE(world.keys(), QStringList({"/acme_2elabs_2eeditor", "/acme_2eviewer"}));
-    QVERIFY(world.first().users);
-    QVERIFY(world.first().users->isEmpty());
+    QVERIFY2(readScenario(everyMember, &scenario, &mistake), qPrintable(mistake));
+    QCOMPARE(scenario.keys(), QStringList({"/acme_2elabs_2eeditor", "/acme_2eviewer"}));
+    QVERIFY(scenario.first().users);
+    QVERIFY(scenario.first().users->isEmpty());
 
-    const Application application = world.value("/acme_2eviewer");
+    const Application application = scenario.value("/acme_2eviewer");
     QVERIFY(!application.isConfigurable);
     QVERIFY(application.users);
     QCOMPARE(*application.users, QVector<quint32>({0, 1000, 4294967294}));
@@ -396,13 +396,13 @@ void WorldFileTest::allThatAnApplicationCanHaveIsRead()
                      "network/nested/depth: , -1 to 2147483647", "scale: , -2147483648 to 10"}));
 }
 
-void WorldFileTest::allFaultsAreRead()
+void ScenarioFileTest::allFaultsAreRead()
 {
-    World world;
+    Scenario scenario;
     QString mistake;
-    QVERIFY2(readWorld(everyMember, &world, &mistake), qPrintable(mistake));
+    QVERIFY2(readScenario(everyMember, &scenario, &mistake), qPrintable(mistake));
     QStringList faults;
-    for (const Fault &fault : world.value("/acme_2eviewer").faults)
+    for (const Fault &fault : scenario.value("/acme_2eviewer").faults)
         faults << QStringLiteral("%1 %2 %3 %4 %5 %6 %7 %8 %9")
                       .arg(faultName(fault.kind), fault.method)
                       .arg(fault.call)
@@ -411,39 +411,41 @@ void WorldFileTest::allFaultsAreRead()
                       .arg(fault.seconds)
                       .arg(fault.count)
                       .arg(fault.configuration ? printed(fault.configuration) : "-");
-    QCOMPARE(faults,
-             QStringList(
-                 {("error GetConfiguration 2 0 org.brenvik.ManagedConfiguration.Error.Forbidden "
-                   "not today 0 0 -"),
-                  "error ChangeConfiguration 0 0 com.acme.Error this is a fault of the world 0 0 -",
-                  "delay ChangeConfiguration 0 0   2.5 0 -",
-                  "no-answer GetConfiguration 2147483647 0   0 0 -",
-                  "wrong-signature GetConfiguration 0 0   0 0 -",
-                  "further-arguments GetConfiguration 0 0   0 0 -",
-                  "too-large GetConfiguration 0 0   0 0 -", "exit ChangeConfiguration 1 0   0 0 -",
-                  "exit  0 0   0 0 -", "restart ChangeConfiguration 0 0   0.5 0 -",
-                  "restart  0 86400   0 0 -", "bus-death GetConfiguration 0 0   0 0 -",
-                  "bus-death  0 10   0 0 -", "push  0 1.5   0 0 {'theme': <'dark'>}",
-                  "announce  0 1   0 0 -", "announce-twice  0 1   0 0 -", "flood  0 1   0 100000 -",
-                  "stranger  0 1   0 0 -"}));
+    QCOMPARE(
+        faults,
+        QStringList(
+            {("error GetConfiguration 2 0 org.brenvik.ManagedConfiguration.Error.Forbidden "
+              "not today 0 0 -"),
+             "error ChangeConfiguration 0 0 com.acme.Error this is a fault of the scenario 0 0 -",
+             "delay ChangeConfiguration 0 0   2.5 0 -",
+             "no-answer GetConfiguration 2147483647 0   0 0 -",
+             "wrong-signature GetConfiguration 0 0   0 0 -",
+             "further-arguments GetConfiguration 0 0   0 0 -",
+             "too-large GetConfiguration 0 0   0 0 -", "exit ChangeConfiguration 1 0   0 0 -",
+             "exit  0 0   0 0 -", "restart ChangeConfiguration 0 0   0.5 0 -",
+             "restart  0 86400   0 0 -", "bus-death GetConfiguration 0 0   0 0 -",
+             "bus-death  0 10   0 0 -", "push  0 1.5   0 0 {'theme': <'dark'>}",
+             "announce  0 1   0 0 -", "announce-twice  0 1   0 0 -", "flood  0 1   0 100000 -",
+             "stranger  0 1   0 0 -"}));
 }
 
-void WorldFileTest::aByteOrderMarkIsNotPartOfTheText()
+void ScenarioFileTest::aByteOrderMarkIsNotPartOfTheText()
 {
     const QByteArray mark = "\xef\xbb\xbf";
-    World world;
+    Scenario scenario;
     QString mistake;
-    QVERIFY2(parseWorld("w.json", mark + worldOf("{}"), &world, &mistake), qPrintable(mistake));
-    QCOMPARE(world.size(), 1);
-    QVERIFY(!parseWorld("w.json", mark + "[]", &world, &mistake));
-    QCOMPARE(mistake, QString("w.json:1:1: a world is no object"));
-    QVERIFY(!parseWorld("w.json", mark, &world, &mistake));
+    QVERIFY2(parseScenario("w.json", mark + scenarioOf("{}"), &scenario, &mistake),
+             qPrintable(mistake));
+    QCOMPARE(scenario.size(), 1);
+    QVERIFY(!parseScenario("w.json", mark + "[]", &scenario, &mistake));
+    QCOMPARE(mistake, QString("w.json:1:1: a scenario is no object"));
+    QVERIFY(!parseScenario("w.json", mark, &scenario, &mistake));
     QCOMPARE(mistake, QString("w.json:1:1: the end comes too early"));
-    QVERIFY(!parseWorld("w.json", mark + mark + "{}", &world, &mistake));
+    QVERIFY(!parseScenario("w.json", mark + mark + "{}", &scenario, &mistake));
     QCOMPARE(mistake, QString("w.json:1:1: no value"));
 }
 
-void WorldFileTest::aMistakeOfSyntaxHasItsPlace_data()
+void ScenarioFileTest::aMistakeOfSyntaxHasItsPlace_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<QString>("expected");
@@ -512,15 +514,15 @@ void WorldFileTest::aMistakeOfSyntaxHasItsPlace_data()
     row("as deep as can be", repeated("[", 128), "1:129: the end comes too early");
     row("very deep", repeated("[{\"a\":", 100000),
         "1:385: more than 128 lists and objects inside one another");
-    row("deep and closed", repeated("[", 128) + repeated("]", 128), "1:1: a world is no object");
+    row("deep and closed", repeated("[", 128) + repeated("]", 128), "1:1: a scenario is no object");
 }
 
-void WorldFileTest::aMistakeOfSyntaxHasItsPlace()
+void ScenarioFileTest::aMistakeOfSyntaxHasItsPlace()
 {
     checkMistake();
 }
 
-void WorldFileTest::aMistakeInAnApplicationHasItsPlace_data()
+void ScenarioFileTest::aMistakeInAnApplicationHasItsPlace_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<QString>("expected");
@@ -529,16 +531,16 @@ void WorldFileTest::aMistakeInAnApplicationHasItsPlace_data()
         QTest::newRow(name) << text << QString::fromUtf8(expected);
     };
     const QByteArray more = "\"configuration\": {},\n";
-    row("list", "[]", "1:1: a world is no object");
-    row("number", "\n 1", "2:2: a world is no object");
+    row("list", "[]", "1:1: a scenario is no object");
+    row("number", "\n 1", "2:2: a scenario is no object");
     row("nothing in it", "\n {}", "2:2: \"applications\" is missing");
     row("no list", "{\"applications\":\n{}}", "2:1: \"applications\" is no list");
     row("unknown member at the top", "{\"applications\": [],\n \"x\": 1}",
-        "2:2: \"x\" is no member of a world");
+        "2:2: \"x\" is no member of a scenario");
     row("unknown member that looks bad", "{\n\"\\n\\u001b\\u2028\": 1}",
-        "2:1: \"\uFFFD\uFFFD\uFFFD\" is no member of a world");
+        "2:1: \"\uFFFD\uFFFD\uFFFD\" is no member of a scenario");
     row("unknown member with a long name", "{\"" + repeated("x", 81) + "\": 1}",
-        "1:2: \"" + repeated("x", 80) + "...\" is no member of a world");
+        "1:2: \"" + repeated("x", 80) + "...\" is no member of a scenario");
     row("schema is no string", "{\"$schema\": 1, \"applications\": []}",
         "1:13: \"$schema\" is no string");
     row("no object", "{\"applications\": [\n1]}", "2:1: an application is no object");
@@ -555,7 +557,7 @@ void WorldFileTest::aMistakeInAnApplicationHasItsPlace_data()
         "1:36: \"organization\" is no string");
     row("application is no string", "{\"applications\": [{\"application\": null}]}",
         "1:35: \"application\" is no string");
-    row("unknown member", worldWith(more + "\"lock\": []"),
+    row("unknown member", scenarioWith(more + "\"lock\": []"),
         "3:1: \"lock\" is no member of an application");
     row("no object path",
         "{\"applications\": [\n{\"organization\": \"ä b\", \"application\": \"c\", "
@@ -571,70 +573,72 @@ void WorldFileTest::aMistakeInAnApplicationHasItsPlace_data()
         "\"configuration\": {}}]}",
         "2:2: a second application at \"/a_2eb_2ec\"");
 
-    row("locked is no list", worldWith(more + "\"locked\": \"\""), "3:11: \"locked\" is no list");
-    row("lock is no string", worldWith(more + "\"locked\": [\"a\", 1]"),
+    row("locked is no list", scenarioWith(more + "\"locked\": \"\""),
+        "3:11: \"locked\" is no list");
+    row("lock is no string", scenarioWith(more + "\"locked\": [\"a\", 1]"),
         "3:17: a locked path is no string");
     for (const char *lock : {"", "/", "a//b", "a/", "/a"})
         row((QByteArray("lock ") + lock).constData(),
-            worldWith(more + "\"locked\": [\"a\", \"" + lock + "\"]"),
+            scenarioWith(more + "\"locked\": [\"a\", \"" + lock + "\"]"),
             QByteArray("3:17: \"") + lock + "\" is not the path of a setting, such as \"a/b\"");
-    row("lock with U+0000", worldWith(more + "\"locked\": [\"\\u0000\"]"),
+    row("lock with U+0000", scenarioWith(more + "\"locked\": [\"\\u0000\"]"),
         "3:12: \"\uFFFD\" is not the path of a setting, such as \"a/b\"");
 
-    row("configurable is no boolean", worldWith(more + "\"configurable\": 0"),
+    row("configurable is no boolean", scenarioWith(more + "\"configurable\": 0"),
         "3:17: \"configurable\" is no boolean");
-    row("users are no list", worldWith(more + "\"users\": 0"), "3:10: \"users\" is no list");
+    row("users are no list", scenarioWith(more + "\"users\": 0"), "3:10: \"users\" is no list");
     for (const char *user : {"-1", "4294967295", "1.0", "\"root\"", "18446744073709551616"})
         row((QByteArray("user ") + user).constData(),
-            worldWith(more + "\"users\": [0, " + user + "]"),
+            scenarioWith(more + "\"users\": [0, " + user + "]"),
             "3:14: a user is no integer from 0 to 4294967294");
 
-    row("allowed is no object", worldWith(more + "\"allowed\": []"),
+    row("allowed is no object", scenarioWith(more + "\"allowed\": []"),
         "3:12: \"allowed\" is no object");
-    row("allowed path", worldWith(more + "\"allowed\": {\"a/\": [1]}"),
+    row("allowed path", scenarioWith(more + "\"allowed\": {\"a/\": [1]}"),
         "3:13: \"a/\" is not the path of a setting, such as \"a/b\"");
-    row("allowed twice", worldWith(more + "\"allowed\": {\"a\": [1], \"a\": [2]}"),
+    row("allowed twice", scenarioWith(more + "\"allowed\": {\"a\": [1], \"a\": [2]}"),
         "3:23: a second member \"a\"");
-    row("allowed is a value", worldWith(more + "\"allowed\": {\"a\": 1}"),
+    row("allowed is a value", scenarioWith(more + "\"allowed\": {\"a\": 1}"),
         "3:18: the allowed values are neither a list nor a range");
-    row("nothing is allowed", worldWith(more + "\"allowed\": {\"a\": []}"),
+    row("nothing is allowed", scenarioWith(more + "\"allowed\": {\"a\": []}"),
         "3:18: no value is allowed");
-    row("two types are allowed", worldWith(more + "\"allowed\": {\"a\": [\"x\", false]}"),
+    row("two types are allowed", scenarioWith(more + "\"allowed\": {\"a\": [\"x\", false]}"),
         "3:24: a boolean in a list that begins with a string");
-    row("a list is allowed", worldWith(more + "\"allowed\": {\"a\": [[]]}"),
+    row("a list is allowed", scenarioWith(more + "\"allowed\": {\"a\": [[]]}"),
         "3:19: a list in a list");
     row("a typed value is allowed",
-        worldWith(more + "\"allowed\": {\"a\": [{\"$type\": \"y\", \"value\": 1}]}"),
+        scenarioWith(more + "\"allowed\": {\"a\": [{\"$type\": \"y\", \"value\": 1}]}"),
         "3:19: an object in a list");
-    row("a fraction is allowed", worldWith(more + "\"allowed\": {\"a\": [1.5]}"),
+    row("a fraction is allowed", scenarioWith(more + "\"allowed\": {\"a\": [1.5]}"),
         "3:19: 1.5 is no 32-bit integer");
-    row("range without ends", worldWith(more + "\"allowed\": {\"a\": {}}"),
+    row("range without ends", scenarioWith(more + "\"allowed\": {\"a\": {}}"),
         "3:18: \"minimum\" or \"maximum\" is missing");
-    row("range with more", worldWith(more + "\"allowed\": {\"a\": {\"minimum\": 1, \"step\": 2}}"),
+    row("range with more",
+        scenarioWith(more + "\"allowed\": {\"a\": {\"minimum\": 1, \"step\": 2}}"),
         "3:33: \"step\" is no member of a range");
     row("range upside down",
-        worldWith(more + "\"allowed\": {\"a\": {\"minimum\": 1, \"maximum\": 0}}"),
+        scenarioWith(more + "\"allowed\": {\"a\": {\"minimum\": 1, \"maximum\": 0}}"),
         "3:18: \"minimum\" is greater than \"maximum\"");
-    row("minimum is no integer", worldWith(more + "\"allowed\": {\"a\": {\"minimum\": 0.5}}"),
+    row("minimum is no integer", scenarioWith(more + "\"allowed\": {\"a\": {\"minimum\": 0.5}}"),
         "3:30: \"minimum\" is no 32-bit integer");
-    row("maximum is no integer", worldWith(more + "\"allowed\": {\"a\": {\"maximum\": \"9\"}}"),
+    row("maximum is no integer", scenarioWith(more + "\"allowed\": {\"a\": {\"maximum\": \"9\"}}"),
         "3:30: \"maximum\" is no 32-bit integer");
-    row("faults are no list", worldWith(more + "\"faults\": {}"), "3:11: \"faults\" is no list");
+    row("faults are no list", scenarioWith(more + "\"faults\": {}"), "3:11: \"faults\" is no list");
 }
 
-void WorldFileTest::aMistakeInAnApplicationHasItsPlace()
+void ScenarioFileTest::aMistakeInAnApplicationHasItsPlace()
 {
     checkMistake();
 }
 
-void WorldFileTest::aMistakeInAConfigurationHasItsPlace_data()
+void ScenarioFileTest::aMistakeInAConfigurationHasItsPlace_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<QString>("expected");
 
     const auto row = [](const char *name, const QByteArray &configuration,
                         const QByteArray &expected) {
-        QTest::newRow(name) << worldOf(configuration) << QString::fromUtf8(expected);
+        QTest::newRow(name) << scenarioOf(configuration) << QString::fromUtf8(expected);
     };
     row("no object", "[]", "2:1: a configuration is no object");
     row("typed", R"({"$type": "a{sv}", "value": {}})", "2:2: a configuration has no \"$type\"");
@@ -663,26 +667,26 @@ void WorldFileTest::aMistakeInAConfigurationHasItsPlace_data()
     row("U+0000 in a key", R"({"a": 1, "\u0000": 1})", "2:10: D-Bus does not carry this key");
 }
 
-void WorldFileTest::aMistakeInAConfigurationHasItsPlace()
+void ScenarioFileTest::aMistakeInAConfigurationHasItsPlace()
 {
     checkMistake();
 }
 
-void WorldFileTest::aMistakeInATypedValueHasItsPlace_data()
+void ScenarioFileTest::aMistakeInATypedValueHasItsPlace_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<QString>("expected");
 
-    QTest::newRow("no value") << worldOf("{\"a\":\n {\"$type\": \"i\"}}")
+    QTest::newRow("no value") << scenarioOf("{\"a\":\n {\"$type\": \"i\"}}")
                               << "3:2: \"value\" is missing";
     QTest::newRow("one more member")
-        << worldOf("{\"a\": {\"$type\": \"i\", \"value\": 1,\n\"x\": 1}}")
+        << scenarioOf("{\"a\": {\"$type\": \"i\", \"value\": 1,\n\"x\": 1}}")
         << "3:1: \"x\" is no member of a value with \"$type\"";
-    QTest::newRow("type is no string") << worldOf(R"({"a": {"$type": 1, "value": 1}})")
+    QTest::newRow("type is no string") << scenarioOf(R"({"a": {"$type": 1, "value": 1}})")
                                        << "2:17: 1 is not one complete D-Bus type";
     for (const char *type : {"", "ii", "a", "()", "a()", "(i", "{sv}", "({sv})", "a{vs}", "a{s}",
                              "a{sii}", "m", "mi", "*", "?", "r", "z", "i ", "\xc3\xbc"})
-        QTest::addRow("type %s", type) << worldOfTyped(type, "1")
+        QTest::addRow("type %s", type) << scenarioOfTyped(type, "1")
                                        << QString::fromUtf8("3:11: \"%1\" is not one complete "
                                                             "D-Bus type")
                                               .arg(QString::fromUtf8(type));
@@ -690,21 +694,21 @@ void WorldFileTest::aMistakeInATypedValueHasItsPlace_data()
     const QByteArray tooManyStructures = repeated("(", 33) + 'i' + repeated(")", 33);
     for (const QByteArray &type : {tooManyArrays, tooManyStructures})
         QTest::newRow(type.constData())
-            << worldOfTyped(type, "[]")
+            << scenarioOfTyped(type, "[]")
             << QStringLiteral("3:11: \"%1\" is not one complete D-Bus type")
                    .arg(QLatin1String(type));
     QTest::newRow("type that is too long")
-        << worldOfTyped('(' + repeated("i", 254) + ')', "[]")
+        << scenarioOfTyped('(' + repeated("i", 254) + ')', "[]")
         << QStringLiteral("3:11: \"(%1...\" is not one complete D-Bus type").arg(QString(79, 'i'));
     QTest::newRow("type with U+0000")
-        << worldOfTyped("i\\u0000", "1") << "3:11: \"i\uFFFD\" is not one complete D-Bus type";
+        << scenarioOfTyped("i\\u0000", "1") << "3:11: \"i\uFFFD\" is not one complete D-Bus type";
     for (const char *type : {"h", "ah", "(ih)", "a{hs}"})
         QTest::addRow("file %s", type)
-            << worldOfTyped(type, "1") << "3:11: an open file (\"h\") cannot stand in a file";
+            << scenarioOfTyped(type, "1") << "3:11: an open file (\"h\") cannot stand in a file";
 
     const auto row = [](const char *type, const char *value, const char *expected) {
         QTest::addRow("%s %s", type, value)
-            << worldOfTyped(type, value) << QString::fromUtf8(expected);
+            << scenarioOfTyped(type, value) << QString::fromUtf8(expected);
     };
     row("y", "256", "4:1: 256 is no value of the type \"y\"");
     row("y", "-1", "4:1: -1 is no value of the type \"y\"");
@@ -758,19 +762,19 @@ void WorldFileTest::aMistakeInATypedValueHasItsPlace_data()
     row("a{is}", "[[1, 2]]", "4:6: 2 is no value of the type \"s\"");
 }
 
-void WorldFileTest::aMistakeInATypedValueHasItsPlace()
+void ScenarioFileTest::aMistakeInATypedValueHasItsPlace()
 {
     checkMistake();
 }
 
-void WorldFileTest::aMistakeInAFaultHasItsPlace_data()
+void ScenarioFileTest::aMistakeInAFaultHasItsPlace_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<QString>("expected");
 
     const auto row = [](const QByteArray &fault, const QByteArray &expected) {
         QTest::newRow(QByteArray(fault).replace('\n', ' ').constData())
-            << worldWithFault(fault) << QString::fromUtf8(expected);
+            << scenarioWithFault(fault) << QString::fromUtf8(expected);
     };
     const auto rowsOf = [&row](const char *member, const QByteArray &fault, const char *expected,
                                const QByteArrayList &values) {
@@ -840,21 +844,21 @@ void WorldFileTest::aMistakeInAFaultHasItsPlace_data()
         "2:40: \"count\" is no member of the fault \"announce-twice\"");
 }
 
-void WorldFileTest::aMistakeInAFaultHasItsPlace()
+void ScenarioFileTest::aMistakeInAFaultHasItsPlace()
 {
     checkMistake();
 }
 
-void WorldFileTest::aConfigurationMayNotBeLargerThanTheBusLetsPass()
+void ScenarioFileTest::aConfigurationMayNotBeLargerThanTheBusLetsPass()
 {
-    World world;
+    Scenario scenario;
     QString mistake;
     const QByteArray text = repeated("x", 32 * 1024 * 1024);
-    QVERIFY(!parseWorld("w.json", worldOf("{\"a\": \"" + text + "\"}"), &world, &mistake));
+    QVERIFY(!parseScenario("w.json", scenarioOf("{\"a\": \"" + text + "\"}"), &scenario, &mistake));
     QCOMPARE(mistake, QString("w.json:2:1: a configuration is larger than the bus lets pass"));
 }
 
-void WorldFileTest::noBeginningOfAWorldIsOne()
+void ScenarioFileTest::noBeginningOfAScenarioIsOne()
 {
     const QByteArray whole = contentOf(everyMember).trimmed();
     QByteArrayList beginnings;
@@ -865,7 +869,7 @@ void WorldFileTest::noBeginningOfAWorldIsOne()
     QCOMPARE(countAccepted(beginnings), 0);
 }
 
-void WorldFileTest::noBrokenWorldBreaksTheReader()
+void ScenarioFileTest::noBrokenScenarioBreaksTheReader()
 {
     constexpr std::array others {'"', '{', ']', ',', '0', '\0', '\xff'};
     const QByteArray whole = contentOf(everyMember).trimmed();
@@ -881,19 +885,19 @@ void WorldFileTest::noBrokenWorldBreaksTheReader()
     QVERIFY(accepted < broken.size() / 2);
 }
 
-void WorldFileTest::aFileThatCannotBeReadIsNamed()
+void ScenarioFileTest::aFileThatCannotBeReadIsNamed()
 {
     const QTemporaryDir directory;
     const QString name = directory.filePath("missing.json");
-    World world;
+    Scenario scenario;
     QString mistake;
-    QVERIFY(!readWorld(name, &world, &mistake));
+    QVERIFY(!readScenario(name, &scenario, &mistake));
     QCOMPARE(mistake, name + ": No such file or directory");
-    QVERIFY(!readWorld(directory.path(), &world, &mistake));
+    QVERIFY(!readScenario(directory.path(), &scenario, &mistake));
     QCOMPARE(mistake, directory.path() + ": file to open is a directory");
 }
 
-void WorldFileTest::configurationsAreEqualInWhateverOrderTheyWereWritten()
+void ScenarioFileTest::configurationsAreEqualInWhateverOrderTheyWereWritten()
 {
     const auto parse = [](const char *text) {
         return adopt(g_variant_parse(nullptr, text, nullptr, nullptr, nullptr));
@@ -908,6 +912,6 @@ void WorldFileTest::configurationsAreEqualInWhateverOrderTheyWereWritten()
     QVERIFY(!areEqual({}, kept));
 }
 
-QTEST_GUILESS_MAIN(WorldFileTest)
+QTEST_GUILESS_MAIN(ScenarioFileTest)
 
 #include "scenario_file_test.moc"

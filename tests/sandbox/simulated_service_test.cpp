@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "raw_service.h"
 #include "endpoint.h"
 #include "private_bus.h"
-#include "scenario/variant.h"
+#include "raw_service.h"
 #include "scenario/scenario.h"
+#include "scenario/variant.h"
 
 #include <QtTest/QTest>
 
@@ -98,8 +98,8 @@ Variant configurations(int levels, bool isLastEmpty)
     return configuration;
 }
 
-// A world of one application with a value of \a type.
-QByteArray worldOf(const QByteArray &type, const QByteArray &value)
+// A scenario of one application with a value of \a type.
+QByteArray scenarioOf(const QByteArray &type, const QByteArray &value)
 {
     return R"({"applications": [{"organization": "acme", "application": "viewer", "configuration":)"
            R"( {"a": {"$type": ")"
@@ -108,8 +108,8 @@ QByteArray worldOf(const QByteArray &type, const QByteArray &value)
 
 } // namespace
 
-// Holds the rules of the world file against a real bus.
-class WorldOnTheBusTest : public QObject
+// Holds the rules of the scenario file against a real bus.
+class ScenarioOnTheBusTest : public QObject
 {
     Q_OBJECT
 
@@ -134,7 +134,7 @@ private:
     std::shared_ptr<Outcome> m_outcome;
 };
 
-void WorldOnTheBusTest::init()
+void ScenarioOnTheBusTest::init()
 {
     m_bus = std::make_unique<PrivateBus>();
     QVERIFY2(m_bus->start(), qPrintable(m_bus->errorString()));
@@ -151,7 +151,7 @@ void WorldOnTheBusTest::init()
     QVERIFY(m_client);
 }
 
-void WorldOnTheBusTest::cleanup()
+void ScenarioOnTheBusTest::cleanup()
 {
     g_dbus_connection_close_sync(m_client, nullptr, nullptr);
     g_clear_object(&m_client);
@@ -162,7 +162,7 @@ void WorldOnTheBusTest::cleanup()
 }
 
 // Waits for the outcome of a GetConfiguration that is answered with \a configuration.
-void WorldOnTheBusTest::ask(const Variant &configuration)
+void ScenarioOnTheBusTest::ask(const Variant &configuration)
 {
     m_configuration = configuration;
     m_outcome = std::make_shared<Outcome>();
@@ -172,7 +172,7 @@ void WorldOnTheBusTest::ask(const Variant &configuration)
     QTRY_VERIFY_WITH_TIMEOUT(m_outcome->isThere, 60000);
 }
 
-void WorldOnTheBusTest::whatTheFileMayHoldPassesTheBus_data()
+void ScenarioOnTheBusTest::whatTheFileMayHoldPassesTheBus_data()
 {
     QTest::addColumn<QByteArray>("type");
     QTest::addColumn<QByteArray>("value");
@@ -206,23 +206,24 @@ void WorldOnTheBusTest::whatTheFileMayHoldPassesTheBus_data()
         << QByteArray("s") << QByteArray(R"("\udbff\udfff\ufffe\uffff")");
 }
 
-void WorldOnTheBusTest::whatTheFileMayHoldPassesTheBus()
+void ScenarioOnTheBusTest::whatTheFileMayHoldPassesTheBus()
 {
     QFETCH(QByteArray, type);
     QFETCH(QByteArray, value);
 
-    World world;
+    Scenario scenario;
     QString mistake;
-    QVERIFY2(parseWorld("w.json", worldOf(type, value), &world, &mistake), qPrintable(mistake));
-    QCOMPARE(world.size(), 1);
-    ask(world.first().configuration);
+    QVERIFY2(parseScenario("w.json", scenarioOf(type, value), &scenario, &mistake),
+             qPrintable(mistake));
+    QCOMPARE(scenario.size(), 1);
+    ask(scenario.first().configuration);
     QCOMPARE(m_outcome->error, QString());
     QVERIFY(m_outcome->answer);
     const Variant answer = adopt(g_variant_get_child_value(m_outcome->answer.get(), 0));
-    QVERIFY(areEqual(answer, world.first().configuration));
+    QVERIFY(areEqual(answer, scenario.first().configuration));
 }
 
-void WorldOnTheBusTest::whatTheFileMayNotHoldDoesNotPassTheBus_data()
+void ScenarioOnTheBusTest::whatTheFileMayNotHoldDoesNotPassTheBus_data()
 {
     QTest::addColumn<Variant>("configuration");
 
@@ -234,7 +235,7 @@ void WorldOnTheBusTest::whatTheFileMayNotHoldDoesNotPassTheBus_data()
         << configurationWith(parsed(QString(33, '(') + '1' + QStringLiteral(",)").repeated(33)));
 }
 
-void WorldOnTheBusTest::whatTheFileMayNotHoldDoesNotPassTheBus()
+void ScenarioOnTheBusTest::whatTheFileMayNotHoldDoesNotPassTheBus()
 {
     QFETCH(Variant, configuration);
 
@@ -243,14 +244,14 @@ void WorldOnTheBusTest::whatTheFileMayNotHoldDoesNotPassTheBus()
     QCOMPARE(m_outcome->error, QString("org.freedesktop.DBus.Error.NoReply"));
 }
 
-void WorldOnTheBusTest::theLargestConfigurationPassesTheBus()
+void ScenarioOnTheBusTest::theLargestConfigurationPassesTheBus()
 {
     ask(configurationOfText(largestSize()));
     QCOMPARE(m_outcome->error, QString());
     QVERIFY(m_outcome->answer);
 }
 
-void WorldOnTheBusTest::aConfigurationThatIsTooLargeDoesNotPassTheBus()
+void ScenarioOnTheBusTest::aConfigurationThatIsTooLargeDoesNotPassTheBus()
 {
     // The names on this bus are shorter than those that have to be reckoned with.
     constexpr int difference = 16;
@@ -258,6 +259,6 @@ void WorldOnTheBusTest::aConfigurationThatIsTooLargeDoesNotPassTheBus()
     QCOMPARE(m_outcome->error, QString("org.freedesktop.DBus.Error.NoReply"));
 }
 
-QTEST_GUILESS_MAIN(WorldOnTheBusTest)
+QTEST_GUILESS_MAIN(ScenarioOnTheBusTest)
 
 #include "simulated_service_test.moc"

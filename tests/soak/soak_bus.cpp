@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "process/command.h"
 #include "private_bus.h"
+#include "process/command.h"
 #include "process/signal_state.h"
 
 #include <QtCore/QCoreApplication>

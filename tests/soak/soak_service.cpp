@@ -9,9 +9,9 @@
 #include <QtCore/QStringList>
 #include <QtCore/QTimer>
 
-#include "raw_service.h"
-#include "process/termination_signals.h"
 #include "endpoint.h"
+#include "process/termination_signals.h"
+#include "raw_service.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "raw_service.h"
 #include "endpoint.h"
 #include "private_bus.h"
+#include "raw_service.h"
 
 #include <QtCore/QProcess>
 #include <QtTest/QTest>

@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "service/bus_state.h"
 #include "command_line.h"
 #include "commands/commands.h"
-#include "service/identity.h"
 #include "output.h"
+#include "service/bus_state.h"
+#include "service/identity.h"
 #include "standard_streams.h"
 
 #include <QtCore/QCoreApplication>

@@ -15,7 +15,7 @@ namespace {
 
 const char description[] =
     "Runs a command on a private D-Bus system bus with a stand-in for the\n"
-    "managed-configuration service, which answers as a world file says. When the file\n"
+    "managed-configuration service, which answers as a scenario file says. When the file\n"
     "changes, so do the configurations. Without a command it stays until it is told to\n"
     "end, and prints the line that directs another shell to the bus.\n"
     "\n"
@@ -48,14 +48,14 @@ QCommandLineOption fileOption(const char *name, const char *text)
 
 Options parseCommandLine(const QStringList &arguments)
 {
-    const auto world = fileOption("world", "The applications and their configurations.");
-    const auto check = fileOption("check",
-                                  "Check this and any further world files, and do nothing else.");
+    const auto scenario = fileOption("scenario", "The applications and their configurations.");
+    const auto check = fileOption(
+        "check", "Check this and any further scenario files, and do nothing else.");
     const auto log = fileOption("log", "Record what happens, as JSON, one event on a line.");
     const auto expect = fileOption("expect", "The calls that must come.");
     const QCommandLineOption faults(
         QStringLiteral("list-faults"),
-        QStringLiteral("List the faults that a world file can hold, and do nothing else."));
+        QStringLiteral("List the faults that a scenario file can hold, and do nothing else."));
     QCommandLineParser parser;
     parser.setApplicationDescription(QLatin1String(description));
     parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
@@ -63,7 +63,7 @@ Options parseCommandLine(const QStringList &arguments)
     const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
                                   QStringLiteral("Show this help."));
     const QCommandLineOption version = parser.addVersionOption();
-    parser.addOptions({help, world, check, log, expect, faults});
+    parser.addOptions({help, scenario, check, log, expect, faults});
     parser.addPositionalArgument(QStringLiteral("COMMAND"), QStringLiteral("What to run."),
                                  QStringLiteral("[-- COMMAND ARGS...]"));
     if (!parser.parse(arguments))
@@ -82,7 +82,7 @@ Options parseCommandLine(const QStringList &arguments)
             options.checkFiles += options.command;
     }
     options.listsFaults = parser.isSet(faults);
-    options.worldFile = fileOf(parser, world);
+    options.scenarioFile = fileOf(parser, scenario);
     options.logFile = fileOf(parser, log);
     options.expectationFile = fileOf(parser, expect);
     return options;

@@ -24,8 +24,8 @@ struct Options
     QStringList checkFiles;
     /*! True if the kinds of fault are to be listed, and nothing else done. */
     bool listsFaults = false;
-    /*! The world; none if empty. */
-    QString worldFile;
+    /*! The scenario; none if empty. */
+    QString scenarioFile;
     /*! Where to record the events; nowhere if empty. */
     QString logFile;
     /*! The calls to be expected; none if empty. */

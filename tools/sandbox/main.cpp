@@ -2,11 +2,11 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
 #include "command_line.h"
+#include "process/private_directory.h"
+#include "process/signal_state.h"
 #include "process/supervisor.h"
 #include "report/log.h"
-#include "process/private_directory.h"
 #include "session.h"
-#include "process/signal_state.h"
 #include "standard_streams.h"
 
 #include <QtCore/QCoreApplication>
@@ -22,14 +22,14 @@ using Tarnvel::Tools::Tone;
 
 namespace {
 
-int check(const QStringList &worldFiles)
+int check(const QStringList &scenarioFiles)
 {
     int status = EXIT_SUCCESS;
-    for (const QString &worldFile : worldFiles) {
-        World world;
+    for (const QString &scenarioFile : scenarioFiles) {
+        Scenario scenario;
         QString mistake;
-        if (readWorld(worldFile, &world, &mistake)) {
-            printLine(stdout, worldFile + QStringLiteral(": no mistakes"), Tone::Good);
+        if (readScenario(scenarioFile, &scenario, &mistake)) {
+            printLine(stdout, scenarioFile + QStringLiteral(": no mistakes"), Tone::Good);
         } else {
             printEvent(mistake, Tone::Bad);
             status = usageStatus;

@@ -3,8 +3,8 @@
 
 #include "session.h"
 
-#include "process/termination_signals.h"
 #include "endpoint.h"
+#include "process/termination_signals.h"
 #include "report/event_formatter.h"
 
 #include <QtCore/QCoreApplication>
@@ -39,12 +39,12 @@ bool Run::prepare()
         return fail(mistake, usageStatus);
     if (!openLog())
         return false;
-    if (m_options.worldFile.isEmpty())
+    if (m_options.scenarioFile.isEmpty())
         return true;
     // Before the file is read, so that no change falls in between.
-    m_watch.emplace(m_options.worldFile, [this] { readAgain(); });
+    m_watch.emplace(m_options.scenarioFile, [this] { readAgain(); });
     mistake = m_watch->errorString();
-    if (!mistake.isNull() || !readWorld(m_options.worldFile, &m_world, &mistake))
+    if (!mistake.isNull() || !readScenario(m_options.scenarioFile, &m_scenario, &mistake))
         return fail(mistake, usageStatus);
     return true;
 }
@@ -54,7 +54,7 @@ bool Run::openLog()
     const QString &file = m_options.logFile;
     if (file.isEmpty())
         return true;
-    for (const QString &other : {m_options.worldFile, m_options.expectationFile}) {
+    for (const QString &other : {m_options.scenarioFile, m_options.expectationFile}) {
         if (!other.isEmpty() && QFileInfo(other) == QFileInfo(file))
             return fail(QStringLiteral("%1: the log would replace what is there").arg(file),
                         usageStatus);
@@ -64,7 +64,7 @@ bool Run::openLog()
 
 bool Run::startService()
 {
-    m_service.emplace(m_world, &m_log, [this] { m_bus.stop(); });
+    m_service.emplace(m_scenario, &m_log, [this] { m_bus.stop(); });
     if (!m_bus.start())
         return fail(m_bus.errorString(), busStatus);
     if (!m_service->open(m_bus.address()))
@@ -110,14 +110,14 @@ void Run::end(int signal, bool isTyped)
 
 void Run::readAgain()
 {
-    const QString &file = m_options.worldFile;
+    const QString &file = m_options.scenarioFile;
     QString mistake;
-    if (!readWorld(file, &m_world, &mistake)) {
-        m_log.report(worldEvent(file, mistake, Tone::Bad));
+    if (!readScenario(file, &m_scenario, &mistake)) {
+        m_log.report(scenarioEvent(file, mistake, Tone::Bad));
         return;
     }
-    m_log.report(worldEvent(file, QStringLiteral("%1: read again").arg(file), Tone::Aside));
-    m_service->takeOver(m_world);
+    m_log.report(scenarioEvent(file, QStringLiteral("%1: read again").arg(file), Tone::Aside));
+    m_service->takeOver(m_scenario);
 }
 
 bool Run::fail(const QString &mistake, int status)

@@ -3,12 +3,12 @@
 
 #pragma once
 
-#include "process/command.h"
 #include "command_line.h"
-#include "report/expectation.h"
-#include "scenario/file_watch.h"
-#include "report/log.h"
 #include "private_bus.h"
+#include "process/command.h"
+#include "report/expectation.h"
+#include "report/log.h"
+#include "scenario/file_watch.h"
 #include "service/simulated_service.h"
 
 #include <QtCore/QProcessEnvironment>
@@ -18,7 +18,7 @@
 
 namespace Tarnvel::Sandbox {
 
-/*! \brief One run of the sandbox: the world, the bus, the service and the command. */
+/*! \brief One run of the sandbox: the scenario, the bus, the service and the command. */
 class Run
 {
 public:
@@ -48,7 +48,7 @@ private:
     Expectation m_expectation;
     Log m_log;
     PrivateBus m_bus;
-    World m_world;
+    Scenario m_scenario;
     std::optional<StandInService> m_service;
     std::optional<FileWatch> m_watch;
     std::optional<Command> m_command;

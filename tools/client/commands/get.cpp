@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "service/bus_state.h"
 #include "commands.h"
-#include "values/json.h"
 #include "output.h"
-#include "values/path.h"
+#include "service/bus_state.h"
 #include "service/requests.h"
+#include "values/json.h"
+#include "values/path.h"
 
 namespace Tarnvel::Client {
 

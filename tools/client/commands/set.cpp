@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "values/assignment.h"
-#include "service/bus_state.h"
 #include "commands.h"
 #include "output.h"
+#include "service/bus_state.h"
 #include "service/requests.h"
+#include "values/assignment.h"
 
 namespace Tarnvel::Client {
 

@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "service/bus_state.h"
 #include "commands.h"
-#include "values/difference.h"
 #include "endpoint.h"
 #include "output.h"
+#include "service/bus_state.h"
 #include "service/requests.h"
+#include "values/difference.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QSocketNotifier>

@@ -4,9 +4,9 @@
 #include "supervisor.h"
 
 #include "directory_reaper.h"
+#include "private_directory.h"
 #include "subreaper.h"
 #include "termination_signals.h"
-#include "private_directory.h"
 
 #include <QtCore/QDeadlineTimer>
 

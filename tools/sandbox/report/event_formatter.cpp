@@ -157,12 +157,12 @@ Event serviceEvent(const QString &text, Tone tone, const std::optional<Fault> &f
     return {text + faultText(fault), tone, record};
 }
 
-Event worldEvent(const QString &fileName, const QString &line, Tone tone)
+Event scenarioEvent(const QString &fileName, const QString &line, Tone tone)
 {
-    return {
-        line,
-        tone,
-        {{QStringLiteral("event"), QStringLiteral("world")}, {QStringLiteral("file"), fileName}}};
+    return {line,
+            tone,
+            {{QStringLiteral("event"), QStringLiteral("scenario")},
+             {QStringLiteral("file"), fileName}}};
 }
 
 } // namespace Tarnvel::Sandbox

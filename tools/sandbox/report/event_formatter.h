@@ -3,9 +3,9 @@
 
 #pragma once
 
+#include "log.h"
 #include "raw_service.h"
 #include "scenario/fault.h"
-#include "log.h"
 
 #include <QtCore/QString>
 
@@ -55,7 +55,7 @@ Event announcementEvent(const QString &application, const QString &path,
 /*! \brief Something happened to the service itself, or to its bus: \a text. */
 Event serviceEvent(const QString &text, Tools::Tone tone, const std::optional<Fault> &fault = {});
 
-/*! \brief Something happened to the world file \a fileName: \a line. */
-Event worldEvent(const QString &fileName, const QString &line, Tools::Tone tone);
+/*! \brief Something happened to the scenario file \a fileName: \a line. */
+Event scenarioEvent(const QString &fileName, const QString &line, Tools::Tone tone);
 
 } // namespace Tarnvel::Sandbox

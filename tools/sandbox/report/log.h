@@ -22,7 +22,7 @@ struct Event
     /*! How the line is to be taken. */
     Tools::Tone tone = Tools::Tone::Plain;
     /*! The event for programs. "event" is its kind: "call", "announcement", "fault", "service" or
-     *  "world". */
+     *  "scenario". */
     QJsonObject record;
 };
 

@@ -11,9 +11,9 @@
 namespace Tarnvel::Sandbox {
 
 /*!
- * \brief \a value for people and for logs, as a world file would hold it.
+ * \brief \a value for people and for logs, as a scenario file would hold it.
  *
- * Of a value that a world file holds under a "$type", GLib's text form stands there.
+ * Of a value that a scenario file holds under a "$type", GLib's text form stands there.
  */
 QJsonValue toJson(GVariant *value);
 

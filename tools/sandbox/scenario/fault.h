@@ -10,7 +10,7 @@
 
 namespace Tarnvel::Sandbox {
 
-/*! \brief Something that goes wrong, or happens unasked, because the world says so. */
+/*! \brief Something that goes wrong, or happens unasked, because the scenario says so. */
 struct Fault
 {
     enum Kind {
@@ -50,10 +50,10 @@ struct Fault
     QString method;
     /*!
      * The only call to the method that meets it, counted from 1 since the fault has come into the
-     * world; 0 for every call.
+     * scenario; 0 for every call.
      */
     int call = 0;
-    /*! Seconds since the fault has come into the world; for one without a #method. */
+    /*! Seconds since the fault has come into the scenario; for one without a #method. */
     double time = 0;
 
     /*! The full name of the error. */
@@ -74,11 +74,11 @@ struct Fault
 /*! \brief True if \a left and \a right say the same. */
 bool operator==(const Fault &left, const Fault &right);
 
-/*! \brief A kind of fault, for people and for the world file. */
+/*! \brief A kind of fault, for people and for the scenario file. */
 struct FaultDescription
 {
     Fault::Kind kind;
-    /*! Its name in a world file: "no-answer". */
+    /*! Its name in a scenario file: "no-answer". */
     const char *name;
     /*! What happens, as a sentence without its full stop. */
     const char *text;
@@ -91,7 +91,7 @@ struct FaultDescription
 /*! \brief All kinds of fault, in the order of their declaration. */
 const QVector<FaultDescription> &faultDescriptions();
 
-/*! \brief The name of \a kind in a world file. */
+/*! \brief The name of \a kind in a scenario file. */
 QString faultName(Fault::Kind kind);
 
 } // namespace Tarnvel::Sandbox

@@ -188,7 +188,7 @@ const QVector<KnownMember<Entry>> &knownMembers()
     return members;
 }
 
-bool readApplication(const JsonValue &value, World *world, Mistake *mistake)
+bool readApplication(const JsonValue &value, Scenario *scenario, Mistake *mistake)
 {
     Entry entry;
     if (!readMembers(value, QStringLiteral("an application"), knownMembers(), &entry, mistake))
@@ -197,24 +197,24 @@ bool readApplication(const JsonValue &value, World *world, Mistake *mistake)
     if (!isDBusText(path) || !g_variant_is_object_path(path.toUtf8().constData()))
         return refuse(value.offset, QStringLiteral("%1 is no object path").arg(quoted(path)),
                       mistake);
-    if (world->contains(path))
+    if (scenario->contains(path))
         return refuse(value.offset, QStringLiteral("a second application at %1").arg(quoted(path)),
                       mistake);
     entry.application.name = entry.organizationName + QLatin1Char('/') + entry.applicationName;
-    world->insert(path, entry.application);
+    scenario->insert(path, entry.application);
     return true;
 }
 
-bool readDocument(const JsonValue &document, World *world, Mistake *mistake)
+bool readDocument(const JsonValue &document, Scenario *scenario, Mistake *mistake)
 {
-    static const QVector<KnownMember<World>> members {
+    static const QVector<KnownMember<Scenario>> members {
         // It names the JSON Schema of the file, for editors.
         {"$schema", false,
-         [](const JsonMember &member, World *, Mistake *wrong) {
+         [](const JsonMember &member, Scenario *, Mistake *wrong) {
              return isOfKind(member, JsonValue::String, wrong);
          }},
         {"applications", true,
-         [](const JsonMember &member, World *applications, Mistake *wrong) {
+         [](const JsonMember &member, Scenario *applications, Mistake *wrong) {
              const std::vector<JsonValue> &items = member.value.items;
              return isOfKind(member, JsonValue::List, wrong)
                  && std::all_of(items.begin(), items.end(), [&](const JsonValue &item) {
@@ -222,7 +222,7 @@ bool readDocument(const JsonValue &document, World *world, Mistake *mistake)
                     });
          }},
     };
-    return readMembers(document, QStringLiteral("a world"), members, world, mistake);
+    return readMembers(document, QStringLiteral("a scenario"), members, scenario, mistake);
 }
 
 } // namespace
@@ -233,32 +233,33 @@ QStringList settingKeys(const QString &path)
     return keys.contains(QString()) ? QStringList() : keys;
 }
 
-bool parseWorld(const QString &fileName, const QByteArray &text, World *world, QString *mistake)
+bool parseScenario(const QString &fileName, const QByteArray &text, Scenario *scenario,
+                   QString *mistake)
 {
     // Some editors put the mark there, and show it to nobody.
     const QByteArray json = text.startsWith(byteOrderMark)
         ? text.mid(static_cast<int>(std::size(byteOrderMark)) - 1)
         : text;
     JsonValue document;
-    World parsed;
+    Scenario parsed;
     Mistake found;
     if (!parseJson(json, &document, &found) || !readDocument(document, &parsed, &found)) {
         *mistake = QStringLiteral("%1:%2: %3")
                        .arg(fileName, lineAndColumn(json, found.offset), found.text);
         return false;
     }
-    *world = parsed;
+    *scenario = parsed;
     return true;
 }
 
-bool readWorld(const QString &fileName, World *world, QString *mistake)
+bool readScenario(const QString &fileName, Scenario *scenario, QString *mistake)
 {
     QFile file(fileName);
     if (!file.open(QIODevice::ReadOnly)) {
         *mistake = fileName + QLatin1String(": ") + file.errorString();
         return false;
     }
-    return parseWorld(fileName, file.readAll(), world, mistake);
+    return parseScenario(fileName, file.readAll(), scenario, mistake);
 }
 
 } // namespace Tarnvel::Sandbox

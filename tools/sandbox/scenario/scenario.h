@@ -49,7 +49,7 @@ struct Application
 };
 
 /*! \brief All applications, under the object paths at which they are served. */
-using World = QMap<QString, Application>;
+using Scenario = QMap<QString, Application>;
 
 /*!
  * \brief The keys in the path of a setting; empty if \a path names none.
@@ -59,14 +59,15 @@ using World = QMap<QString, Application>;
 QStringList settingKeys(const QString &path);
 
 /*!
- * \brief Sets \a world to the one that \a text, the content of \a fileName, describes.
+ * \brief Sets \a scenario to the one that \a text, the content of \a fileName, describes.
  *
- * If it describes none, false; \a world is then unchanged, and \a mistake is one line that begins
- * with \a fileName and says where and why.
+ * If it describes none, false; \a scenario is then unchanged, and \a mistake is one line that
+ * begins with \a fileName and says where and why.
  */
-bool parseWorld(const QString &fileName, const QByteArray &text, World *world, QString *mistake);
+bool parseScenario(const QString &fileName, const QByteArray &text, Scenario *scenario,
+                   QString *mistake);
 
-/*! \brief Does as parseWorld() with what is in the file now. */
-bool readWorld(const QString &fileName, World *world, QString *mistake);
+/*! \brief Does as parseScenario() with what is in the file now. */
+bool readScenario(const QString &fileName, Scenario *scenario, QString *mistake);
 
 } // namespace Tarnvel::Sandbox

@@ -49,7 +49,7 @@ bool isSupported(GVariant *value)
         || g_variant_is_of_type(value, G_VARIANT_TYPE_STRING);
 }
 
-// An empty list in a world file does not say what it is a list of.
+// An empty list in a scenario file does not say what it is a list of.
 bool isOfSameType(GVariant *known, GVariant *value)
 {
     return g_variant_is_of_type(value, g_variant_get_type(known))

@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "scenario/variant.h"
 #include "scenario/scenario.h"
+#include "scenario/variant.h"
 
 #include <QtCore/QString>
 

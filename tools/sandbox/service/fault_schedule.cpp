@@ -10,10 +10,10 @@ namespace Tarnvel::Sandbox {
 
 FaultPlan::FaultPlan(Handler handler) : m_handler(std::move(handler)) { }
 
-void FaultPlan::setWorld(const World &world)
+void FaultPlan::setScenario(const Scenario &scenario)
 {
     QMap<QString, Entries> old = std::exchange(m_entries, {});
-    for (auto application = world.begin(); application != world.end(); ++application) {
+    for (auto application = scenario.begin(); application != scenario.end(); ++application) {
         Entries &oldEntries = old[application.key()];
         Entries &entries = m_entries[application.key()];
         for (const Fault &fault : application->faults) {

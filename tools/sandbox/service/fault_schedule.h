@@ -26,10 +26,10 @@ struct CallFaults
 };
 
 /*!
- * \brief The faults of a world, as they come.
+ * \brief The faults of a scenario, as they come.
  *
- * For each fault, calls and seconds are counted from when it has come into the world; one that
- * stays in the world when that changes goes on counting.
+ * For each fault, calls and seconds are counted from when it has come into the scenario; one that
+ * stays in the scenario when that changes goes on counting.
  */
 class FaultPlan
 {
@@ -39,8 +39,8 @@ public:
     /*! \brief A plan that calls \a handler when a fault comes at its time. */
     explicit FaultPlan(Handler handler);
 
-    /*! \brief Goes on with the faults of \a world. */
-    void setWorld(const World &world);
+    /*! \brief Goes on with the faults of \a scenario. */
+    void setScenario(const Scenario &scenario);
 
     /*!
      * \brief Counts a call to \a method at \a path.

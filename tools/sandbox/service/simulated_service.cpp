@@ -4,8 +4,8 @@
 #include "simulated_service.h"
 
 #include "answer.h"
-#include "endpoint.h"
 #include "change_validation.h"
+#include "endpoint.h"
 #include "spoofed_signal.h"
 
 #include <QtCore/QTimer>
@@ -44,10 +44,10 @@ QString unknownPathMessage(const QString &path, const QStringList &known)
         .arg(path, known.join(QLatin1String("\", \"")));
 }
 
-QMap<QString, Variant> configurationsOf(const World &world)
+QMap<QString, Variant> configurationsOf(const Scenario &scenario)
 {
     QMap<QString, Variant> configurations;
-    for (auto application = world.begin(); application != world.end(); ++application)
+    for (auto application = scenario.begin(); application != scenario.end(); ++application)
         configurations.insert(application.key(), application->configuration);
     return configurations;
 }
@@ -74,9 +74,9 @@ bool isBreakdown(const Fault &fault)
 
 } // namespace
 
-StandInService::StandInService(const World &world, Log *log, std::function<void()> killBus)
-    : m_world(world),
-      m_known(configurationsOf(world)),
+StandInService::StandInService(const Scenario &scenario, Log *log, std::function<void()> killBus)
+    : m_scenario(scenario),
+      m_known(configurationsOf(scenario)),
       m_log(log),
       m_killBus(std::move(killBus)),
       m_service([this](const MethodCall &call) { receive(call); }, [this] { loseConnection(); }),
@@ -91,20 +91,20 @@ bool StandInService::open(const QString &address)
     if (!m_service.open(address))
         return false;
     m_log->start();
-    m_faults.setWorld(m_world);
+    m_faults.setScenario(m_scenario);
     return true;
 }
 
-void StandInService::takeOver(const World &world)
+void StandInService::takeOver(const Scenario &scenario)
 {
-    const World old = std::exchange(m_world, world);
-    m_known = configurationsOf(world);
-    m_faults.setWorld(world);
+    const Scenario old = std::exchange(m_scenario, scenario);
+    m_known = configurationsOf(scenario);
+    m_faults.setScenario(scenario);
     for (auto entry = old.begin(); entry != old.end(); ++entry) {
-        if (!areEqual(entry->configuration, world.value(entry.key()).configuration))
+        if (!areEqual(entry->configuration, scenario.value(entry.key()).configuration))
             announceMade(entry.key(), entry->name);
     }
-    for (auto entry = world.begin(); entry != world.end(); ++entry) {
+    for (auto entry = scenario.begin(); entry != scenario.end(); ++entry) {
         if (!old.contains(entry.key()))
             announceMade(entry.key(), entry->name);
     }
@@ -118,7 +118,7 @@ QString StandInService::errorString() const
 void StandInService::receive(const MethodCall &call)
 {
     const CallFaults faults = m_faults.count(call.path(), call.method());
-    const Request request {call, call.caller(), m_world.value(call.path()).name,
+    const Request request {call, call.caller(), m_scenario.value(call.path()).name,
                            faults.delay.has_value()};
     if (!faults.delay) {
         meet(request, faults.fault);
@@ -145,10 +145,10 @@ void StandInService::meet(const Request &request, const std::optional<Fault> &fa
 void StandInService::serve(const Request &request, const std::optional<Fault> &fault)
 {
     const MethodCall &call = request.call;
-    const auto application = m_world.find(call.path());
-    if (application == m_world.end())
+    const auto application = m_scenario.find(call.path());
+    if (application == m_scenario.end())
         return refuse(request, serviceError(QStringLiteral("NotConfigurable")),
-                      unknownPathMessage(call.path(), m_world.keys()));
+                      unknownPathMessage(call.path(), m_scenario.keys()));
     if (const auto refusal = refuseCaller(*application, call.path(), request.caller.userId))
         return refuse(request, serviceError(refusal->error), refusal->message);
     if (call.method() == QLatin1String(Tools::getConfigurationMethod))
@@ -210,7 +210,7 @@ void StandInService::meetInTime(const QString &path, const Fault &fault)
 
 void StandInService::push(const QString &path, const Fault &fault)
 {
-    Application &application = m_world[path];
+    Application &application = m_scenario[path];
     application.configuration = fault.configuration;
     m_known.insert(path, fault.configuration);
     announceMade(path, application.name, fault);
@@ -234,7 +234,7 @@ void StandInService::announceUnmade(const QString &path, const Fault &fault)
     const int announcements = announcementsOf(fault);
     for (int announcement = 0; announcement < announcements; ++announcement)
         m_service.announceChange(path);
-    m_log->report(announcementEvent(m_world.value(path).name, path, fault));
+    m_log->report(announcementEvent(m_scenario.value(path).name, path, fault));
 }
 
 void StandInService::breakDown(const Fault &fault)

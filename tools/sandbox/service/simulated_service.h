@@ -3,9 +3,9 @@
 
 #pragma once
 
+#include "fault_schedule.h"
 #include "raw_service.h"
 #include "report/event_formatter.h"
-#include "fault_schedule.h"
 #include "report/log.h"
 #include "scenario/scenario.h"
 
@@ -19,33 +19,33 @@
 namespace Tarnvel::Sandbox {
 
 /*!
- * \brief The service as a World has it.
+ * \brief The service as a Scenario has it.
  *
- * A change is judged by the world's rules, merged key by key at the top level, as a whole or not at
- * all, and kept in memory only. Faults come as the world has them, from open() on. Each call,
+ * A change is judged by the scenario's rules, merged key by key at the top level, as a whole or not
+ * at all, and kept in memory only. Faults come as the scenario has them, from open() on. Each call,
  * announcement and fault is an event of the log.
  */
 class StandInService
 {
 public:
     /*!
-     * \brief A service that keeps \a world, reports to \a log and is not on a bus yet.
+     * \brief A service that keeps \a scenario, reports to \a log and is not on a bus yet.
      *
-     * It calls \a killBus when the world has the bus die.
+     * It calls \a killBus when the scenario has the bus die.
      */
-    StandInService(const World &world, Log *log, std::function<void()> killBus);
+    StandInService(const Scenario &scenario, Log *log, std::function<void()> killBus);
 
     /*! \brief Appears on the bus at \a address; if that fails, false, and errorString() says why.
      */
     bool open(const QString &address);
 
     /*!
-     * \brief Keeps \a world from now on.
+     * \brief Keeps \a scenario from now on.
      *
      * Announces a change to exactly the applications whose configuration is not what it was, also
-     * to one that has come or gone. The faults still to come are the new world's.
+     * to one that has come or gone. The faults still to come are the new scenario's.
      */
-    void takeOver(const World &world);
+    void takeOver(const Scenario &scenario);
 
     /*! \brief What went wrong in open(). */
     QString errorString() const;
@@ -71,7 +71,7 @@ private:
     void comeBack();
     void loseConnection();
 
-    World m_world;
+    Scenario m_scenario;
     // The configurations as the administrator has made them, by path.
     QMap<QString, Variant> m_known;
     Log *m_log;
