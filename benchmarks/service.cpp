@@ -41,7 +41,7 @@ int main(int argc, char *argv[])
 {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     QCoreApplication application(argc, argv);
-    Sandbox::BusService service([&service](const Sandbox::MethodCall &call) {
+    Sandbox::RawService service([&service](const Sandbox::MethodCall &call) {
         if (GVariant *answer = answerTo(call))
             call.reply(answer);
         else

@@ -21,7 +21,7 @@ std::shared_ptr<Object> share(Object *object)
 
 struct Delivery
 {
-    std::weak_ptr<BusService::Handler> handler;
+    std::weak_ptr<RawService::Handler> handler;
     MethodCall call;
 };
 
@@ -56,7 +56,7 @@ GDBusMessage *filterMessage(GDBusConnection *connection, GDBusMessage *message, 
 {
     if (!isIncoming || !isForApplication(message))
         return message;
-    auto *delivery = new Delivery {*static_cast<std::weak_ptr<BusService::Handler> *>(handler),
+    auto *delivery = new Delivery {*static_cast<std::weak_ptr<RawService::Handler> *>(handler),
                                    MethodCall(connection, message)};
     g_main_context_invoke_full(nullptr, G_PRIORITY_DEFAULT, deliver, delivery,
                                [](gpointer data) { delete static_cast<Delivery *>(data); });
@@ -137,18 +137,18 @@ void MethodCall::send(GDBusMessage *answer) const
     g_object_unref(answer);
 }
 
-BusService::BusService(Handler handler, LossHandler lossHandler)
+RawService::RawService(Handler handler, LossHandler lossHandler)
     : m_handler(std::make_shared<Handler>(std::move(handler))),
       m_lossHandler(std::move(lossHandler))
 {
 }
 
-BusService::~BusService()
+RawService::~RawService()
 {
     close();
 }
 
-bool BusService::open(const QString &address)
+bool RawService::open(const QString &address)
 {
     g_autoptr(GError) error = nullptr;
     m_connection = openConnection(address, &error);
@@ -163,7 +163,7 @@ bool BusService::open(const QString &address)
     return false;
 }
 
-void BusService::close()
+void RawService::close()
 {
     if (!m_connection)
         return;
@@ -172,12 +172,12 @@ void BusService::close()
     g_clear_object(&m_connection);
 }
 
-bool BusService::isOpen() const
+bool RawService::isOpen() const
 {
     return m_connection;
 }
 
-void BusService::announceChange(const QString &path, GVariant *arguments)
+void RawService::announceChange(const QString &path, GVariant *arguments)
 {
     if (!m_connection) {
         if (arguments)
@@ -189,27 +189,27 @@ void BusService::announceChange(const QString &path, GVariant *arguments)
                                   arguments, nullptr);
 }
 
-QString BusService::errorString() const
+QString RawService::errorString() const
 {
     return m_errorString;
 }
 
-void BusService::receiveLoss(GDBusConnection *, gboolean, GError *, gpointer service)
+void RawService::receiveLoss(GDBusConnection *, gboolean, GError *, gpointer service)
 {
-    auto *const self = static_cast<BusService *>(service);
+    auto *const self = static_cast<RawService *>(service);
     self->close();
     if (self->m_lossHandler)
         self->m_lossHandler();
 }
 
-void BusService::receiveCalls()
+void RawService::receiveCalls()
 {
     g_dbus_connection_add_filter(
         m_connection, filterMessage, new std::weak_ptr<Handler>(m_handler),
         [](gpointer handler) { delete static_cast<std::weak_ptr<Handler> *>(handler); });
 }
 
-bool BusService::ownName(GError **error)
+bool RawService::ownName(GError **error)
 {
     constexpr guint32 doNotQueue = 4;
     constexpr guint32 primaryOwner = 1;

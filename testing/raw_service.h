@@ -70,7 +70,7 @@ private:
  * library that it is there to talk to. Calls of any method, with any arguments, on any object path
  * arrive in the event loop of the main thread, which must run on GLib, as Qt's does on Linux.
  */
-class BusService
+class RawService
 {
 public:
     using Handler = std::function<void(const MethodCall &)>;
@@ -82,13 +82,13 @@ public:
      * Calls \a lossHandler in the event loop once the bus has ended the connection. The service is
      * closed then, and may be opened again.
      */
-    explicit BusService(Handler handler, LossHandler lossHandler = {});
+    explicit RawService(Handler handler, LossHandler lossHandler = {});
 
     /*! \brief Closes the connection. */
-    ~BusService();
+    ~RawService();
 
-    BusService(const BusService &) = delete;
-    BusService &operator=(const BusService &) = delete;
+    RawService(const RawService &) = delete;
+    RawService &operator=(const RawService &) = delete;
 
     /*!
      * \brief Connects to the bus at \a address and takes the service's name.

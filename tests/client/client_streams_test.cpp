@@ -69,12 +69,12 @@ private:
 
 } // namespace
 
-class ClientChannelsTest : public QObject
+class ClientStreamsTest : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit ClientChannelsTest(BusFixture &fixture) : m_fixture(fixture) { }
+    explicit ClientStreamsTest(BusFixture &fixture) : m_fixture(fixture) { }
 
 private Q_SLOTS:
     void init();
@@ -92,17 +92,17 @@ private:
     BusFixture &m_fixture;
 };
 
-void ClientChannelsTest::init()
+void ClientStreamsTest::init()
 {
     m_fixture.service.answerWith("({'a': <1>, 'z': <0>},)");
 }
 
-Outcome ClientChannelsTest::runInShell(const QString &script)
+Outcome ClientStreamsTest::runInShell(const QString &script)
 {
     return Program("/bin/bash").run({"-c", "set -o pipefail; " + script});
 }
 
-void ClientChannelsTest::aReaderThatLeavesIsNoFailure_data()
+void ClientStreamsTest::aReaderThatLeavesIsNoFailure_data()
 {
     QTest::addColumn<QString>("command");
     QTest::addColumn<QString>("output");
@@ -115,7 +115,7 @@ void ClientChannelsTest::aReaderThatLeavesIsNoFailure_data()
                                           << "z = 0\n";
 }
 
-void ClientChannelsTest::aReaderThatLeavesIsNoFailure()
+void ClientStreamsTest::aReaderThatLeavesIsNoFailure()
 {
     QFETCH(QString, command);
     // More than a pipe holds.
@@ -130,7 +130,7 @@ void ClientChannelsTest::aReaderThatLeavesIsNoFailure()
     QCOMPARE(outcome.status, 0);
 }
 
-void ClientChannelsTest::resultsThatCannotBeWrittenAreAFailure_data()
+void ClientStreamsTest::resultsThatCannotBeWrittenAreAFailure_data()
 {
     QTest::addColumn<QString>("command");
     QTest::addColumn<QString>("reason");
@@ -145,7 +145,7 @@ void ClientChannelsTest::resultsThatCannotBeWrittenAreAFailure_data()
                                             << "Bad file descriptor";
 }
 
-void ClientChannelsTest::resultsThatCannotBeWrittenAreAFailure()
+void ClientStreamsTest::resultsThatCannotBeWrittenAreAFailure()
 {
     QFETCH(QString, command);
     QFETCH(QString, reason);
@@ -155,13 +155,13 @@ void ClientChannelsTest::resultsThatCannotBeWrittenAreAFailure()
     QCOMPARE(outcome.status, 74);
 }
 
-void ClientChannelsTest::aClosedErrorChannelDoesNoHarm()
+void ClientStreamsTest::aClosedErrorChannelDoesNoHarm()
 {
     const Outcome outcome = runInShell(client + " get nothing <&- >&- 2>&-");
     QCOMPARE(outcome.status, 66);
 }
 
-void ClientChannelsTest::coloursAreForTerminals_data()
+void ClientStreamsTest::coloursAreForTerminals_data()
 {
     QTest::addColumn<QString>("command");
     QTest::addColumn<bool>("hasColours");
@@ -178,7 +178,7 @@ void ClientChannelsTest::coloursAreForTerminals_data()
     QTest::newRow("message alone") << "NO_COLOR= TERM=xterm $client get x >/dev/null" << true;
 }
 
-void ClientChannelsTest::coloursAreForTerminals()
+void ClientStreamsTest::coloursAreForTerminals()
 {
     QFETCH(QString, command);
     QFETCH(bool, hasColours);
@@ -192,6 +192,6 @@ void ClientChannelsTest::coloursAreForTerminals()
     QCOMPARE(text.count("\033[0m\n"), text.count("\033[") / 2);
 }
 
-TARNVEL_BUS_TEST_MAIN(ClientChannelsTest)
+TARNVEL_BUS_TEST_MAIN(ClientStreamsTest)
 
 #include "client_streams_test.moc"

@@ -132,7 +132,7 @@ void CompletionTest::theWordsOfTheSandboxAreCompleted_data()
 
     QTest::newRow("options")
         << " "
-        << "-- --check --expect --help --list-faults --log --version --scenario";
+        << "-- --check --expect --help --list-faults --log --scenario --version";
     QTest::newRow("beginning of an option") << " --l"
                                             << "--list-faults --log";
     QTest::newRow("file") << " --scenario /etc/passw"

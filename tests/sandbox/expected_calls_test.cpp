@@ -71,7 +71,7 @@ void ExpectedCallsTest::callsMustComeInTheirOrderAndInTime()
     QString mistake;
     QVERIFY2(expectation.parse("calls.json", expected, &mistake), qPrintable(mistake));
     for (const QByteArray &record : records)
-        expectation.see(object(record));
+        expectation.record(object(record));
     QTEST(expectation.missing(), "missing");
 }
 
@@ -95,13 +95,13 @@ void ExpectedCallsTest::everyMemberCounts()
     Expectation expectation;
     QString mistake;
     QVERIFY(expectation.parse("calls.json", expected, &mistake));
-    expectation.see(object(get));
+    expectation.record(object(get));
     QJsonObject record = object(change);
     QVERIFY(record.contains(member));
     record.insert(member, other);
-    expectation.see(record);
+    expectation.record(record);
     QVERIFY(!expectation.missing().isEmpty());
-    expectation.see(object(change));
+    expectation.record(object(change));
     QCOMPARE(expectation.missing(), QString());
 }
 

@@ -272,7 +272,7 @@ void SandboxFaultsTest::aFaultComesAtItsTime_data()
 
     const QString same = "changed to proxy=p:1 theme=light zoom=100";
     const QString changed = "acme/viewer: ConfigurationChanged";
-    QTest::newRow("stranger") << 0 << "" << changed + " (fault stranger)";
+    QTest::newRow("spoofed-signal") << 0 << "" << changed + " (fault spoofed-signal)";
     QTest::newRow("announce") << 1 << same << changed + " (fault announce)";
     QTest::newRow("announce-twice") << 2 << same << changed + " (fault announce-twice)";
     QTest::newRow("push") << 1 << "changed to theme=dark zoom=150" << changed + " (fault push)";

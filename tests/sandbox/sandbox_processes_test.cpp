@@ -110,7 +110,7 @@ QStringList entriesOf(const QString &directory)
                                      | QDir::NoDotAndDotDot);
 }
 
-// True if the stand-in service answers, were it with an error.
+// True if the simulated service answers, were it with an error.
 bool isServed(const QByteArray &address)
 {
     g_autoptr(GDBusConnection) connection = g_dbus_connection_new_for_address_sync(

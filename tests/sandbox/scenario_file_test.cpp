@@ -426,7 +426,7 @@ void ScenarioFileTest::allFaultsAreRead()
              "restart  0 86400   0 0 -", "bus-death GetConfiguration 0 0   0 0 -",
              "bus-death  0 10   0 0 -", "push  0 1.5   0 0 {'theme': <'dark'>}",
              "announce  0 1   0 0 -", "announce-twice  0 1   0 0 -", "flood  0 1   0 100000 -",
-             "stranger  0 1   0 0 -"}));
+             "spoofed-signal  0 1   0 0 -"}));
 }
 
 void ScenarioFileTest::aByteOrderMarkIsNotPartOfTheText()
@@ -788,7 +788,7 @@ void ScenarioFileTest::aMistakeInAFaultHasItsPlace_data()
     row(R"({"fault": "slow"})",
         "2:11: \"slow\" is no fault; there are error, delay, no-answer, wrong-signature, "
         "further-arguments, too-large, exit, restart, bus-death, push, announce, announce-twice, "
-        "flood, stranger");
+        "flood, spoofed-signal");
     rowsOf("method", R"("fault": "no-answer")",
            R"(neither "GetConfiguration" nor "ChangeConfiguration")", {"\"Get\"", "1", "\"\""});
     rowsOf("call", R"("method": "GetConfiguration", "fault": "no-answer")",

@@ -128,7 +128,7 @@ private:
     void ask(const Variant &configuration);
 
     std::unique_ptr<PrivateBus> m_bus;
-    std::unique_ptr<BusService> m_service;
+    std::unique_ptr<RawService> m_service;
     GDBusConnection *m_client = nullptr;
     Variant m_configuration;
     std::shared_ptr<Outcome> m_outcome;
@@ -138,7 +138,7 @@ void ScenarioOnTheBusTest::init()
 {
     m_bus = std::make_unique<PrivateBus>();
     QVERIFY2(m_bus->start(), qPrintable(m_bus->errorString()));
-    m_service = std::make_unique<BusService>([this](const MethodCall &call) {
+    m_service = std::make_unique<RawService>([this](const MethodCall &call) {
         GVariant *const configuration = m_configuration.get();
         call.reply(g_variant_new_tuple(&configuration, 1));
     });

@@ -18,9 +18,9 @@
 #include <random>
 
 using namespace Tarnvel::Soak;
-using Tarnvel::Sandbox::BusService;
-using Tarnvel::Sandbox::EndSignals;
 using Tarnvel::Sandbox::MethodCall;
+using Tarnvel::Sandbox::RawService;
+using Tarnvel::Sandbox::TerminationSignals;
 using Tarnvel::Tools::errorPrefix;
 
 namespace {
@@ -161,7 +161,7 @@ private:
     Random m_random;
     QMap<QString, int> m_tally;
     int m_unanswered = 0;
-    BusService m_service;
+    RawService m_service;
 };
 
 bool SoakService::open(const QString &address)
@@ -330,7 +330,7 @@ int main(int argc, char *argv[])
         qFatal("usage: soak_service ADDRESS SEED");
 
     SoakService service(arguments.at(2).toUInt());
-    const EndSignals endSignals([&service](int, bool) {
+    const TerminationSignals terminationSignals([&service](int, bool) {
         service.close();
         QCoreApplication::quit();
     });

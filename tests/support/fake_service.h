@@ -33,7 +33,7 @@ public:
         QString arguments;
     };
 
-    using Handler = Sandbox::BusService::Handler;
+    using Handler = Sandbox::RawService::Handler;
 
     /*! \brief A service for the bus at \a address that is not running yet. */
     explicit FakeService(const QString &address);
@@ -56,7 +56,7 @@ public:
     /*! \brief The calls received so far, oldest first. */
     const QList<Call> &calls() const;
 
-    /*! \brief Announces a change at \a path; see BusService::announceChange(). */
+    /*! \brief Announces a change at \a path; see RawService::announceChange(). */
     void announceChange(const QString &path, const QString &arguments = QString());
 
 private:
@@ -65,7 +65,7 @@ private:
     QString m_address;
     QList<Call> m_calls;
     Handler m_handler;
-    Sandbox::BusService m_service;
+    Sandbox::RawService m_service;
 };
 
 } // namespace Tarnvel::Testing

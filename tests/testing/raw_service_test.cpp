@@ -13,10 +13,10 @@
 #include <csignal>
 
 using namespace Tarnvel;
-using Tarnvel::Sandbox::BusService;
 using Tarnvel::Sandbox::Caller;
 using Tarnvel::Sandbox::MethodCall;
 using Tarnvel::Sandbox::PrivateBus;
+using Tarnvel::Sandbox::RawService;
 
 namespace {
 
@@ -24,7 +24,7 @@ constexpr int timeoutMs = 20000;
 
 } // namespace
 
-class BusServiceTest : public QObject
+class RawServiceTest : public QObject
 {
     Q_OBJECT
 
@@ -47,32 +47,32 @@ private:
     void call();
 
     QScopedPointer<PrivateBus> m_bus;
-    QScopedPointer<BusService> m_service;
+    QScopedPointer<RawService> m_service;
     QScopedPointer<QProcess> m_process;
     QList<MethodCall> m_calls;
     int m_losses = 0;
 };
 
-void BusServiceTest::initTestCase()
+void RawServiceTest::initTestCase()
 {
     // What GLib only complains of otherwise.
     g_log_set_always_fatal(static_cast<GLogLevelFlags>(G_LOG_LEVEL_CRITICAL | G_LOG_LEVEL_WARNING));
 }
 
-void BusServiceTest::init()
+void RawServiceTest::init()
 {
     m_calls.clear();
     m_losses = 0;
     m_process.reset(new QProcess);
     m_bus.reset(new PrivateBus);
     QVERIFY2(m_bus->start(), qPrintable(m_bus->errorString()));
-    m_service.reset(new BusService([this](const MethodCall &call) { m_calls.append(call); },
+    m_service.reset(new RawService([this](const MethodCall &call) { m_calls.append(call); },
                                    [this] { ++m_losses; }));
     QVERIFY2(m_service->open(m_bus->address()), qPrintable(m_service->errorString()));
     QVERIFY(m_service->isOpen());
 }
 
-void BusServiceTest::cleanup()
+void RawServiceTest::cleanup()
 {
     m_calls.clear();
     m_service.reset();
@@ -81,7 +81,7 @@ void BusServiceTest::cleanup()
 }
 
 // Runs until the call has arrived.
-void BusServiceTest::call()
+void RawServiceTest::call()
 {
     const int count = m_calls.size();
     m_process->start(
@@ -93,7 +93,7 @@ void BusServiceTest::call()
     QTRY_COMPARE_WITH_TIMEOUT(m_calls.size(), count + 1, timeoutMs);
 }
 
-void BusServiceTest::theCallerIsTheProcessThatCalled()
+void RawServiceTest::theCallerIsTheProcessThatCalled()
 {
     call();
     const Caller caller = m_calls.last().caller();
@@ -106,7 +106,7 @@ void BusServiceTest::theCallerIsTheProcessThatCalled()
     QCOMPARE(m_process->exitCode(), 0);
 }
 
-void BusServiceTest::nothingIsKnownOfACallerThatHasLeft()
+void RawServiceTest::nothingIsKnownOfACallerThatHasLeft()
 {
     call();
     m_process->kill();
@@ -116,7 +116,7 @@ void BusServiceTest::nothingIsKnownOfACallerThatHasLeft()
     QVERIFY(!m_calls.last().caller().userId.has_value());
 }
 
-void BusServiceTest::nothingIsKnownOfACallerWhenTheBusIsGone()
+void RawServiceTest::nothingIsKnownOfACallerWhenTheBusIsGone()
 {
     call();
     m_bus->stop();
@@ -124,7 +124,7 @@ void BusServiceTest::nothingIsKnownOfACallerWhenTheBusIsGone()
     QVERIFY(!m_calls.last().caller().userId.has_value());
 }
 
-void BusServiceTest::aLostConnectionIsReportedOnce()
+void RawServiceTest::aLostConnectionIsReportedOnce()
 {
     m_bus->stop();
     QCOMPARE(m_losses, 0);
@@ -136,7 +136,7 @@ void BusServiceTest::aLostConnectionIsReportedOnce()
     QCOMPARE(m_losses, 1);
 }
 
-void BusServiceTest::aConnectionClosedOnPurposeIsNotReported()
+void RawServiceTest::aConnectionClosedOnPurposeIsNotReported()
 {
     m_service->close();
     QVERIFY(!m_service->isOpen());
@@ -145,7 +145,7 @@ void BusServiceTest::aConnectionClosedOnPurposeIsNotReported()
     QCOMPARE(m_losses, 0);
 }
 
-void BusServiceTest::aServiceThatLostItsBusCanBeOpenedAgain()
+void RawServiceTest::aServiceThatLostItsBusCanBeOpenedAgain()
 {
     m_bus->stop();
     QTRY_COMPARE(m_losses, 1);
@@ -156,7 +156,7 @@ void BusServiceTest::aServiceThatLostItsBusCanBeOpenedAgain()
     QTRY_COMPARE(m_losses, 2);
 }
 
-void BusServiceTest::aBusThatHangsIsGivenUp()
+void RawServiceTest::aBusThatHangsIsGivenUp()
 {
     m_service->close();
     const auto daemon = static_cast<pid_t>(m_bus->processId());
@@ -169,7 +169,7 @@ void BusServiceTest::aBusThatHangsIsGivenUp()
     QVERIFY2(m_service->open(m_bus->address()), qPrintable(m_service->errorString()));
 }
 
-void BusServiceTest::anAnnouncementWithoutAConnectionIsHarmless_data()
+void RawServiceTest::anAnnouncementWithoutAConnectionIsHarmless_data()
 {
     QTest::addColumn<bool>("isLost");
     QTest::addColumn<bool>("isNoticed");
@@ -179,7 +179,7 @@ void BusServiceTest::anAnnouncementWithoutAConnectionIsHarmless_data()
     QTest::newRow("lost, and not noticed yet") << true << false;
 }
 
-void BusServiceTest::anAnnouncementWithoutAConnectionIsHarmless()
+void RawServiceTest::anAnnouncementWithoutAConnectionIsHarmless()
 {
     QFETCH(bool, isLost);
     QFETCH(bool, isNoticed);
@@ -197,6 +197,6 @@ void BusServiceTest::anAnnouncementWithoutAConnectionIsHarmless()
     QCOMPARE(QString(g_variant_get_type_string(arguments.get())), QString("(s)"));
 }
 
-QTEST_GUILESS_MAIN(BusServiceTest)
+QTEST_GUILESS_MAIN(RawServiceTest)
 
 #include "raw_service_test.moc"

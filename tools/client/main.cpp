@@ -46,7 +46,7 @@ Failure begin(const CommandLine &commandLine)
 
 int run(int argc, char *argv[])
 {
-    Tarnvel::Tools::occupyStandardChannels();
+    Tarnvel::Tools::reserveStandardStreams();
     // Writing to a channel that nobody reads any more is to fail and do no more.
     std::signal(SIGPIPE, SIG_IGN);
     qInstallMessageHandler(printMessage);

@@ -10,10 +10,10 @@
 
 namespace Tarnvel::Client {
 
-void print(const QString &line, Tools::Tone tone)
+void print(const QString &line, Tools::Style style)
 {
     errno = 0;
-    Tools::printLine(stdout, line, tone);
+    Tools::printLine(stdout, line, style);
     if (!std::ferror(stdout))
         return;
     if (errno == EPIPE)
@@ -24,15 +24,15 @@ void print(const QString &line, Tools::Tone tone)
          QStringLiteral("make room, or direct the output elsewhere")}));
 }
 
-void printNote(const QString &text, Tools::Tone tone)
+void printNote(const QString &text, Tools::Style style)
 {
-    Tools::printLine(stderr,
-                     QStringLiteral("managed-configuration: ") + Tools::shownOnOneLine(text), tone);
+    Tools::printLine(
+        stderr, QStringLiteral("managed-configuration: ") + Tools::shownOnOneLine(text), style);
 }
 
 int report(const Failure &failure)
 {
-    printNote(failure.text, Tools::Tone::Bad);
+    printNote(failure.text, Tools::Style::Bad);
     printNote(QStringLiteral("what to do: ") + failure.hint);
     return failure.status;
 }

@@ -16,10 +16,10 @@ namespace Tarnvel::Client {
  * Ends the process if that fails: silently and with success if nobody reads on, as behind "head",
  * and with a message otherwise.
  */
-void print(const QString &line, Tools::Tone tone = Tools::Tone::Plain);
+void print(const QString &line, Tools::Style style = Tools::Style::Plain);
 
 /*! \brief Writes \a text, about the program's own doings, to the standard error. */
-void printNote(const QString &text, Tools::Tone tone = Tools::Tone::Aside);
+void printNote(const QString &text, Tools::Style style = Tools::Style::Aside);
 
 /*! \brief Writes what \a failure says to the standard error and returns its status. */
 int report(const Failure &failure);

@@ -26,7 +26,7 @@ const char description[] =
 
 [[noreturn]] void end(const QString &mistake)
 {
-    printEvent(mistake, Tools::Tone::Bad);
+    printEvent(mistake, Tools::Style::Bad);
     std::exit(usageStatus);
 }
 

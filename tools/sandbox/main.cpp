@@ -18,7 +18,7 @@
 
 using namespace Tarnvel::Sandbox;
 using Tarnvel::Tools::printLine;
-using Tarnvel::Tools::Tone;
+using Tarnvel::Tools::Style;
 
 namespace {
 
@@ -29,9 +29,9 @@ int check(const QStringList &scenarioFiles)
         Scenario scenario;
         QString mistake;
         if (readScenario(scenarioFile, &scenario, &mistake)) {
-            printLine(stdout, scenarioFile + QStringLiteral(": no mistakes"), Tone::Good);
+            printLine(stdout, scenarioFile + QStringLiteral(": no mistakes"), Style::Good);
         } else {
-            printEvent(mistake, Tone::Bad);
+            printEvent(mistake, Style::Bad);
             status = usageStatus;
         }
     }
@@ -75,10 +75,10 @@ int runSandbox(int argc, char *argv[], const PrivateDirectory &directory,
     if (!options.checkFiles.isEmpty())
         return check(options.checkFiles);
     if (directory.path().empty()) {
-        printEvent(QFile::decodeName(directory.errorString().c_str()), Tone::Bad);
+        printEvent(QFile::decodeName(directory.errorString().c_str()), Style::Bad);
         return busStatus;
     }
-    return Run(options, QFile::decodeName(directory.path().c_str()))
+    return Session(options, QFile::decodeName(directory.path().c_str()))
         .execute(environment, inheritedSignals);
 }
 
@@ -86,11 +86,11 @@ int runSandbox(int argc, char *argv[], const PrivateDirectory &directory,
 
 int main(int argc, char *argv[])
 {
-    Tarnvel::Tools::occupyStandardChannels();
+    Tarnvel::Tools::reserveStandardStreams();
     // Before the command line is read: that takes an application object, and its event loop is not
     // for two processes.
     const SignalState inheritedSignals;
-    return runGuarded([&](const PrivateDirectory &directory) {
+    return runSupervised([&](const PrivateDirectory &directory) {
         return runSandbox(argc, argv, directory, inheritedSignals);
     });
 }

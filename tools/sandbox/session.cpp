@@ -14,24 +14,25 @@
 
 namespace Tarnvel::Sandbox {
 
-using Tools::Tone;
+using Tools::Style;
 
-Run::Run(const Options &options, const QString &directory)
+Session::Session(const Options &options, const QString &directory)
     : m_options(options),
-      m_log([this](const QJsonObject &record) { m_expectation.see(record); }),
+      m_log([this](const QJsonObject &record) { m_expectation.record(record); }),
       m_bus(directory)
 {
 }
 
-int Run::execute(const QProcessEnvironment &environment, const SignalState &signals)
+int Session::execute(const QProcessEnvironment &environment, const SignalState &signals)
 {
-    const EndSignals endSignals([this](int signal, bool isTyped) { end(signal, isTyped); });
+    const TerminationSignals terminationSignals(
+        [this](int signal, bool isTyped) { end(signal, isTyped); });
     if (!prepare() || !startService())
         return m_failure;
     return judge(m_options.command.isEmpty() ? stay() : runCommand(environment, signals));
 }
 
-bool Run::prepare()
+bool Session::prepare()
 {
     QString mistake;
     const QString &expectationFile = m_options.expectationFile;
@@ -49,7 +50,7 @@ bool Run::prepare()
     return true;
 }
 
-bool Run::openLog()
+bool Session::openLog()
 {
     const QString &file = m_options.logFile;
     if (file.isEmpty())
@@ -62,7 +63,7 @@ bool Run::openLog()
     return m_log.open(file) || fail(m_log.errorString(), usageStatus);
 }
 
-bool Run::startService()
+bool Session::startService()
 {
     m_service.emplace(m_scenario, &m_log, [this] { m_bus.stop(); });
     if (!m_bus.start())
@@ -72,7 +73,7 @@ bool Run::startService()
     return true;
 }
 
-int Run::stay()
+int Session::stay()
 {
     Tools::printLine(stdout,
                      QStringLiteral("export %1='%2'")
@@ -80,7 +81,7 @@ int Run::stay()
     return QCoreApplication::exec();
 }
 
-int Run::runCommand(QProcessEnvironment environment, const SignalState &signals)
+int Session::runCommand(QProcessEnvironment environment, const SignalState &signals)
 {
     environment.insert(QLatin1String(Tools::busAddressVariable), m_bus.address());
     m_command.emplace(m_options.command, environment, signals);
@@ -91,16 +92,16 @@ int Run::runCommand(QProcessEnvironment environment, const SignalState &signals)
 }
 
 // A command that has failed says more than a call that has not come.
-int Run::judge(int status) const
+int Session::judge(int status) const
 {
     const QString missing = m_expectation.missing();
     if (missing.isEmpty())
         return status;
-    printEvent(missing, Tone::Bad);
+    printEvent(missing, Style::Bad);
     return status == EXIT_SUCCESS ? expectationStatus : status;
 }
 
-void Run::end(int signal, bool isTyped)
+void Session::end(int signal, bool isTyped)
 {
     if (m_command)
         m_command->end(signal, isTyped);
@@ -108,21 +109,21 @@ void Run::end(int signal, bool isTyped)
         QCoreApplication::exit(EXIT_SUCCESS);
 }
 
-void Run::readAgain()
+void Session::readAgain()
 {
     const QString &file = m_options.scenarioFile;
     QString mistake;
     if (!readScenario(file, &m_scenario, &mistake)) {
-        m_log.report(scenarioEvent(file, mistake, Tone::Bad));
+        m_log.report(scenarioEvent(file, mistake, Style::Bad));
         return;
     }
-    m_log.report(scenarioEvent(file, QStringLiteral("%1: read again").arg(file), Tone::Aside));
-    m_service->takeOver(m_scenario);
+    m_log.report(scenarioEvent(file, QStringLiteral("%1: read again").arg(file), Style::Aside));
+    m_service->apply(m_scenario);
 }
 
-bool Run::fail(const QString &mistake, int status)
+bool Session::fail(const QString &mistake, int status)
 {
-    printEvent(mistake, Tone::Bad);
+    printEvent(mistake, Style::Bad);
     m_failure = status;
     return false;
 }

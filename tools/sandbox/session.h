@@ -19,11 +19,11 @@
 namespace Tarnvel::Sandbox {
 
 /*! \brief One run of the sandbox: the scenario, the bus, the service and the command. */
-class Run
+class Session
 {
 public:
     /*! \brief The run that \a options ask for, with its temporary files in \a directory. */
-    Run(const Options &options, const QString &directory);
+    Session(const Options &options, const QString &directory);
 
     /*!
      * \brief Runs until the command has ended, or until told to end, and returns the exit status.
@@ -49,7 +49,7 @@ private:
     Log m_log;
     PrivateBus m_bus;
     Scenario m_scenario;
-    std::optional<StandInService> m_service;
+    std::optional<SimulatedService> m_service;
     std::optional<FileWatch> m_watch;
     std::optional<Command> m_command;
 };

@@ -8,7 +8,7 @@
 
 namespace Tarnvel::Tools {
 
-void occupyStandardChannels()
+void reserveStandardStreams()
 {
     int descriptor = 0;
     // To be read only, so that writing to the channel fails as it should.

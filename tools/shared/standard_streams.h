@@ -11,6 +11,6 @@ namespace Tarnvel::Tools {
  * Call it first of all: otherwise what is written goes into whatever is opened next, such as the
  * bus. Programs that are started find the channel closed as it was.
  */
-void occupyStandardChannels();
+void reserveStandardStreams();
 
 } // namespace Tarnvel::Tools

@@ -9,18 +9,18 @@ namespace Tarnvel::Tools {
 
 namespace {
 
-QByteArray escapeSequence(Tone tone)
+QByteArray escapeSequence(Style style)
 {
-    switch (tone) {
-    case Tone::Plain:
+    switch (style) {
+    case Style::Plain:
         break;
-    case Tone::Good:
+    case Style::Good:
         return "\033[32m";
-    case Tone::Bad:
+    case Style::Bad:
         return "\033[31m";
-    case Tone::News:
+    case Style::News:
         return "\033[36m";
-    case Tone::Aside:
+    case Style::Aside:
         return "\033[2m";
     }
     return {};
@@ -47,11 +47,11 @@ QString shownOnOneLine(const QString &text)
     return shown;
 }
 
-void printLine(std::FILE *channel, const QString &line, Tone tone)
+void printLine(std::FILE *channel, const QString &line, Style style)
 {
     QByteArray text = line.toUtf8();
-    if (tone != Tone::Plain && showsColours(channel))
-        text = escapeSequence(tone) + text + "\033[0m";
+    if (style != Style::Plain && showsColours(channel))
+        text = escapeSequence(style) + text + "\033[0m";
     text += '\n';
     std::fwrite(text.constData(), 1, static_cast<std::size_t>(text.size()), channel);
     std::fflush(channel);

@@ -10,7 +10,7 @@
 namespace Tarnvel::Tools {
 
 /*! \brief What a text is about; terminals show each in a colour of its own. */
-enum class Tone {
+enum class Style {
     /*! Nothing in particular. */
     Plain,
     /*! What went well. */
@@ -36,6 +36,6 @@ QString shownOnOneLine(const QString &text);
  * It is coloured if the channel is a terminal that knows colours, unless the variable NO_COLOR is
  * set and not empty.
  */
-void printLine(std::FILE *channel, const QString &line, Tone tone = Tone::Plain);
+void printLine(std::FILE *channel, const QString &line, Style style = Style::Plain);
 
 } // namespace Tarnvel::Tools

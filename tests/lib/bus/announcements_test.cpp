@@ -27,10 +27,10 @@ namespace {
 constexpr int answerTimeout = 10;
 
 /*! Another process on the bus, as far as the bus can tell. */
-class Stranger
+class SpoofedSender
 {
 public:
-    explicit Stranger(const QString &address)
+    explicit SpoofedSender(const QString &address)
     {
         const auto flags = static_cast<GDBusConnectionFlags>(
             G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT
@@ -38,12 +38,12 @@ public:
         m_connection = g_dbus_connection_new_for_address_sync(qUtf8Printable(address), flags,
                                                               nullptr, nullptr, nullptr);
     }
-    ~Stranger()
+    ~SpoofedSender()
     {
         g_object_unref(m_connection);
     }
-    Stranger(const Stranger &) = delete;
-    Stranger &operator=(const Stranger &) = delete;
+    SpoofedSender(const SpoofedSender &) = delete;
+    SpoofedSender &operator=(const SpoofedSender &) = delete;
 
     /*! Sends the signal and waits until the bus has taken it. */
     bool emitSignal(const char *interface, const char *member, const char *receiver)
@@ -69,29 +69,29 @@ private:
 
 } // namespace
 
-class NotificationsTest : public QObject
+class AnnouncementsTest : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit NotificationsTest(BusFixture &fixture) : m_fixture(fixture), m_service(fixture.service)
+    explicit AnnouncementsTest(BusFixture &fixture) : m_fixture(fixture), m_service(fixture.service)
     {
     }
 
 private Q_SLOTS:
     void init();
     void aChangeIsAnnouncedWithTheConfigurationReadAfterIt();
-    void aNotificationMayCarryArguments_data();
-    void aNotificationMayCarryArguments();
+    void anAnnouncementMayCarryArguments_data();
+    void anAnnouncementMayCarryArguments();
     void aFailedReReadAnnouncesAnEmptyConfiguration_data();
     void aFailedReReadAnnouncesAnEmptyConfiguration();
     void eachNotificationIsReReadAndAnnouncedOnce();
-    void eachNotificationOfAFloodIsAnnouncedOnce();
+    void eachSignalOfAFloodIsAnnouncedOnce();
     void announcementsComeInTheOrderOfTheReReads();
     void aWatcherIsKeptForEachNotification();
     void theRepliesOfReReadsAreNotKept();
     void aWatcherKeepsLessThanAKibibyte();
-    void aStrangersSignalIsIgnored();
+    void aSpoofedSignalIsIgnored();
     void signalsOfOtherObjectsAreIgnored();
     void aQueuedConnectionReceivesTheConfiguration();
     void aSignalSpyKnowsTheShortName();
@@ -105,7 +105,7 @@ private:
     std::unique_ptr<Announcements> m_announcements;
 };
 
-void NotificationsTest::init()
+void AnnouncementsTest::init()
 {
     m_service.answerWith("({'key': <7>},)");
     m_manager = std::make_unique<ConfigurationManager>();
@@ -116,7 +116,7 @@ void NotificationsTest::init()
     QVERIFY(answers.waitFor(1));
 }
 
-void NotificationsTest::aChangeIsAnnouncedWithTheConfigurationReadAfterIt()
+void AnnouncementsTest::aChangeIsAnnouncedWithTheConfigurationReadAfterIt()
 {
     const int calls = m_service.calls().count();
     m_service.answerWith("({'key': <8>, 'nested': <{'a': <'x'>}>},)");
@@ -129,7 +129,7 @@ void NotificationsTest::aChangeIsAnnouncedWithTheConfigurationReadAfterIt()
     QCOMPARE(m_service.calls().last().path, BusFixture::path);
 }
 
-void NotificationsTest::aNotificationMayCarryArguments_data()
+void AnnouncementsTest::anAnnouncementMayCarryArguments_data()
 {
     QTest::addColumn<QString>("arguments");
 
@@ -139,7 +139,7 @@ void NotificationsTest::aNotificationMayCarryArguments_data()
     QTest::newRow("many") << "(1, 2.5, ['a'], (true, <[<1>]>), @aai [], <<'x'>>)";
 }
 
-void NotificationsTest::aNotificationMayCarryArguments()
+void AnnouncementsTest::anAnnouncementMayCarryArguments()
 {
     QFETCH(const QString, arguments);
 
@@ -149,7 +149,7 @@ void NotificationsTest::aNotificationMayCarryArguments()
     QCOMPARE(log.take(), QStringList());
 }
 
-void NotificationsTest::aFailedReReadAnnouncesAnEmptyConfiguration_data()
+void AnnouncementsTest::aFailedReReadAnnouncesAnEmptyConfiguration_data()
 {
     QTest::addColumn<bool>("isError");
 
@@ -157,7 +157,7 @@ void NotificationsTest::aFailedReReadAnnouncesAnEmptyConfiguration_data()
     QTest::newRow("no configuration") << false;
 }
 
-void NotificationsTest::aFailedReReadAnnouncesAnEmptyConfiguration()
+void AnnouncementsTest::aFailedReReadAnnouncesAnEmptyConfiguration()
 {
     QFETCH(const bool, isError);
 
@@ -175,7 +175,7 @@ void NotificationsTest::aFailedReReadAnnouncesAnEmptyConfiguration()
     QCOMPARE(log.take(), QStringList());
 }
 
-void NotificationsTest::eachNotificationIsReReadAndAnnouncedOnce()
+void AnnouncementsTest::eachNotificationIsReReadAndAnnouncedOnce()
 {
     constexpr int notifications = 20;
     const int calls = m_service.calls().count();
@@ -194,7 +194,7 @@ void NotificationsTest::eachNotificationIsReReadAndAnnouncedOnce()
         QCOMPARE(text, QStringLiteral("{\"key\": int 7}"));
 }
 
-void NotificationsTest::eachNotificationOfAFloodIsAnnouncedOnce()
+void AnnouncementsTest::eachSignalOfAFloodIsAnnouncedOnce()
 {
     if (!isOnDBusDaemon())
         return QTest::qSkip("the number is dbus-daemon's", __FILE__, __LINE__);
@@ -219,7 +219,7 @@ void NotificationsTest::eachNotificationOfAFloodIsAnnouncedOnce()
     QCOMPARE(m_announcements->texts().count("{\"key\": int 8}"), outstanding);
 }
 
-void NotificationsTest::announcementsComeInTheOrderOfTheReReads()
+void AnnouncementsTest::announcementsComeInTheOrderOfTheReReads()
 {
     QList<MethodCall> reReads;
     m_service.answerThrough([&](const MethodCall &call) { reReads.append(call); });
@@ -234,7 +234,7 @@ void NotificationsTest::announcementsComeInTheOrderOfTheReReads()
                  QStringList({"{\"reread\": int 1}", "{\"reread\": int 0}"}));
 }
 
-void NotificationsTest::aWatcherIsKeptForEachNotification()
+void AnnouncementsTest::aWatcherIsKeptForEachNotification()
 {
     ConfigurationManagerPrivate requests(m_manager.get());
     const auto watchers = [&] {
@@ -254,7 +254,7 @@ void NotificationsTest::aWatcherIsKeptForEachNotification()
     QTRY_COMPARE(watchers(), notifications);
 }
 
-void NotificationsTest::theRepliesOfReReadsAreNotKept()
+void AnnouncementsTest::theRepliesOfReReadsAreNotKept()
 {
     // libdbus stops reading once it keeps 63 MiB of received messages. The soak asks for more.
     const int notifications = qMax(100, qEnvironmentVariableIntValue("LARGE_NOTIFICATIONS"));
@@ -279,7 +279,7 @@ void NotificationsTest::theRepliesOfReReadsAreNotKept()
     QCOMPARE(describe(answers.at(0).configuration), QStringLiteral("{\"key\": int 8}"));
 }
 
-void NotificationsTest::aWatcherKeepsLessThanAKibibyte()
+void AnnouncementsTest::aWatcherKeepsLessThanAKibibyte()
 {
     constexpr int notifications = 500;
     m_service.answerWith(
@@ -311,17 +311,17 @@ void NotificationsTest::aWatcherKeepsLessThanAKibibyte()
     QVERIFY(kept < 1024);
 }
 
-void NotificationsTest::aStrangersSignalIsIgnored()
+void AnnouncementsTest::aSpoofedSignalIsIgnored()
 {
     const int calls = m_service.calls().count();
-    Stranger stranger(m_fixture.bus.address());
+    SpoofedSender spoofedSender(m_fixture.bus.address());
     const QByteArray receiver = m_fixture.uniqueName().toUtf8();
-    QVERIFY(stranger.emitSignal("org.brenvik.ManagedConfiguration.Application1",
-                                "ConfigurationChanged", nullptr));
-    QVERIFY(stranger.emitSignal("org.brenvik.ManagedConfiguration.Application1",
-                                "ConfigurationChanged", receiver.constData()));
+    QVERIFY(spoofedSender.emitSignal("org.brenvik.ManagedConfiguration.Application1",
+                                     "ConfigurationChanged", nullptr));
+    QVERIFY(spoofedSender.emitSignal("org.brenvik.ManagedConfiguration.Application1",
+                                     "ConfigurationChanged", receiver.constData()));
 
-    // What the stranger sent was on the bus before the service's own.
+    // What the spoofedSender sent was on the bus before the service's own.
     m_service.announceChange(BusFixture::path);
     QTRY_COMPARE(m_announcements->count(), 1);
     Answers answers;
@@ -331,7 +331,7 @@ void NotificationsTest::aStrangersSignalIsIgnored()
     QCOMPARE(m_service.calls().count(), calls + 2);
 }
 
-void NotificationsTest::signalsOfOtherObjectsAreIgnored()
+void AnnouncementsTest::signalsOfOtherObjectsAreIgnored()
 {
     const int calls = m_service.calls().count();
     m_service.announceChange("/acme_2elabs_2eeditor");
@@ -345,7 +345,7 @@ void NotificationsTest::signalsOfOtherObjectsAreIgnored()
     QCOMPARE(m_service.calls().count(), calls + 2);
 }
 
-void NotificationsTest::aQueuedConnectionReceivesTheConfiguration()
+void AnnouncementsTest::aQueuedConnectionReceivesTheConfiguration()
 {
     QString received;
     QObject::connect(
@@ -359,7 +359,7 @@ void NotificationsTest::aQueuedConnectionReceivesTheConfiguration()
     QObject::disconnect(m_manager.get(), nullptr, this, nullptr);
 }
 
-void NotificationsTest::aSignalSpyKnowsTheShortName()
+void AnnouncementsTest::aSignalSpyKnowsTheShortName()
 {
     qRegisterMetaType<Configuration>("Configuration");
     QSignalSpy spy(m_manager.get(), &ConfigurationManager::configurationChanged);
@@ -369,7 +369,7 @@ void NotificationsTest::aSignalSpyKnowsTheShortName()
     QCOMPARE(describe(spy.first().first()), QStringLiteral("{\"key\": int 7}"));
 }
 
-void NotificationsTest::eachManagerAnnouncesForItself()
+void AnnouncementsTest::eachManagerAnnouncesForItself()
 {
     ConfigurationManager second;
     Announcements secondAnnouncements(second);
@@ -384,7 +384,7 @@ void NotificationsTest::eachManagerAnnouncesForItself()
     QCOMPARE(m_service.calls().count(), calls + 2);
 }
 
-void NotificationsTest::aRestartedServiceIsFollowed()
+void AnnouncementsTest::aRestartedServiceIsFollowed()
 {
     m_service.stop();
     QVERIFY(m_service.start());
@@ -398,6 +398,6 @@ void NotificationsTest::aRestartedServiceIsFollowed()
     QTRY_COMPARE(m_announcements->texts(), QStringList("{\"restarted\": bool true}"));
 }
 
-TARNVEL_BUS_TEST_MAIN(NotificationsTest)
+TARNVEL_BUS_TEST_MAIN(AnnouncementsTest)
 
 #include "announcements_test.moc"

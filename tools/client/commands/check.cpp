@@ -15,14 +15,14 @@
 namespace Tarnvel::Client {
 
 using Application::ManagedConfiguration::Configuration;
-using Tools::Tone;
+using Tools::Style;
 
 namespace {
 
 void printFinding(const char *subject, const QString &finding, const QString &hint = QString())
 {
     const QString line = QLatin1String(subject) + QLatin1String(": ") + finding;
-    print(line, hint.isEmpty() ? Tone::Good : Tone::Bad);
+    print(line, hint.isEmpty() ? Style::Good : Style::Bad);
     if (!hint.isEmpty())
         print(QStringLiteral("  what to do: ") + hint);
 }

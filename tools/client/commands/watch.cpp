@@ -24,11 +24,11 @@ using Application::ManagedConfiguration::ConfigurationManager;
 
 namespace {
 
-Tools::Tone toneOf(const QString &line)
+Tools::Style styleOf(const QString &line)
 {
     if (line.startsWith(QLatin1String("added")))
-        return Tools::Tone::Good;
-    return line.startsWith(QLatin1String("removed")) ? Tools::Tone::Bad : Tools::Tone::News;
+        return Tools::Style::Good;
+    return line.startsWith(QLatin1String("removed")) ? Tools::Style::Bad : Tools::Style::News;
 }
 
 } // namespace
@@ -143,9 +143,9 @@ void Watch::show(const Configuration &configuration, bool isAnnounced)
     const QStringList lines = differences(*m_leaves, leaves);
     m_leaves = leaves;
     for (const QString &line : lines)
-        print(line, toneOf(line));
+        print(line, styleOf(line));
     if (lines.isEmpty() && isAnnounced)
-        print(QStringLiteral("unchanged"), Tools::Tone::Aside);
+        print(QStringLiteral("unchanged"), Tools::Style::Aside);
 }
 
 Failure watch(const CommandLine &commandLine)

@@ -44,7 +44,7 @@ void closeAllBut(int first, int second)
     std::_Exit(EXIT_SUCCESS);
 }
 
-// Behind a child that ends at once, so that the caretaker is nobody's child.
+// Behind a child that ends at once, so that the directoryReaper is nobody's child.
 bool start(const std::string &directory, int life, int end)
 {
     const pid_t starter = fork();
@@ -59,7 +59,7 @@ bool start(const std::string &directory, int life, int end)
 
 } // namespace
 
-Caretaker::Caretaker(const std::string &directory) : m_maker(getpid())
+DirectoryReaper::DirectoryReaper(const std::string &directory) : m_maker(getpid())
 {
     std::array<int, 2> life {-1, -1};
     std::array<int, 2> end {-1, -1};
@@ -76,7 +76,7 @@ Caretaker::Caretaker(const std::string &directory) : m_maker(getpid())
     close(end[1]);
 }
 
-Caretaker::~Caretaker()
+DirectoryReaper::~DirectoryReaper()
 {
     if (m_life == -1)
         return;

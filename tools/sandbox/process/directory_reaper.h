@@ -17,21 +17,21 @@ namespace Tarnvel::Sandbox {
  * Children that are to count are those forked while this object lives. Programs that they start do
  * not count.
  */
-class Caretaker
+class DirectoryReaper
 {
 public:
     /*! \brief Starts the process for \a directory. Without one, or if that fails, there is none. */
-    explicit Caretaker(const std::string &directory);
+    explicit DirectoryReaper(const std::string &directory);
 
     /*! \brief In the process that made it: waits until the directory is removed. */
-    ~Caretaker();
+    ~DirectoryReaper();
 
-    Caretaker(const Caretaker &) = delete;
-    Caretaker &operator=(const Caretaker &) = delete;
+    DirectoryReaper(const DirectoryReaper &) = delete;
+    DirectoryReaper &operator=(const DirectoryReaper &) = delete;
 
 private:
     pid_t m_maker;
-    // The caretaker sees its end when nobody has this one open any more.
+    // The directoryReaper sees its end when nobody has this one open any more.
     int m_life = -1;
     // And with this one its own end is seen.
     int m_end = -1;

@@ -44,12 +44,12 @@ bool killChildren()
 
 } // namespace
 
-Descendants::Descendants()
+Subreaper::Subreaper()
 {
     prctl(PR_SET_CHILD_SUBREAPER, 1);
 }
 
-Descendants::~Descendants()
+Subreaper::~Subreaper()
 {
     // Orphans are handed to the main thread, which is the one that runs this.
     const QDeadlineTimer deadline(endTimeoutMs);

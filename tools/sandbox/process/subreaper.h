@@ -10,20 +10,20 @@ namespace Tarnvel::Sandbox {
  *
  * While it lives, a process whose parent ends becomes a child of this process.
  */
-class Descendants
+class Subreaper
 {
 public:
-    Descendants();
+    Subreaper();
 
     /*!
      * \brief Kills all children, and the children that come to this process by that.
      *
      * Waits until they are gone, but not for more than five seconds: a debugger can hold them back.
      */
-    ~Descendants();
+    ~Subreaper();
 
-    Descendants(const Descendants &) = delete;
-    Descendants &operator=(const Descendants &) = delete;
+    Subreaper(const Subreaper &) = delete;
+    Subreaper &operator=(const Subreaper &) = delete;
 };
 
 } // namespace Tarnvel::Sandbox

@@ -44,7 +44,7 @@ int waitForSignal(const sigset_t &signals, const QDeadlineTimer &deadline, sigin
 
 int waitForEnd(pid_t worker)
 {
-    sigset_t signals = endSignals();
+    sigset_t signals = terminationSignals();
     sigaddset(&signals, SIGCHLD);
     sigprocmask(SIG_BLOCK, &signals, nullptr);
     QDeadlineTimer deadline(QDeadlineTimer::Forever);
@@ -75,18 +75,19 @@ void endWith(pid_t guard)
 
 } // namespace
 
-int runGuarded(const std::function<int(const PrivateDirectory &)> &work)
+int runSupervised(const std::function<int(const PrivateDirectory &)> &work)
 {
-    const sigset_t signals = endSignals();
+    const sigset_t signals = terminationSignals();
     sigprocmask(SIG_BLOCK, &signals, nullptr);
     // Where it is ignored, nobody learns how a child has ended.
     signal(SIGCHLD, SIG_DFL);
 
-    // Each process has these and clears away after itself, the guard after both, and the caretaker
-    // if both are killed at once. It comes before the descendants, lest it become one of them.
+    // Each process has these and clears away after itself, the guard after both, and the directory
+    // reaper if both are killed at once. It comes before the descendants, lest it become one of
+    // them.
     const PrivateDirectory directory;
-    const Caretaker caretaker(directory.path());
-    const Descendants descendants;
+    const DirectoryReaper directoryReaper(directory.path());
+    const Subreaper descendants;
     const pid_t guard = getpid();
     const pid_t worker = fork();
     if (worker == -1) {
@@ -97,7 +98,7 @@ int runGuarded(const std::function<int(const PrivateDirectory &)> &work)
         return waitForEnd(worker);
     endWith(guard);
     // The guard does not share with its child that it takes orphans in.
-    const Descendants ownDescendants;
+    const Subreaper ownSubreaper;
     return work(directory);
 }
 

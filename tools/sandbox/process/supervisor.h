@@ -20,12 +20,12 @@ class PrivateDirectory;
  * descendants are killed and the directory is removed. When the guard ends first, \a work receives
  * SIGTERM.
  *
- * \a work runs with the endSignals() blocked; those that the guard receives are passed on to it,
- * unless they were typed, when it has got them by itself. It is killed if it does not end within
- * ten seconds of the first.
+ * \a work runs with the terminationSignals() blocked; those that the guard receives are passed on
+ * to it, unless they were typed, when it has got them by itself. It is killed if it does not end
+ * within ten seconds of the first.
  *
  * Both processes return from this function. Call it before there is a second thread.
  */
-int runGuarded(const std::function<int(const PrivateDirectory &)> &work);
+int runSupervised(const std::function<int(const PrivateDirectory &)> &work);
 
 } // namespace Tarnvel::Sandbox

@@ -10,7 +10,7 @@
 
 namespace Tarnvel::Sandbox {
 
-sigset_t endSignals()
+sigset_t terminationSignals()
 {
     sigset_t signals;
     sigemptyset(&signals);
@@ -31,27 +31,27 @@ bool isTyped(int signal, int code)
     return code == SI_KERNEL && signal != SIGHUP;
 }
 
-EndSignals::EndSignals(Handler handler) : m_handler(std::move(handler))
+TerminationSignals::TerminationSignals(Handler handler) : m_handler(std::move(handler))
 {
-    const sigset_t signals = endSignals();
+    const sigset_t signals = terminationSignals();
     sigprocmask(SIG_BLOCK, &signals, nullptr);
     m_file = signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
     m_source = g_unix_fd_add(
         m_file, G_IO_IN,
         [](gint, GIOCondition, gpointer target) -> gboolean {
-            static_cast<EndSignals *>(target)->receive();
+            static_cast<TerminationSignals *>(target)->receive();
             return G_SOURCE_CONTINUE;
         },
         this);
 }
 
-EndSignals::~EndSignals()
+TerminationSignals::~TerminationSignals()
 {
     g_source_remove(m_source);
     ::close(m_file);
 }
 
-void EndSignals::receive()
+void TerminationSignals::receive()
 {
     signalfd_siginfo info = {};
     if (::read(m_file, &info, sizeof info) != sizeof info)

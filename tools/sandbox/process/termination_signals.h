@@ -13,7 +13,7 @@ namespace Tarnvel::Sandbox {
  *
  * SIGHUP is not among them where it is ignored, so that nohup has its effect.
  */
-sigset_t endSignals();
+sigset_t terminationSignals();
 
 /*!
  * \brief True if \a signal, which came with \a code, is from a key pressed on the terminal.
@@ -28,19 +28,19 @@ bool isTyped(int signal, int code);
  * They are blocked from then on. Make one before there is a second thread. A signal that comes
  * before the event loop runs is kept for it.
  */
-class EndSignals
+class TerminationSignals
 {
 public:
     using Handler = std::function<void(int signal, bool isTyped)>;
 
     /*! \brief From now on, calls \a handler for each signal. */
-    explicit EndSignals(Handler handler);
+    explicit TerminationSignals(Handler handler);
 
     /*! \brief Ends the receiving. */
-    ~EndSignals();
+    ~TerminationSignals();
 
-    EndSignals(const EndSignals &) = delete;
-    EndSignals &operator=(const EndSignals &) = delete;
+    TerminationSignals(const TerminationSignals &) = delete;
+    TerminationSignals &operator=(const TerminationSignals &) = delete;
 
 private:
     void receive();

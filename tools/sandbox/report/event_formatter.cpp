@@ -8,7 +8,7 @@
 
 namespace Tarnvel::Sandbox {
 
-using Tools::Tone;
+using Tools::Style;
 
 namespace {
 
@@ -78,11 +78,11 @@ QString outcomeName(Outcome::Kind kind)
     return QStringLiteral("unanswered");
 }
 
-Tone outcomeTone(const Outcome &outcome)
+Style outcomeStyle(const Outcome &outcome)
 {
     if (outcome.kind == Outcome::Refused || outcome.kind == Outcome::Unanswered)
-        return Tone::Bad;
-    return outcome.fault ? Tone::Bad : Tone::Good;
+        return Style::Bad;
+    return outcome.fault ? Style::Bad : Style::Good;
 }
 
 QString errorText(const QString &name)
@@ -119,7 +119,7 @@ Event callEvent(const Request &request, const Outcome &outcome)
     } else if (!outcome.text.isEmpty()) {
         line += QStringLiteral(", ") + outcome.text;
     }
-    return {line + faultText(outcome.fault), outcomeTone(outcome), record};
+    return {line + faultText(outcome.fault), outcomeStyle(outcome), record};
 }
 
 Event delayEvent(const Request &request, double seconds)
@@ -129,7 +129,7 @@ Event delayEvent(const Request &request, double seconds)
     record.insert(QStringLiteral("fault"), faultName(Fault::Delay));
     record.insert(QStringLiteral("seconds"), seconds);
     return {requestText(request) + QStringLiteral("delayed by %1 s (fault delay)").arg(seconds),
-            Tone::Aside, record};
+            Style::Aside, record};
 }
 
 Event announcementEvent(const QString &application, const QString &path,
@@ -147,20 +147,20 @@ Event announcementEvent(const QString &application, const QString &path,
         line += QStringLiteral(", %1 times").arg(fault->count);
         record.insert(QStringLiteral("count"), fault->count);
     }
-    return {line + faultText(fault), Tone::News, record};
+    return {line + faultText(fault), Style::News, record};
 }
 
-Event serviceEvent(const QString &text, Tone tone, const std::optional<Fault> &fault)
+Event serviceEvent(const QString &text, Style style, const std::optional<Fault> &fault)
 {
     QJsonObject record {{QStringLiteral("event"), QStringLiteral("service")}};
     insertFault(fault, &record);
-    return {text + faultText(fault), tone, record};
+    return {text + faultText(fault), style, record};
 }
 
-Event scenarioEvent(const QString &fileName, const QString &line, Tone tone)
+Event scenarioEvent(const QString &fileName, const QString &line, Style style)
 {
     return {line,
-            tone,
+            style,
             {{QStringLiteral("event"), QStringLiteral("scenario")},
              {QStringLiteral("file"), fileName}}};
 }

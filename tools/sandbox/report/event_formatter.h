@@ -53,9 +53,9 @@ Event announcementEvent(const QString &application, const QString &path,
                         const std::optional<Fault> &fault);
 
 /*! \brief Something happened to the service itself, or to its bus: \a text. */
-Event serviceEvent(const QString &text, Tools::Tone tone, const std::optional<Fault> &fault = {});
+Event serviceEvent(const QString &text, Tools::Style style, const std::optional<Fault> &fault = {});
 
 /*! \brief Something happened to the scenario file \a fileName: \a line. */
-Event scenarioEvent(const QString &fileName, const QString &line, Tools::Tone tone);
+Event scenarioEvent(const QString &fileName, const QString &line, Tools::Style style);
 
 } // namespace Tarnvel::Sandbox

@@ -106,7 +106,7 @@ bool Expectation::read(const QString &fileName, QString *mistake)
     return parse(fileName, file.readAll(), mistake);
 }
 
-void Expectation::see(const QJsonObject &record)
+void Expectation::record(const QJsonObject &record)
 {
     if (m_seen == m_calls.size() || record.value(QLatin1String("event")) != QLatin1String("call"))
         return;

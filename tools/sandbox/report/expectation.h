@@ -33,7 +33,7 @@ public:
     bool read(const QString &fileName, QString *mistake);
 
     /*! \brief Takes \a record, of an event, into account. */
-    void see(const QJsonObject &record);
+    void record(const QJsonObject &record);
 
     /*! \brief What has not come, as a line for people; empty if everything has. */
     QString missing() const;

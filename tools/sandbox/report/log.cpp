@@ -40,7 +40,7 @@ void Log::report(const Event &event)
     if (m_handler)
         m_handler(record);
     // Last, so that whoever sees the line finds the record.
-    printEvent(event.line, event.tone);
+    printEvent(event.line, event.style);
 }
 
 void Log::write(const QByteArray &line)
@@ -48,7 +48,7 @@ void Log::write(const QByteArray &line)
     // Whoever follows the file sees each event when it happens.
     if (m_file.write(line) == line.size() && m_file.flush())
         return;
-    printEvent(errorString(), Tools::Tone::Bad);
+    printEvent(errorString(), Tools::Style::Bad);
     m_file.close();
 }
 
@@ -57,9 +57,9 @@ QString Log::errorString() const
     return QStringLiteral("%1: %2").arg(m_file.fileName(), m_file.errorString());
 }
 
-void printEvent(const QString &line, Tools::Tone tone)
+void printEvent(const QString &line, Tools::Style style)
 {
-    Tools::printLine(stderr, Tools::shownOnOneLine(line), tone);
+    Tools::printLine(stderr, Tools::shownOnOneLine(line), style);
 }
 
 } // namespace Tarnvel::Sandbox

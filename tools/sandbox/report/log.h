@@ -20,7 +20,7 @@ struct Event
     /*! The event as one line for people. */
     QString line;
     /*! How the line is to be taken. */
-    Tools::Tone tone = Tools::Tone::Plain;
+    Tools::Style style = Tools::Style::Plain;
     /*! The event for programs. "event" is its kind: "call", "announcement", "fault", "service" or
      *  "scenario". */
     QJsonObject record;
@@ -66,6 +66,6 @@ private:
 };
 
 /*! \brief Prints one line on the standard error channel. */
-void printEvent(const QString &line, Tools::Tone tone = Tools::Tone::Plain);
+void printEvent(const QString &line, Tools::Style style = Tools::Style::Plain);
 
 } // namespace Tarnvel::Sandbox

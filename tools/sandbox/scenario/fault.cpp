@@ -34,8 +34,8 @@ const QVector<FaultDescription> &faultDescriptions()
         {Fault::Announce, "announce", "a change is announced that was not made", false, true},
         {Fault::AnnounceTwice, "announce-twice", "such a change is announced twice", false, true},
         {Fault::Flood, "flood", "such a change is announced many times", false, true},
-        {Fault::Stranger, "stranger", "such a change is announced by another connection", false,
-         true},
+        {Fault::SpoofedSignal, "spoofed-signal", "such a change is announced by another connection",
+         false, true},
     };
     return descriptions;
 }

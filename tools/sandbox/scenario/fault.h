@@ -41,7 +41,7 @@ struct Fault
         /*! It is announced #count times. */
         Flood,
         /*! It is announced by a connection that is not the service's. */
-        Stranger,
+        SpoofedSignal,
     };
 
     Kind kind;

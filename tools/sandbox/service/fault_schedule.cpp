@@ -8,9 +8,9 @@
 
 namespace Tarnvel::Sandbox {
 
-FaultPlan::FaultPlan(Handler handler) : m_handler(std::move(handler)) { }
+FaultSchedule::FaultSchedule(Handler handler) : m_handler(std::move(handler)) { }
 
-void FaultPlan::setScenario(const Scenario &scenario)
+void FaultSchedule::setScenario(const Scenario &scenario)
 {
     QMap<QString, Entries> old = std::exchange(m_entries, {});
     for (auto application = scenario.begin(); application != scenario.end(); ++application) {
@@ -28,7 +28,7 @@ void FaultPlan::setScenario(const Scenario &scenario)
     }
 }
 
-CallFaults FaultPlan::count(const QString &path, const QString &method)
+CallFaults FaultSchedule::count(const QString &path, const QString &method)
 {
     CallFaults met;
     for (const std::shared_ptr<Entry> &entry : m_entries.value(path)) {
@@ -46,7 +46,8 @@ CallFaults FaultPlan::count(const QString &path, const QString &method)
     return met;
 }
 
-std::shared_ptr<FaultPlan::Entry> FaultPlan::makeEntry(const QString &path, const Fault &fault)
+std::shared_ptr<FaultSchedule::Entry> FaultSchedule::makeEntry(const QString &path,
+                                                               const Fault &fault)
 {
     const auto entry = std::make_shared<Entry>();
     entry->fault = fault;

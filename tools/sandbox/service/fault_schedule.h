@@ -31,13 +31,13 @@ struct CallFaults
  * For each fault, calls and seconds are counted from when it has come into the scenario; one that
  * stays in the scenario when that changes goes on counting.
  */
-class FaultPlan
+class FaultSchedule
 {
 public:
     using Handler = std::function<void(const QString &path, const Fault &fault)>;
 
     /*! \brief A plan that calls \a handler when a fault comes at its time. */
-    explicit FaultPlan(Handler handler);
+    explicit FaultSchedule(Handler handler);
 
     /*! \brief Goes on with the faults of \a scenario. */
     void setScenario(const Scenario &scenario);

@@ -14,7 +14,7 @@
 
 namespace Tarnvel::Sandbox {
 
-using Tools::Tone;
+using Tools::Style;
 
 namespace {
 
@@ -74,7 +74,8 @@ bool isBreakdown(const Fault &fault)
 
 } // namespace
 
-StandInService::StandInService(const Scenario &scenario, Log *log, std::function<void()> killBus)
+SimulatedService::SimulatedService(const Scenario &scenario, Log *log,
+                                   std::function<void()> killBus)
     : m_scenario(scenario),
       m_known(configurationsOf(scenario)),
       m_log(log),
@@ -84,7 +85,7 @@ StandInService::StandInService(const Scenario &scenario, Log *log, std::function
 {
 }
 
-bool StandInService::open(const QString &address)
+bool SimulatedService::open(const QString &address)
 {
     m_address = address;
     m_presence = std::make_unique<QObject>();
@@ -95,7 +96,7 @@ bool StandInService::open(const QString &address)
     return true;
 }
 
-void StandInService::takeOver(const Scenario &scenario)
+void SimulatedService::apply(const Scenario &scenario)
 {
     const Scenario old = std::exchange(m_scenario, scenario);
     m_known = configurationsOf(scenario);
@@ -110,12 +111,12 @@ void StandInService::takeOver(const Scenario &scenario)
     }
 }
 
-QString StandInService::errorString() const
+QString SimulatedService::errorString() const
 {
     return m_service.errorString();
 }
 
-void StandInService::receive(const MethodCall &call)
+void SimulatedService::receive(const MethodCall &call)
 {
     const CallFaults faults = m_faults.count(call.path(), call.method());
     const Request request {call, call.caller(), m_scenario.value(call.path()).name,
@@ -129,7 +130,7 @@ void StandInService::receive(const MethodCall &call)
                        [this, request, fault = faults.fault] { meet(request, fault); });
 }
 
-void StandInService::meet(const Request &request, const std::optional<Fault> &fault)
+void SimulatedService::meet(const Request &request, const std::optional<Fault> &fault)
 {
     if (fault && fault->kind == Fault::Error) {
         refuse(request, fault->error, fault->message, fault);
@@ -142,7 +143,7 @@ void StandInService::meet(const Request &request, const std::optional<Fault> &fa
     }
 }
 
-void StandInService::serve(const Request &request, const std::optional<Fault> &fault)
+void SimulatedService::serve(const Request &request, const std::optional<Fault> &fault)
 {
     const MethodCall &call = request.call;
     const auto application = m_scenario.find(call.path());
@@ -163,8 +164,8 @@ void StandInService::serve(const Request &request, const std::optional<Fault> &f
     change(request, &*application, fault);
 }
 
-void StandInService::answer(const Request &request, const Application &application,
-                            const std::optional<Fault> &fault)
+void SimulatedService::answer(const Request &request, const Application &application,
+                              const std::optional<Fault> &fault)
 {
     GVariant *const configuration = application.configuration.get();
     request.call.reply(answerValues(configuration, fault));
@@ -172,8 +173,8 @@ void StandInService::answer(const Request &request, const Application &applicati
     m_log->report(callEvent(request, {Outcome::Answered, count, {}, fault}));
 }
 
-void StandInService::change(const Request &request, Application *application,
-                            const std::optional<Fault> &fault)
+void SimulatedService::change(const Request &request, Application *application,
+                              const std::optional<Fault> &fault)
 {
     const MethodCall &call = request.call;
     const Variant change = adopt(g_variant_get_child_value(call.arguments(), 0));
@@ -191,14 +192,14 @@ void StandInService::change(const Request &request, Application *application,
         announceMade(call.path(), application->name);
 }
 
-void StandInService::refuse(const Request &request, const QString &error, const QString &message,
-                            const std::optional<Fault> &fault)
+void SimulatedService::refuse(const Request &request, const QString &error, const QString &message,
+                              const std::optional<Fault> &fault)
 {
     request.call.replyError(error, message);
     m_log->report(callEvent(request, {Outcome::Refused, message, error, fault}));
 }
 
-void StandInService::meetInTime(const QString &path, const Fault &fault)
+void SimulatedService::meetInTime(const QString &path, const Fault &fault)
 {
     if (isBreakdown(fault))
         breakDown(fault);
@@ -208,7 +209,7 @@ void StandInService::meetInTime(const QString &path, const Fault &fault)
         announceUnmade(path, fault);
 }
 
-void StandInService::push(const QString &path, const Fault &fault)
+void SimulatedService::push(const QString &path, const Fault &fault)
 {
     Application &application = m_scenario[path];
     application.configuration = fault.configuration;
@@ -216,8 +217,8 @@ void StandInService::push(const QString &path, const Fault &fault)
     announceMade(path, application.name, fault);
 }
 
-void StandInService::announceMade(const QString &path, const QString &name,
-                                  const std::optional<Fault> &fault)
+void SimulatedService::announceMade(const QString &path, const QString &name,
+                                    const std::optional<Fault> &fault)
 {
     if (!m_service.isOpen())
         return;
@@ -225,19 +226,19 @@ void StandInService::announceMade(const QString &path, const QString &name,
     m_log->report(announcementEvent(name, path, fault));
 }
 
-void StandInService::announceUnmade(const QString &path, const Fault &fault)
+void SimulatedService::announceUnmade(const QString &path, const Fault &fault)
 {
     if (!m_service.isOpen())
         return;
-    if (fault.kind == Fault::Stranger)
-        announceAsStranger(m_address, path);
+    if (fault.kind == Fault::SpoofedSignal)
+        emitSpoofedSignal(m_address, path);
     const int announcements = announcementsOf(fault);
     for (int announcement = 0; announcement < announcements; ++announcement)
         m_service.announceChange(path);
     m_log->report(announcementEvent(m_scenario.value(path).name, path, fault));
 }
 
-void StandInService::breakDown(const Fault &fault)
+void SimulatedService::breakDown(const Fault &fault)
 {
     // The bus first: it is not to answer the calls that the service leaves behind.
     if (fault.kind == Fault::BusDeath)
@@ -245,32 +246,32 @@ void StandInService::breakDown(const Fault &fault)
     leave();
     const QString text = fault.kind == Fault::BusDeath ? QStringLiteral("the bus has died")
                                                        : QStringLiteral("the service has ended");
-    m_log->report(serviceEvent(text, Tone::Bad, fault));
+    m_log->report(serviceEvent(text, Style::Bad, fault));
     if (fault.kind == Fault::Restart)
         QTimer::singleShot(toMilliseconds(fault.seconds), Qt::PreciseTimer, m_presence.get(),
                            [this] { comeBack(); });
 }
 
-void StandInService::leave()
+void SimulatedService::leave()
 {
     m_presence = std::make_unique<QObject>();
     m_service.close();
 }
 
-void StandInService::comeBack()
+void SimulatedService::comeBack()
 {
     const bool isBack = m_service.open(m_address);
-    m_log->report(isBack ? serviceEvent(QStringLiteral("the service has come back"), Tone::News)
+    m_log->report(isBack ? serviceEvent(QStringLiteral("the service has come back"), Style::News)
                          : serviceEvent(QStringLiteral("the service cannot come back: ")
                                             + m_service.errorString(),
-                                        Tone::Bad));
+                                        Style::Bad));
 }
 
-void StandInService::loseConnection()
+void SimulatedService::loseConnection()
 {
     leave();
     m_log->report(
-        serviceEvent(QStringLiteral("the bus has closed the service's connection"), Tone::Bad));
+        serviceEvent(QStringLiteral("the bus has closed the service's connection"), Style::Bad));
     comeBack();
 }
 

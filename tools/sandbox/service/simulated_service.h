@@ -25,7 +25,7 @@ namespace Tarnvel::Sandbox {
  * at all, and kept in memory only. Faults come as the scenario has them, from open() on. Each call,
  * announcement and fault is an event of the log.
  */
-class StandInService
+class SimulatedService
 {
 public:
     /*!
@@ -33,7 +33,7 @@ public:
      *
      * It calls \a killBus when the scenario has the bus die.
      */
-    StandInService(const Scenario &scenario, Log *log, std::function<void()> killBus);
+    SimulatedService(const Scenario &scenario, Log *log, std::function<void()> killBus);
 
     /*! \brief Appears on the bus at \a address; if that fails, false, and errorString() says why.
      */
@@ -45,7 +45,7 @@ public:
      * Announces a change to exactly the applications whose configuration is not what it was, also
      * to one that has come or gone. The faults still to come are the new scenario's.
      */
-    void takeOver(const Scenario &scenario);
+    void apply(const Scenario &scenario);
 
     /*! \brief What went wrong in open(). */
     QString errorString() const;
@@ -76,9 +76,9 @@ private:
     QMap<QString, Variant> m_known;
     Log *m_log;
     std::function<void()> m_killBus;
-    BusService m_service;
+    RawService m_service;
     QString m_address;
-    FaultPlan m_faults;
+    FaultSchedule m_faults;
     // The timers of calls that wait for their answer end with it.
     std::unique_ptr<QObject> m_presence;
 };

@@ -8,7 +8,7 @@
 
 namespace Tarnvel::Sandbox {
 
-bool announceAsStranger(const QString &address, const QString &path)
+bool emitSpoofedSignal(const QString &address, const QString &path)
 {
     g_autoptr(GDBusConnection) connection = openConnection(address, nullptr);
     if (!connection)

@@ -12,6 +12,6 @@ namespace Tarnvel::Sandbox {
  *
  * It does so on a connection of its own to the bus at \a address. False if that fails.
  */
-bool announceAsStranger(const QString &address, const QString &path);
+bool emitSpoofedSignal(const QString &address, const QString &path);
 
 } // namespace Tarnvel::Sandbox
