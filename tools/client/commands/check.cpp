@@ -38,7 +38,7 @@ int checkBus(const Failure &failure)
 
 int checkService(ServiceState state, int timeoutMs)
 {
-    const QString name = QLatin1String(Tools::serviceName);
+    const QString name = QLatin1String(DBus::serviceName);
     switch (state) {
     case ServiceState::NoBus:
         printFinding("service", QStringLiteral("not to be seen without a bus"),
@@ -66,7 +66,7 @@ int checkService(ServiceState state, int timeoutMs)
 
 int checkIdentity(const QString &organization, const QString &application)
 {
-    const QString path = Tools::applicationPath(organization, application);
+    const QString path = DBus::applicationPath(organization, application);
     const Failure failure = identityFailure(organization, application);
     printFinding("identity",
                  QStringLiteral("organization \"%1\", application \"%2\"%3")

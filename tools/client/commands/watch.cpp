@@ -62,7 +62,7 @@ private:
 Watch::Watch(int timeoutMs, QObject *parent)
     : QObject(parent),
       m_timeoutMs(timeoutMs),
-      m_serviceWatcher(QLatin1String(Tools::serviceName), QDBusConnection::systemBus(),
+      m_serviceWatcher(QLatin1String(DBus::serviceName), QDBusConnection::systemBus(),
                        QDBusServiceWatcher::WatchForOwnerChange),
       m_outputWatcher(STDOUT_FILENO, QSocketNotifier::Exception)
 {

@@ -60,7 +60,7 @@ bool isBusHanging()
 
 ServiceState serviceState(int timeoutMs)
 {
-    const QString name = QLatin1String(Tools::serviceName);
+    const QString name = QLatin1String(DBus::serviceName);
     const QDBusMessage owned = askBus(QStringLiteral("NameHasOwner"), {name}, timeoutMs);
     if (owned.type() != QDBusMessage::ReplyMessage)
         return ServiceState::NoBus;
@@ -74,16 +74,16 @@ ServiceState serviceState(int timeoutMs)
 uint serviceProcess(int timeoutMs)
 {
     const QDBusMessage answer = askBus(QStringLiteral("GetConnectionUnixProcessID"),
-                                       {QLatin1String(Tools::serviceName)}, timeoutMs);
+                                       {QLatin1String(DBus::serviceName)}, timeoutMs);
     return answer.type() == QDBusMessage::ReplyMessage ? answer.arguments().value(0).toUInt() : 0;
 }
 
 QString busAddressText()
 {
-    const QString address = qEnvironmentVariable(Tools::busAddressVariable);
+    const QString address = qEnvironmentVariable(DBus::busAddressVariable);
     return address.isEmpty()
         ? QStringLiteral("the system's own address")
-        : QStringLiteral("%1 (from %2)").arg(address, QLatin1String(Tools::busAddressVariable));
+        : QStringLiteral("%1 (from %2)").arg(address, QLatin1String(DBus::busAddressVariable));
 }
 
 Failure busFailure(const QString &reason)
@@ -91,7 +91,7 @@ Failure busFailure(const QString &reason)
     return {
         Unavailable, QStringLiteral("no bus at %1: %2").arg(busAddressText(), reason),
         QStringLiteral("start the bus, correct %1, or run this in managed-configuration-sandbox")
-            .arg(QLatin1String(Tools::busAddressVariable))};
+            .arg(QLatin1String(DBus::busAddressVariable))};
 }
 
 } // namespace Tarnvel::Client

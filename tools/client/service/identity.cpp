@@ -27,7 +27,7 @@ Failure failure(const QString &rule)
 
 Failure identityFailure(const QString &organization, const QString &application)
 {
-    const QString path = Tools::applicationPath(organization, application);
+    const QString path = DBus::applicationPath(organization, application);
     if (path.contains(QLatin1String("//")) || path.endsWith(QLatin1Char('/')))
         return failure(QStringLiteral("has an empty element, as in \"%1\"").arg(path));
     for (int position = 0; position < path.size(); ++position) {

@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "failure.h"
+
 #include <QtCore/QString>
 
 namespace Tarnvel::Client {
@@ -25,22 +27,7 @@ enum Status {
     Unwritten = 74,
 };
 
-/*! \brief What ends the program: true if something went wrong. */
-struct Failure
-{
-    /*! The exit status. */
-    int status = Success;
-    /*! What went wrong and, if somebody refused, who. */
-    QString text;
-    /*! What to do about it. */
-    QString hint;
-
-    /*! \brief True when there \e is a failure. */
-    explicit operator bool() const
-    {
-        return status != Success;
-    }
-};
+using Tools::Failure;
 
 /*! \brief A mistake on the command line. */
 inline Failure usageFailure(const QString &text)
