@@ -17,9 +17,9 @@ void print(const QString &line, Tools::Style style)
     if (!std::ferror(stdout))
         return;
     if (errno == EPIPE)
-        std::exit(Success);
+        std::exit(EX_OK);
     std::exit(report(
-        {Unwritten,
+        {EX_IOERR,
          QStringLiteral("the standard output takes nothing more: %1").arg(qt_error_string(errno)),
          QStringLiteral("make room, or direct the output elsewhere")}));
 }
@@ -32,7 +32,7 @@ void printNote(const QString &text, Tools::Style style)
 
 int report(const Failure &failure)
 {
-    printNote(failure.text, Tools::Style::Bad);
+    printNote(failure.text(), Tools::Style::Bad);
     printNote(QStringLiteral("what to do: ") + failure.hint);
     return failure.status;
 }

@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "failure.h"
 #include "terminal.h"
+#include "usage_failure.h"
 
 #include <QtCore/QString>
 

@@ -7,32 +7,16 @@
 
 #include <QtCore/QString>
 
-namespace Tarnvel::Client {
+#include <sysexits.h>
 
-/*!
- * \brief The exit statuses, beside those from 1 to 8: these are the codes of Error.
- *
- * The manual page explains them.
- */
-enum Status {
-    /*! All went well. */
-    Success = 0,
-    /*! A mistake on the command line. */
-    Usage = 64,
-    /*! The configuration has no value at the path. */
-    NoSuchPath = 66,
-    /*! No bus, no service, or no answer in time. */
-    Unavailable = 69,
-    /*! The results could not be written. */
-    Unwritten = 74,
-};
+namespace Tarnvel::Client {
 
 using Tools::Failure;
 
 /*! \brief A mistake on the command line. */
 inline Failure usageFailure(const QString &text)
 {
-    return {Usage, text, QStringLiteral("see managed-configuration --help")};
+    return {EX_USAGE, text, QStringLiteral("see managed-configuration --help")};
 }
 
 } // namespace Tarnvel::Client

@@ -31,7 +31,7 @@ void printFinding(const char *subject, const QString &finding, const QString &hi
 
 int checkBus(const Failure &failure)
 {
-    printFinding("bus", failure ? failure.text : QStringLiteral("there, at ") + busAddressText(),
+    printFinding("bus", failure ? failure.text() : QStringLiteral("there, at ") + busAddressText(),
                  failure.hint);
     return failure.status;
 }
@@ -43,25 +43,25 @@ int checkService(ServiceState state, int timeoutMs)
     case ServiceState::NoBus:
         printFinding("service", QStringLiteral("not to be seen without a bus"),
                      QStringLiteral("see to the bus first"));
-        return Unavailable;
+        return EX_UNAVAILABLE;
     case ServiceState::Absent:
         printFinding(
             "service",
             QStringLiteral("missing: nobody owns %1, and the bus cannot start it").arg(name),
             QStringLiteral("start it, or run this in managed-configuration-sandbox"));
-        return Unavailable;
+        return EX_UNAVAILABLE;
     case ServiceState::Activatable:
         printFinding(
             "service",
             QStringLiteral("%1 is not running; the bus starts it when it is called").arg(name));
-        return Success;
+        return EX_OK;
     case ServiceState::Running:
         break;
     }
     printFinding(
         "service",
         QStringLiteral("%1 is running as process %2").arg(name).arg(serviceProcess(timeoutMs)));
-    return Success;
+    return EX_OK;
 }
 
 int checkIdentity(const QString &organization, const QString &application)
@@ -71,7 +71,7 @@ int checkIdentity(const QString &organization, const QString &application)
     printFinding("identity",
                  QStringLiteral("organization \"%1\", application \"%2\"%3")
                      .arg(organization, application,
-                          failure ? QStringLiteral(": ") + failure.text : QString()),
+                          failure ? QStringLiteral(": ") + failure.text() : QString()),
                  failure.hint);
     printFinding("object path", failure ? path + QStringLiteral(" is none") : path,
                  failure ? QStringLiteral("see to the identity first") : QString());
@@ -81,7 +81,7 @@ int checkIdentity(const QString &organization, const QString &application)
 void checkAnswer(const Configuration &configuration, const Failure &failure)
 {
     if (failure)
-        printFinding("configuration", failure.text, failure.hint);
+        printFinding("configuration", failure.text(), failure.hint);
     else
         printFinding("configuration",
                      QStringLiteral("read, settings: %1").arg(leavesOf(configuration).size()));
@@ -102,7 +102,7 @@ Failure check(const CommandLine &commandLine)
     // The first thing amiss is the reason for all that follow.
     for (const int status : {checkBus(noBus), checkService(state, timeoutMs),
                              checkIdentity(commandLine.organization, commandLine.application)}) {
-        if (status == Success)
+        if (status == EX_OK)
             continue;
         printFinding("configuration", QStringLiteral("not asked for"),
                      QStringLiteral("see to the above first"));

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "command_line.h"
-#include "failure.h"
+#include "usage_failure.h"
 
 namespace Tarnvel::Client {
 

@@ -85,7 +85,7 @@ Watch::Watch(int timeoutMs, QObject *parent)
 
 void Watch::endWithoutBus()
 {
-    finish({Unavailable, QStringLiteral("the bus at %1 is lost").arg(busAddressText()),
+    finish({EX_UNAVAILABLE, QStringLiteral("the bus at %1 is lost").arg(busAddressText()),
             QStringLiteral("start the bus, then this again")});
 }
 

@@ -89,7 +89,7 @@ QString busAddressText()
 Failure busFailure(const QString &reason)
 {
     return {
-        Unavailable, QStringLiteral("no bus at %1: %2").arg(busAddressText(), reason),
+        EX_UNAVAILABLE, QStringLiteral("no bus at %1: %2").arg(busAddressText(), reason),
         QStringLiteral("start the bus, correct %1, or run this in managed-configuration-sandbox")
             .arg(QLatin1String(DBus::busAddressVariable))};
 }

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "failure.h"
+#include "usage_failure.h"
 
 #include <QtCore/QString>
 #include <QtCore/QtGlobal>

@@ -18,7 +18,7 @@ bool isAllowed(QChar character)
 
 Failure failure(const QString &rule)
 {
-    return {Usage, QStringLiteral("no object path ") + rule,
+    return {EX_USAGE, QStringLiteral("no object path ") + rule,
             QStringLiteral("give the names by which the service knows the application; they "
                            "consist of letters, digits, \"_\" and \".\"")};
 }

@@ -66,7 +66,7 @@ Refusal refusalOf(Error::Code code)
 
 Failure noAnswer(int timeoutMs)
 {
-    return {Unavailable,
+    return {EX_UNAVAILABLE,
             QStringLiteral("no answer from the service within %1 seconds").arg(timeoutMs / 1000.0),
             QStringLiteral("see whether the service hangs, then try again, or allow more time with "
                            "--timeout")};
@@ -93,7 +93,7 @@ Failure internalFailure(const Error &error, int timeoutMs, bool isLate)
     case ServiceState::NoBus:
         return busFailure(error.message());
     case ServiceState::Absent:
-        return {Unavailable, QStringLiteral("no service: %1").arg(error.message()),
+        return {EX_UNAVAILABLE, QStringLiteral("no service: %1").arg(error.message()),
                 QStringLiteral("start it, or run this in managed-configuration-sandbox")};
     case ServiceState::Activatable:
     case ServiceState::Running:
@@ -163,8 +163,8 @@ void changeConfiguration(const Configuration &change, int timeoutMs, const Chang
 {
     const Wait wait(timeoutMs, [handler](const Failure &failure) {
         Failure outcome = failure;
-        if (failure.status == Unavailable)
-            outcome.text += QStringLiteral("; whether the change was made is not known");
+        if (failure.status == EX_UNAVAILABLE)
+            outcome.message += QStringLiteral("; whether the change was made is not known");
         handler(outcome);
     });
     ConfigurationManager::instance()->changeConfiguration(

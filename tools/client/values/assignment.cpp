@@ -17,7 +17,7 @@ Failure makeValue(const Assignment &assignment, std::optional<ValueType> present
     const QString path = pathText(assignment.steps, assignment.steps.size());
     const std::optional<ValueType> type = assignment.type ? assignment.type : presentType;
     if (!type)
-        return {Usage, QStringLiteral("%1 has no value yet that would tell its type").arg(path),
+        return {EX_USAGE, QStringLiteral("%1 has no value yet that would tell its type").arg(path),
                 QStringLiteral("give the type, %1:TYPE=VALUE, which is one of %2")
                     .arg(path, allTypeNames())};
     QString mistake;

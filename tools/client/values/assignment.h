@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "failure.h"
 #include "path.h"
+#include "usage_failure.h"
 #include "value_type.h"
 
 #include <QtCore/QString>

@@ -58,7 +58,7 @@ Failure parsePath(const QString &path, Steps *steps)
     qInstallMessageHandler(previous);
     if (!steps->isEmpty())
         return {};
-    return {Usage, QStringLiteral("\"%1\" is no path").arg(path),
+    return {EX_USAGE, QStringLiteral("\"%1\" is no path").arg(path),
             QStringLiteral("write keys with \"/\" between them, and \"[POSITION]\", counted from "
                            "0, behind the key of a list, such as window/sizes[0]")};
 }
@@ -80,7 +80,7 @@ Failure findValue(const Configuration &configuration, const Steps &steps, QVaria
 
 Failure pathFailure(const QString &reason)
 {
-    return {NoSuchPath, QStringLiteral("no such path: ") + reason,
+    return {EX_NOINPUT, QStringLiteral("no such path: ") + reason,
             QStringLiteral("\"get\" shows what there is; large and small letters differ")};
 }
 
