@@ -18,8 +18,8 @@ void becomeApplication(const QString &name)
 QDBusMessage readCall(const QString &name)
 {
     return QDBusMessage::createMethodCall(
-        QLatin1String(Tools::serviceName), Tools::applicationPath(QStringLiteral("acme"), name),
-        QLatin1String(Tools::applicationInterface), QLatin1String(Tools::getConfigurationMethod));
+        QLatin1String(DBus::serviceName), DBus::applicationPath(QStringLiteral("acme"), name),
+        QLatin1String(DBus::applicationInterface), QLatin1String(DBus::getConfigurationMethod));
 }
 
 } // namespace Tarnvel::Benchmarks

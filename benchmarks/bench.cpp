@@ -14,7 +14,7 @@ Bench::Bench(int &argc, char **argv) : m_application(argc, argv)
 {
     if (!m_bus.start())
         qFatal("%s", qUtf8Printable(m_bus.errorString()));
-    qputenv(Tools::busAddressVariable, m_bus.address().toUtf8());
+    qputenv(DBus::busAddressVariable, m_bus.address().toUtf8());
     m_service.start(QStringLiteral(BENCHMARK_SERVICE), {m_bus.address()});
     while (!m_service.canReadLine()) {
         if (!m_service.waitForReadyRead())

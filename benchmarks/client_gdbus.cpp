@@ -69,12 +69,12 @@ Read makeGDBusClient(const QString &shape)
         g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr), g_object_unref);
     if (!connection)
         qFatal("GDBus cannot connect to the bus");
-    const QByteArray path = Tools::applicationPath(QStringLiteral("acme"), shape).toUtf8();
+    const QByteArray path = DBus::applicationPath(QStringLiteral("acme"), shape).toUtf8();
     return [connection, path] {
         Answer answer;
         answer.loop = g_main_loop_new(nullptr, FALSE);
-        g_dbus_connection_call(connection.get(), Tools::serviceName, path.constData(),
-                               Tools::applicationInterface, Tools::getConfigurationMethod, nullptr,
+        g_dbus_connection_call(connection.get(), DBus::serviceName, path.constData(),
+                               DBus::applicationInterface, DBus::getConfigurationMethod, nullptr,
                                G_VARIANT_TYPE("(a{sv})"), G_DBUS_CALL_FLAGS_NONE, -1, nullptr,
                                finish, &answer);
         g_main_loop_run(answer.loop);

@@ -42,13 +42,13 @@ int readAll(const Dictionary &dictionary)
 
 Read makeSdbusClient(const QString &shape)
 {
-    const std::string path = Tools::applicationPath(QStringLiteral("acme"), shape).toStdString();
+    const std::string path = DBus::applicationPath(QStringLiteral("acme"), shape).toStdString();
     const std::shared_ptr<sdbus::IProxy> proxy = sdbus::createProxy(
-        sdbus::createSystemBusConnection(), Tools::serviceName, path);
+        sdbus::createSystemBusConnection(), DBus::serviceName, path);
     return [proxy] {
         Dictionary dictionary;
-        proxy->callMethod(Tools::getConfigurationMethod)
-            .onInterface(Tools::applicationInterface)
+        proxy->callMethod(DBus::getConfigurationMethod)
+            .onInterface(DBus::applicationInterface)
             .storeResultsTo(dictionary);
         return readAll(dictionary);
     };

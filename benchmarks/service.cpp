@@ -24,12 +24,12 @@ GVariant *answerTo(const Sandbox::MethodCall &call)
 {
     static QHash<QString, GVariant *> answers;
 
-    if (call.method() != QLatin1String(Tools::getConfigurationMethod))
+    if (call.method() != QLatin1String(DBus::getConfigurationMethod))
         return g_variant_new_tuple(nullptr, 0);
     GVariant *&answer = answers[call.path()];
     const QStringList names = Benchmarks::shapeNames();
     for (const QString &name : names) {
-        if (!answer && call.path() == Tools::applicationPath(QStringLiteral("acme"), name))
+        if (!answer && call.path() == DBus::applicationPath(QStringLiteral("acme"), name))
             answer = g_variant_ref_sink(g_variant_new("(@a{sv})", Benchmarks::makeShape(name)));
     }
     return answer;
@@ -46,7 +46,7 @@ int main(int argc, char *argv[])
             call.reply(answer);
         else
             call.replyError(QStringLiteral("com.example.Unknown"), call.path());
-        if (call.method() == QLatin1String(Tools::changeConfigurationMethod))
+        if (call.method() == QLatin1String(DBus::changeConfigurationMethod))
             service.announceChange(call.path());
     });
     const QStringList arguments = QCoreApplication::arguments();

@@ -46,7 +46,7 @@ GVariant *callBus(GDBusConnection *connection, const char *method, GVariant *arg
 bool isForApplication(GDBusMessage *message)
 {
     return g_dbus_message_get_message_type(message) == G_DBUS_MESSAGE_TYPE_METHOD_CALL
-        && g_strcmp0(g_dbus_message_get_interface(message), Tools::applicationInterface) == 0;
+        && g_strcmp0(g_dbus_message_get_interface(message), DBus::applicationInterface) == 0;
 }
 
 // Runs in GDBus's own thread. Exported objects would not do: their paths are not known beforehand,
@@ -185,7 +185,7 @@ void RawService::announceChange(const QString &path, GVariant *arguments)
         return;
     }
     g_dbus_connection_emit_signal(m_connection, nullptr, path.toUtf8().constData(),
-                                  Tools::applicationInterface, Tools::configurationChangedSignal,
+                                  DBus::applicationInterface, DBus::configurationChangedSignal,
                                   arguments, nullptr);
 }
 
@@ -215,7 +215,7 @@ bool RawService::ownName(GError **error)
     constexpr guint32 primaryOwner = 1;
     g_autoptr(GVariant)
         result = callBus(m_connection, "RequestName",
-                         g_variant_new("(su)", Tools::serviceName, doNotQueue), "(u)", error);
+                         g_variant_new("(su)", DBus::serviceName, doNotQueue), "(u)", error);
     if (!result)
         return false;
     guint32 outcome = 0;
@@ -223,7 +223,7 @@ bool RawService::ownName(GError **error)
     if (outcome == primaryOwner)
         return true;
     g_set_error(error, G_IO_ERROR, G_IO_ERROR_EXISTS, "%s is owned by another connection",
-                Tools::serviceName);
+                DBus::serviceName);
     return false;
 }
 

@@ -3,7 +3,7 @@
 
 #include "endpoint.h"
 
-namespace Tarnvel::Tools {
+namespace Tarnvel::DBus {
 
 QStringList errorNames()
 {
@@ -20,4 +20,4 @@ QString applicationPath(const QString &organization, const QString &application)
     return path.replace(QLatin1Char('.'), QLatin1String("_2e"));
 }
 
-} // namespace Tarnvel::Tools
+} // namespace Tarnvel::DBus

@@ -6,7 +6,7 @@
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
-namespace Tarnvel::Tools {
+namespace Tarnvel::DBus {
 
 /*! \brief The service's name on the bus. */
 constexpr char serviceName[] = "org.brenvik.ManagedConfiguration";
@@ -29,4 +29,4 @@ constexpr char busAddressVariable[] = "DBUS_SYSTEM_BUS_ADDRESS";
 /*! \brief The object path at which an application finds its configuration. */
 QString applicationPath(const QString &organization, const QString &application);
 
-} // namespace Tarnvel::Tools
+} // namespace Tarnvel::DBus

@@ -14,6 +14,7 @@
 #include <QtDBus/QDBusVariant>
 #include <Tarnvel/ManagedConfiguration/configuration_manager.h>
 
+#include "bus_limits.h"
 #include "configuration_p.h"
 
 #include <algorithm>
@@ -121,9 +122,8 @@ QDBusVariant sendable(const QVariant &value)
     return QDBusVariant(value);
 }
 
-// A message holds at most 64 containers inside one another, and the bus drops the connection that
-// sends more. Each level of a configuration takes three: the dictionary, an entry and its variant.
-constexpr int deepestLevel = 64 / 3;
+// The bus drops the connection that sends more containers inside one another.
+constexpr int deepestLevel = DBus::maximumContainerDepth / DBus::containersPerLevel;
 
 bool isTooDeep(const Configuration &configuration, int level = 1)
 {

@@ -21,7 +21,7 @@
 
 using namespace Tarnvel::Application::ManagedConfiguration;
 using namespace Tarnvel::Testing;
-using namespace Tarnvel::Tools;
+using namespace Tarnvel::DBus;
 
 namespace {
 

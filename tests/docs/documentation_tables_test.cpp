@@ -424,7 +424,7 @@ void DocumentationTablesTest::anIdentityHasItsPath()
 {
     QFETCH(const QStringList, cells);
 
-    QCOMPARE(Tarnvel::Tools::applicationPath(cells.at(0), cells.at(1)), cells.at(2));
+    QCOMPARE(Tarnvel::DBus::applicationPath(cells.at(0), cells.at(1)), cells.at(2));
     QCoreApplication::setOrganizationName(cells.at(0));
     QCoreApplication::setApplicationName(cells.at(1));
     m_service.answerWith("(@a{sv} {},)");
@@ -451,7 +451,7 @@ void DocumentationTablesTest::anIdentityWithoutAPathIsRefused()
 {
     QFETCH(const QStringList, cells);
 
-    QCOMPARE(Tarnvel::Tools::applicationPath(cells.at(0), cells.at(1)), cells.at(2));
+    QCOMPARE(Tarnvel::DBus::applicationPath(cells.at(0), cells.at(1)), cells.at(2));
     QCoreApplication::setOrganizationName(cells.at(0));
     QCoreApplication::setApplicationName(cells.at(1));
     ConfigurationManager manager;

@@ -323,7 +323,7 @@ void ScenarioFileTest::anApplicationHasItsObjectPath()
 {
     QFETCH(QString, organization);
     QFETCH(QString, application);
-    QTEST(Tarnvel::Tools::applicationPath(organization, application), "path");
+    QTEST(Tarnvel::DBus::applicationPath(organization, application), "path");
 }
 
 void ScenarioFileTest::aScenarioHoldsItsApplications()

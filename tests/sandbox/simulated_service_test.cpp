@@ -166,8 +166,8 @@ void ScenarioOnTheBusTest::ask(const Variant &configuration)
 {
     m_configuration = configuration;
     m_outcome = std::make_shared<Outcome>();
-    g_dbus_connection_call(m_client, Tools::serviceName, path, Tools::applicationInterface,
-                           Tools::getConfigurationMethod, nullptr, nullptr, G_DBUS_CALL_FLAGS_NONE,
+    g_dbus_connection_call(m_client, DBus::serviceName, path, DBus::applicationInterface,
+                           DBus::getConfigurationMethod, nullptr, nullptr, G_DBUS_CALL_FLAGS_NONE,
                            G_MAXINT, nullptr, takeAnswer, new std::shared_ptr<Outcome>(m_outcome));
     QTRY_VERIFY_WITH_TIMEOUT(m_outcome->isThere, 60000);
 }

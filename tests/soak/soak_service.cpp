@@ -18,10 +18,10 @@
 #include <random>
 
 using namespace Tarnvel::Soak;
+using Tarnvel::DBus::errorPrefix;
 using Tarnvel::Sandbox::MethodCall;
 using Tarnvel::Sandbox::RawService;
 using Tarnvel::Sandbox::TerminationSignals;
-using Tarnvel::Tools::errorPrefix;
 
 namespace {
 
@@ -192,7 +192,7 @@ void SoakService::receive(const MethodCall &call)
 
 bool SoakService::follow(const MethodCall &call)
 {
-    if (call.method() != QLatin1String(Tarnvel::Tools::changeConfigurationMethod))
+    if (call.method() != QLatin1String(Tarnvel::DBus::changeConfigurationMethod))
         return false;
     g_autoptr(GVariant) configuration = g_variant_get_child_value(call.arguments(), 0);
     const char *order = nullptr;
@@ -248,7 +248,7 @@ void SoakService::answerImpatient(const MethodCall &call)
 void SoakService::answer(const MethodCall &call)
 {
     ++m_tally[QStringLiteral("normal")];
-    if (call.method() == QLatin1String(Tarnvel::Tools::getConfigurationMethod))
+    if (call.method() == QLatin1String(Tarnvel::DBus::getConfigurationMethod))
         call.reply(g_variant_new("(@a{sv})", makeConfiguration(m_random)));
     else
         call.reply(g_variant_new_tuple(nullptr, 0));

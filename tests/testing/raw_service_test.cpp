@@ -86,9 +86,9 @@ void RawServiceTest::call()
     const int count = m_calls.size();
     m_process->start(
         "gdbus",
-        {"call", "--address", m_bus->address(), "--dest", Tools::serviceName, "--object-path",
+        {"call", "--address", m_bus->address(), "--dest", DBus::serviceName, "--object-path",
          "/acme_2eviewer", "--method",
-         QStringLiteral("%1.%2").arg(Tools::applicationInterface, Tools::getConfigurationMethod)});
+         QStringLiteral("%1.%2").arg(DBus::applicationInterface, DBus::getConfigurationMethod)});
     QVERIFY2(m_process->waitForStarted(timeoutMs), qPrintable(m_process->errorString()));
     QTRY_COMPARE_WITH_TIMEOUT(m_calls.size(), count + 1, timeoutMs);
 }

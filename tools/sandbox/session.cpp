@@ -77,13 +77,13 @@ int Session::stay()
 {
     Tools::printLine(stdout,
                      QStringLiteral("export %1='%2'")
-                         .arg(QLatin1String(Tools::busAddressVariable), m_bus.address()));
+                         .arg(QLatin1String(DBus::busAddressVariable), m_bus.address()));
     return QCoreApplication::exec();
 }
 
 int Session::runCommand(QProcessEnvironment environment, const SignalState &signals)
 {
-    environment.insert(QLatin1String(Tools::busAddressVariable), m_bus.address());
+    environment.insert(QLatin1String(DBus::busAddressVariable), m_bus.address());
     m_command.emplace(m_options.command, environment, signals);
     if (m_command->start([](int status) { QCoreApplication::exit(status); }))
         return QCoreApplication::exec();

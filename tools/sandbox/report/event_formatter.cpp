@@ -17,7 +17,7 @@ constexpr int longestChange = 200;
 
 bool isChange(const MethodCall &call)
 {
-    return call.method() == QLatin1String(Tools::changeConfigurationMethod)
+    return call.method() == QLatin1String(DBus::changeConfigurationMethod)
         && g_variant_is_of_type(call.arguments(), G_VARIANT_TYPE("(a{sv})"));
 }
 
@@ -87,7 +87,7 @@ Style outcomeStyle(const Outcome &outcome)
 
 QString errorText(const QString &name)
 {
-    const QLatin1String prefix(Tools::errorPrefix);
+    const QLatin1String prefix(DBus::errorPrefix);
     return name.startsWith(prefix) ? name.mid(prefix.size()) : name;
 }
 
@@ -136,7 +136,7 @@ Event announcementEvent(const QString &application, const QString &path,
                         const std::optional<Fault> &fault)
 {
     QString line = QStringLiteral("%1: %2").arg(application,
-                                                QLatin1String(Tools::configurationChangedSignal));
+                                                QLatin1String(DBus::configurationChangedSignal));
     QJsonObject record {
         {QStringLiteral("event"), QStringLiteral("announcement")},
         {QStringLiteral("application"), application},

@@ -3,6 +3,7 @@
 
 #include "configuration_reader.h"
 
+#include "bus_limits.h"
 #include "signature.h"
 
 #include <QtCore/QVector>
@@ -12,9 +13,6 @@
 namespace Tarnvel::Sandbox {
 
 namespace {
-
-// What lies between a configuration and a value in it: an array, an entry and a variant.
-constexpr int configurationDepth = 3;
 
 const QLatin1String typeKey("$type");
 const QLatin1String valueKey("value");
@@ -92,13 +90,13 @@ Variant Converter::refuseFor(const GVariantType *type, const JsonValue &value) c
 
 bool Converter::fits(const GVariantType *type, int depth, int offset) const
 {
-    if (depth + containerDepth(type) <= maximumContainerDepth)
+    if (depth + containerDepth(type) <= DBus::maximumContainerDepth)
         return true;
     refuse(offset,
            QStringLiteral("too deep: D-Bus carries %1 containers inside one another, "
                           "and each configuration takes %2")
-               .arg(maximumContainerDepth)
-               .arg(configurationDepth));
+               .arg(DBus::maximumContainerDepth)
+               .arg(DBus::containersPerLevel));
     return false;
 }
 
@@ -110,7 +108,7 @@ Variant Converter::convertConfiguration(const JsonValue &object, int depth) cons
     for (const JsonMember &member : object.members) {
         if (!isDBusText(member.key))
             return refuse(member.offset, QStringLiteral("D-Bus does not carry this key"));
-        const Variant value = convertValue(member.value, depth + configurationDepth);
+        const Variant value = convertValue(member.value, depth + DBus::containersPerLevel);
         if (!value)
             return {};
         entries.insert(member.key, value);

@@ -49,8 +49,8 @@ bool readCount(const JsonMember &member, int maximum, int *count, Mistake *mista
 
 bool readMethod(const JsonMember &member, Fault *fault, Mistake *mistake)
 {
-    const QStringList methods {QLatin1String(Tools::getConfigurationMethod),
-                               QLatin1String(Tools::changeConfigurationMethod)};
+    const QStringList methods {QLatin1String(DBus::getConfigurationMethod),
+                               QLatin1String(DBus::changeConfigurationMethod)};
     if (member.value.kind != JsonValue::String || !methods.contains(member.value.text))
         return refuse(member.value.offset,
                       QStringLiteral("\"method\" is neither \"%1\" nor \"%2\"")
@@ -76,15 +76,15 @@ bool readError(const JsonMember &member, Fault *fault, Mistake *mistake)
         return false;
     const QString name = member.value.text;
     const QByteArray latin = name.toLatin1();
-    if (Tools::errorNames().contains(name))
-        fault->error = QLatin1String(Tools::errorPrefix) + name;
+    if (DBus::errorNames().contains(name))
+        fault->error = QLatin1String(DBus::errorPrefix) + name;
     else if (isDBusText(name) && g_dbus_is_interface_name(latin.constData()))
         fault->error = name;
     else
         return refuse(member.value.offset,
                       QStringLiteral("%1 is no error; there are %2, and full D-Bus names such as "
                                      "\"org.freedesktop.DBus.Error.Failed\"")
-                          .arg(quoted(name), Tools::errorNames().join(QLatin1String(", "))),
+                          .arg(quoted(name), DBus::errorNames().join(QLatin1String(", "))),
                       mistake);
     return true;
 }

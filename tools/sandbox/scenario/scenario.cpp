@@ -193,7 +193,7 @@ bool readApplication(const JsonValue &value, Scenario *scenario, Mistake *mistak
     Entry entry;
     if (!readMembers(value, QStringLiteral("an application"), knownMembers(), &entry, mistake))
         return false;
-    const QString path = Tools::applicationPath(entry.organizationName, entry.applicationName);
+    const QString path = DBus::applicationPath(entry.organizationName, entry.applicationName);
     if (!isDBusText(path) || !g_variant_is_object_path(path.toUtf8().constData()))
         return refuse(value.offset, QStringLiteral("%1 is no object path").arg(quoted(path)),
                       mistake);

@@ -9,9 +9,6 @@
 
 namespace Tarnvel::Sandbox {
 
-/*! \brief How many containers a message holds inside one another at most. */
-constexpr int maximumContainerDepth = 64;
-
 /*! \brief True if \a text is a D-Bus signature: any number of complete types. */
 bool isSignature(const QString &text);
 

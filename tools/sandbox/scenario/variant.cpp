@@ -3,14 +3,13 @@
 
 #include "variant.h"
 
+#include "bus_limits.h"
+
 #include <gio/gio.h>
 
 namespace Tarnvel::Sandbox {
 
 namespace {
-
-// What a bus of the type "system" takes where its configuration says nothing else.
-constexpr gsize maximumMessageSize = 32UL * 1024 * 1024;
 
 // The longest name that a bus gives a connection.
 constexpr char longestName[] = ":1.2147483647";
@@ -84,7 +83,7 @@ bool isTooLarge(const Variant &configuration)
     // What is too large for any bus has no form as a message at all.
     g_autofree guchar *message = g_dbus_message_to_blob(answer, &size, G_DBUS_CAPABILITY_FLAGS_NONE,
                                                         nullptr);
-    return !message || size > maximumMessageSize;
+    return !message || size > DBus::maximumMessageSize;
 }
 
 bool areEqual(const Variant &left, const Variant &right)

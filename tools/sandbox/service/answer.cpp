@@ -3,20 +3,19 @@
 
 #include "answer.h"
 
+#include "bus_limits.h"
+
 #include <cstring>
 
 namespace Tarnvel::Sandbox {
 
 namespace {
 
-// The bus lets 32 MiB pass in one message.
-constexpr gsize tooLargeSize = 33UL * 1024 * 1024;
-
 GVariant *tooLargeConfiguration()
 {
-    auto *const text = static_cast<char *>(g_malloc(tooLargeSize + 1));
-    std::memset(text, 'x', tooLargeSize);
-    text[tooLargeSize] = '\0';
+    auto *const text = static_cast<char *>(g_malloc(DBus::maximumMessageSize + 1));
+    std::memset(text, 'x', DBus::maximumMessageSize);
+    text[DBus::maximumMessageSize] = '\0';
     GVariantBuilder builder;
     g_variant_builder_init(&builder, G_VARIANT_TYPE_VARDICT);
     g_variant_builder_add(&builder, "{sv}", "large", g_variant_new_take_string(text));

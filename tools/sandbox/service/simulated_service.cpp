@@ -23,7 +23,7 @@ constexpr char busErrorPrefix[] = "org.freedesktop.DBus.Error.";
 
 QString serviceError(const QString &name)
 {
-    return QLatin1String(Tools::errorPrefix) + name;
+    return QLatin1String(DBus::errorPrefix) + name;
 }
 
 QString busError(const char *name)
@@ -152,9 +152,9 @@ void SimulatedService::serve(const Request &request, const std::optional<Fault> 
                       unknownPathMessage(call.path(), m_scenario.keys()));
     if (const auto refusal = refuseCaller(*application, call.path(), request.caller.userId))
         return refuse(request, serviceError(refusal->error), refusal->message);
-    if (call.method() == QLatin1String(Tools::getConfigurationMethod))
+    if (call.method() == QLatin1String(DBus::getConfigurationMethod))
         return answer(request, *application, fault);
-    if (call.method() != QLatin1String(Tools::changeConfigurationMethod))
+    if (call.method() != QLatin1String(DBus::changeConfigurationMethod))
         return refuse(request, busError("UnknownMethod"),
                       QStringLiteral("there is no method \"%1\"").arg(call.method()));
     if (!g_variant_is_of_type(call.arguments(), G_VARIANT_TYPE("(a{sv})")))

@@ -14,8 +14,8 @@ bool emitSpoofedSignal(const QString &address, const QString &path)
     if (!connection)
         return false;
     const bool isSent = g_dbus_connection_emit_signal(
-        connection, nullptr, path.toUtf8().constData(), Tools::applicationInterface,
-        Tools::configurationChangedSignal, nullptr, nullptr);
+        connection, nullptr, path.toUtf8().constData(), DBus::applicationInterface,
+        DBus::configurationChangedSignal, nullptr, nullptr);
     return closeConnection(connection) && isSent;
 }
 

@@ -1,0 +1,17 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#pragma once
+
+namespace Tarnvel::DBus {
+
+/*! \brief How many containers a message holds inside one another at most. */
+constexpr int maximumContainerDepth = 64;
+
+/*! \brief What lies between a configuration and a value in it: an array, an entry and a variant. */
+constexpr int containersPerLevel = 3;
+
+/*! \brief The bytes of the largest message that a system bus carries by default. */
+constexpr int maximumMessageSize = 32 * 1024 * 1024;
+
+} // namespace Tarnvel::DBus
