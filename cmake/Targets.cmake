@@ -12,12 +12,6 @@ function(tarnvel_set_up_target target)
     target_compile_options(${target} PRIVATE
         -Wall -Wextra -Wpedantic
         $<$<BOOL:${TARNVEL_MANAGED_CONFIGURATION_WERROR}>:-Werror>)
-    if(TARNVEL_MANAGED_CONFIGURATION_SANITIZERS)
-        set(sanitize -fsanitize=${TARNVEL_MANAGED_CONFIGURATION_SANITIZERS})
-        target_compile_options(${target} PRIVATE
-            ${sanitize} -fno-sanitize-recover=all -fno-omit-frame-pointer)
-        target_link_options(${target} PRIVATE ${sanitize})
-    endif()
     target_compile_definitions(${target} PRIVATE
         QT_NO_KEYWORDS
         QT_NO_CAST_FROM_BYTEARRAY
