@@ -1,9 +1,8 @@
 # SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 # SPDX-License-Identifier: BSD-3-Clause
 
-# What all targets of this project share.
 
-# The language level, the warnings and the Qt habits of our own code.
+# Sets the language standard, the warnings and the Qt definitions that all targets share.
 function(tarnvel_set_up_target target)
     set_target_properties(${target} PROPERTIES
         CXX_STANDARD 17
