@@ -1,7 +1,6 @@
 # SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 # SPDX-License-Identifier: BSD-3-Clause
 
-
 # Sets the language standard, the warnings and the Qt definitions that all targets share.
 function(tarnvel_set_up_target target)
     set_target_properties(${target} PROPERTIES
