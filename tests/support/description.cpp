@@ -15,6 +15,8 @@ namespace {
 
 QString itemText(const QVariant &item)
 {
+    if (item.isNull())
+        return QStringLiteral("null");
     return item.type() == QVariant::String ? u'"' + item.toString() + u'"' : item.toString();
 }
 

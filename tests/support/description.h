@@ -12,8 +12,8 @@ namespace Tarnvel::Testing {
 /*!
  * \brief A value with all its types as a text, so that tests compare content and type at once.
  *
- * For example `{"sizes": QList<int> [1, 2], "theme": QString "dark"}`. A value of a type that no
- * configuration stores is described by its type's name alone.
+ * For example `{"sizes": QList<int> [1, 2], "theme": QString "dark"}`. A null string is `QString
+ * null`. A value of a type that no configuration stores is described by its type's name alone.
  */
 QString describe(const QVariant &value);
 
