@@ -3,7 +3,6 @@
 
 #include <QtCore/QDebug>
 #include <QtCore/QObject>
-#include <QtCore/QRegularExpression>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 #include <QtTest/QtTest>
@@ -80,58 +79,6 @@ QStringList keys(const QStringList &keys)
     return steps;
 }
 
-// All texts of at most `length` characters of `alphabet`.
-QStringList textsOver(const QString &alphabet, int length)
-{
-    QStringList texts {QString("")};
-    int firstOfLength = 0;
-    for (int size = 1; size <= length; ++size) {
-        const int end = texts.size();
-        for (int i = firstOfLength; i < end; ++i) {
-            for (const QChar character : alphabet)
-                texts.append(texts.at(i) + character);
-        }
-        firstOfLength = end;
-    }
-    return texts;
-}
-
-// The parts of a text whose only digit is "1", by the grammar alone.
-bool isPath(const QString &text)
-{
-    static const QRegularExpression part("\\A([^][]+(\\[1+\\])?|1+\\])\\z");
-    const QStringList parts = text.split('/', Qt::SkipEmptyParts);
-    for (const QString &candidate : parts) {
-        if (!part.match(candidate).hasMatch())
-            return false;
-    }
-    return !parts.isEmpty();
-}
-
-bool isInOrder(const QList<XpathAccess> &accesses)
-{
-    XpathAccess::Type previous = XpathAccess::Index;
-    for (const XpathAccess &access : accesses) {
-        if (access.type() == XpathAccess::Index && previous == XpathAccess::Index)
-            return false;
-        previous = access.type();
-    }
-    return true;
-}
-
-QString toText(const QList<XpathAccess> &accesses)
-{
-    QString text;
-    for (const XpathAccess &access : accesses) {
-        // A key such as "12]" brings its index along.
-        if (access.type() == XpathAccess::Key)
-            text += '/' + access.toKey();
-        else if (!text.endsWith(']'))
-            text += '[' + QString::number(access.toIndex()) + ']';
-    }
-    return text;
-}
-
 } // namespace
 
 class PathParsingTest : public QObject
@@ -167,7 +114,6 @@ private Q_SLOTS:
     void everyParseReportsAnew();
 
     void aCopyOutlivesItsSource();
-    void everyShortTextIsEitherAPathOrReported();
 };
 
 void PathParsingTest::theKindsOfStepHaveTheirNumbers()
@@ -553,27 +499,6 @@ void PathParsingTest::aCopyOutlivesItsSource()
     QCOMPARE(describe(copy.accesses()), (QStringList {"key:a", "index:1"}));
     QCOMPARE(xpath.toString(), QString("b/c"));
     QCOMPARE(describe(xpath.accesses()), keys({"b", "c"}));
-}
-
-void PathParsingTest::everyShortTextIsEitherAPathOrReported()
-{
-    MessageLog log;
-    const QStringList texts = textsOver("a1/[]-", 5);
-    QCOMPARE(texts.size(), 1 + 6 + 36 + 216 + 1296 + 7776);
-    for (const QString &text : texts) {
-        const Xpath xpath(text);
-        const bool isSilent = !text.isEmpty() && text.count('/') == text.size();
-        QVERIFY2(xpath.isValid() == isPath(text), qPrintable(text));
-        QVERIFY2(log.take().size() == (xpath.isValid() || isSilent ? 0 : 1), qPrintable(text));
-        QVERIFY2(xpath.isValid() == !xpath.accesses().isEmpty(), qPrintable(text));
-        QVERIFY2(xpath.toString() == text, qPrintable(text));
-        QVERIFY2(isInOrder(xpath.accesses()), qPrintable(text));
-        if (!xpath.isValid())
-            continue;
-        const Xpath again(toText(xpath.accesses()));
-        QCOMPARE(describe(again.accesses()), describe(xpath.accesses()));
-        QCOMPARE(log.take(), QStringList());
-    }
 }
 
 QTEST_GUILESS_MAIN(PathParsingTest)
