@@ -15,8 +15,6 @@
 #include <Tarnvel/ManagedConfiguration/configuration_manager.h>
 
 #include <limits>
-#include <sys/resource.h>
-#include <vector>
 
 using namespace Tarnvel::Application::ManagedConfiguration;
 using namespace Tarnvel::Testing;
@@ -33,10 +31,8 @@ private Q_SLOTS:
     void aReceivedValueIsStoredByItsKind_data();
     void aReceivedValueIsStoredByItsKind();
     void aFileDescriptorIsLeftOut();
-    void anEmptyArrayHasNoItemToLookUp();
     void theDeepestReplyThatTheBusCarriesIsRead_data();
     void theDeepestReplyThatTheBusCarriesIsRead();
-    void aHugeUnsupportedArrayIsNotTakenIn();
     void theLastStorableOfEntriesWithOneKeyCounts_data();
     void theLastStorableOfEntriesWithOneKeyCounts();
     void keysArriveAndLeaveUnchanged_data();
@@ -186,28 +182,6 @@ void WireFormatTest::aFileDescriptorIsLeftOut()
     QCOMPARE(describe(answers.at(0).configuration), QStringLiteral("{\"later\": int 2}"));
 }
 
-void WireFormatTest::anEmptyArrayHasNoItemToLookUp()
-{
-    m_service.answerWith("({'key': <@ai []>, 'texts': <@as []>},)");
-    Answers answers;
-    m_manager.getConfiguration(answers.forReading());
-    QVERIFY(answers.waitFor(1));
-    const Configuration &configuration = answers.at(0).configuration;
-
-    const QString failure = QStringLiteral("Error when getting a value from configuration by the ");
-    MessageLog log;
-    QVERIFY(!configuration.getByXpath("key[0]").isValid());
-    QCOMPARE(log.take(),
-             QStringList(failure
-                         + "\"key[0]\" xpath. The current value to be processed does not contain "
-                           "the \"key\" key"));
-    QVERIFY(!configuration.getByXpath("texts[0]").isValid());
-    QCOMPARE(log.take(),
-             QStringList(failure
-                         + "\"texts[0]\" xpath. The current sequence to be processed does not "
-                           "contain enough items to access item at index 0"));
-}
-
 void WireFormatTest::theDeepestReplyThatTheBusCarriesIsRead_data()
 {
     QTest::addColumn<QString>("sent");
@@ -245,38 +219,6 @@ void WireFormatTest::theDeepestReplyThatTheBusCarriesIsRead()
     QCOMPARE(answers.at(0).error.message(), QString());
     QCOMPARE(describe(answers.at(0).configuration.get("key")), stored);
     QCOMPARE(describe(answers.at(0).configuration.get("later")), QStringLiteral("int 2"));
-}
-
-void WireFormatTest::aHugeUnsupportedArrayIsNotTakenIn()
-{
-    // A million structures: 8 MiB on the wire, hundreds as values of the bus layer.
-    constexpr int elements = 1024 * 1024;
-    constexpr long budgetKibibytes = 96L * 1024;
-    m_service.answerThrough([](const MethodCall &call) {
-        const std::vector<guint32> structures(elements, 0);
-        GVariantBuilder entries;
-        g_variant_builder_init(&entries, G_VARIANT_TYPE_VARDICT);
-        g_variant_builder_add(&entries, "{sv}", "key",
-                              g_variant_new_from_data(G_VARIANT_TYPE("a(u)"), structures.data(),
-                                                      structures.size() * sizeof(guint32), TRUE,
-                                                      nullptr, nullptr));
-        call.reply(g_variant_new("(a{sv})", &entries));
-    });
-    const auto peakKibibytes = [] {
-        rusage usage {};
-        getrusage(RUSAGE_SELF, &usage);
-        return usage.ru_maxrss;
-    };
-    const long before = peakKibibytes();
-    Answers answers;
-    MessageLog log;
-    m_manager.getConfiguration(answers.forReading());
-    QVERIFY(answers.waitFor(1));
-    QVERIFY(!answers.at(0).error);
-    QCOMPARE(log.take().count(), 1);
-    const long grown = peakKibibytes() - before;
-    qInfo("%ld KiB", grown);
-    QVERIFY(grown < budgetKibibytes);
 }
 
 void WireFormatTest::theLastStorableOfEntriesWithOneKeyCounts_data()
