@@ -8,11 +8,14 @@
 #include "description.h"
 #include "message_log.h"
 
+#include <QtCore/QScopeGuard>
 #include <QtDBus/QDBusMetaType>
+#include <QtDBus/QDBusPendingCallWatcher>
 #include <QtTest/QTest>
 #include <Tarnvel/ManagedConfiguration/configuration_manager.h>
 
 #include <limits>
+#include <malloc.h>
 
 using namespace Tarnvel::Application::ManagedConfiguration;
 using namespace Tarnvel::Testing;
@@ -61,8 +64,13 @@ private Q_SLOTS:
     void aConfigurationIsSentInOrderOfItsKeys();
     void aReceivedConfigurationGoesBackUnchanged_data();
     void aReceivedConfigurationGoesBackUnchanged();
+    void writingGoesOnBehindTheConfiguration();
+    void readingAddsToTheConfigurationAndGoesOnBehindIt_data();
+    void readingAddsToTheConfigurationAndGoesOnBehindIt();
+    void aReadReplyIsFreed();
     void aConfigurationInsideAVariantIsTakenAsItIs();
     void theTypeIsRegisteredUnderItsWholeName();
+    void theOperatorsAreRegisteredOnce();
 
 private:
     Answer read(const QString &reply);
@@ -272,6 +280,64 @@ void WireFormatTest::aReceivedConfigurationGoesBackUnchanged()
     QCOMPARE(argumentsSent(read(reply).configuration), reply);
 }
 
+void WireFormatTest::writingGoesOnBehindTheConfiguration()
+{
+    QDBusArgument argument;
+    QDBusArgument *const result = &(argument << makeConfiguration({{"a", 1}, {"b", 2}}));
+    QCOMPARE(result, &argument);
+    argument << 7;
+    QCOMPARE(argument.currentSignature(), QString("a{sv}i"));
+}
+
+void WireFormatTest::readingAddsToTheConfigurationAndGoesOnBehindIt_data()
+{
+    QTest::addColumn<QString>("sent");
+    QTest::addColumn<QString>("stored");
+    QTest::newRow("nothing") << "@a{sv} {}"
+                             << "{\"there\": int 2}";
+    QTest::newRow("entries") << "{'key': <1>}"
+                             << R"({"key": int 1, "there": int 2})";
+    QTest::newRow("a dictionary of another kind") << "{'x': 'y', 'z': ''}"
+                                                  << "{\"there\": int 2}";
+}
+
+void WireFormatTest::readingAddsToTheConfigurationAndGoesOnBehindIt()
+{
+    QFETCH(const QString, sent);
+    QFETCH(const QString, stored);
+
+    m_service.answerWith('(' + sent + ", 7)");
+    ConfigurationManagerPrivate requests(&m_manager);
+    const QDBusPendingCallWatcher watcher(requests.asyncCall("GetConfiguration"));
+    QTRY_VERIFY_WITH_TIMEOUT(watcher.isFinished(), 60000);
+    const auto argument = watcher.reply().arguments().value(0).value<QDBusArgument>();
+    Configuration configuration = makeConfiguration({{"there", 2}});
+    const QDBusArgument *const result = &(argument >> configuration);
+    QCOMPARE(result, &argument);
+    QCOMPARE(describe(configuration), stored);
+    int next = 0;
+    argument >> next;
+    QCOMPARE(next, 7);
+}
+
+void WireFormatTest::aReadReplyIsFreed()
+{
+    const auto kibibytesInUse = [] {
+        const struct mallinfo2 heap = mallinfo2();
+        return int((heap.uordblks + heap.hblkhd) / 1024);
+    };
+    // Each reply takes at least 256 KiB.
+    const QString reply = "({'text': <'" + QString(256 * 1024, 'x')
+        + "'>, 'list': <[1]>, 'nested': <{'a': <1>}>, 'other': <{'a': 1}>, 'variant': <<1>>},)";
+    constexpr int replies = 32;
+    read(reply);
+    const int before = kibibytesInUse();
+    for (int i = 0; i < replies; ++i)
+        read(reply);
+    const int kept = kibibytesInUse() - before;
+    QVERIFY2(kept < replies * 256 / 4, qPrintable(QString("%1 KiB").arg(kept)));
+}
+
 void WireFormatTest::aConfigurationInsideAVariantIsTakenAsItIs()
 {
     QCOMPARE(describe(qdbus_cast<Configuration>(makeNested({{"key", 1}}))),
@@ -284,6 +350,21 @@ void WireFormatTest::theTypeIsRegisteredUnderItsWholeName()
     const int type = qMetaTypeId<Configuration>();
     QCOMPARE(QMetaType::type("Tarnvel::Application::ManagedConfiguration::Configuration"), type);
     QCOMPARE(QByteArray(QDBusMetaType::typeToSignature(type)), QByteArray("a{sv}"));
+}
+
+void WireFormatTest::theOperatorsAreRegisteredOnce()
+{
+    const auto restore = qScopeGuard([] { qDBusRegisterMetaType<Configuration>(); });
+    const int type = qMetaTypeId<Configuration>();
+    QDBusMetaType::registerMarshallOperators(
+        type, [](QDBusArgument &argument, const void *) { argument << 7; },
+        [](const QDBusArgument &, void *) {});
+    const ConfigurationManager another;
+
+    QDBusArgument argument;
+    const Configuration configuration;
+    QVERIFY(QDBusMetaType::marshall(argument, type, &configuration));
+    QCOMPARE(argument.currentSignature(), QString("i"));
 }
 
 TARNVEL_BUS_TEST_MAIN(WireFormatTest)
