@@ -57,4 +57,9 @@ QString describe(const Configuration &configuration)
     return u'{' + texts.join(QLatin1String(", ")) + u'}';
 }
 
+Configuration makeConfiguration(const QMap<QString, QVariant> &entries)
+{
+    return Configuration(new ConfigurationPrivate(entries));
+}
+
 } // namespace Tarnvel::Testing

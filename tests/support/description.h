@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include <QtCore/QList>
+#include <QtCore/QMap>
 #include <QtCore/QString>
 #include <QtCore/QVariant>
 #include <Tarnvel/ManagedConfiguration/configuration.h>
@@ -19,5 +21,16 @@ QString describe(const QVariant &value);
 
 /*! \brief The same for a configuration. */
 QString describe(const Application::ManagedConfiguration::Configuration &configuration);
+
+/*! \brief A configuration that adopts \a entries; no type is checked. */
+Application::ManagedConfiguration::Configuration makeConfiguration(
+    const QMap<QString, QVariant> &entries);
+
+/*! \brief A list as a configuration stores it: `makeList<int>({1, 2})`. */
+template<typename T>
+QVariant makeList(const QList<T> &items)
+{
+    return QVariant::fromValue(items);
+}
 
 } // namespace Tarnvel::Testing

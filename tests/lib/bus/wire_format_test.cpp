@@ -4,7 +4,6 @@
 #include "answers.h"
 #include "bus_fixture.h"
 #include "configuration_manager_p.h"
-#include "configuration_p.h"
 #include "description.h"
 #include "message_log.h"
 
@@ -24,20 +23,9 @@ using Map = QMap<QString, QVariant>;
 
 namespace {
 
-Configuration makeConfiguration(const Map &map)
-{
-    return Configuration(new ConfigurationPrivate(map));
-}
-
 QVariant makeNested(const Map &map)
 {
     return QVariant::fromValue(makeConfiguration(map));
-}
-
-template<typename T>
-QVariant makeList(const QList<T> &list)
-{
-    return QVariant::fromValue(list);
 }
 
 QString nested(int levels, const QString &opening, const QString &innermost, const QString &closing)

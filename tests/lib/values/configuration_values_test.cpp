@@ -53,17 +53,6 @@ Map entries(const Configuration &configuration)
     return ConfigurationPrivate::data(configuration);
 }
 
-Configuration makeConfiguration(const Map &map)
-{
-    return Configuration(new ConfigurationPrivate(map));
-}
-
-template<typename... Items>
-QVariant makeList(Items... items)
-{
-    return QVariant::fromValue(QList<std::common_type_t<Items...>> {items...});
-}
-
 // The private object of a configuration, behind its virtual table; null in an emptied one.
 const ConfigurationPrivate *privateObject(const Configuration &configuration)
 {
@@ -176,12 +165,12 @@ void ConfigurationValuesTest::anAcceptedValueReplacesAnother_data()
     row(true, "bool true");
     row(QStringList(), "QStringList []");
     row(QStringList {"a", "", "b"}, R"(QStringList ["a", "", "b"])");
-    row(QVariant::fromValue(QList<int>()), "QList<int> []");
-    row(makeList(1, -1), "QList<int> [1, -1]");
-    row(QVariant::fromValue(QList<bool>()), "QList<bool> []");
-    row(makeList(true, false), "QList<bool> [true, false]");
-    row(QVariant::fromValue(QList<QString>()), "QList<QString> []");
-    row(makeList(QString("a"), QString()), "QList<QString> [\"a\", null]");
+    row(makeList<int>({}), "QList<int> []");
+    row(makeList<int>({1, -1}), "QList<int> [1, -1]");
+    row(makeList<bool>({}), "QList<bool> []");
+    row(makeList<bool>({true, false}), "QList<bool> [true, false]");
+    row(makeList<QString>({}), "QList<QString> []");
+    row(makeList<QString>({"a", QString()}), "QList<QString> [\"a\", null]");
     row(QVariant::fromValue(Configuration()), "{}");
     row(QVariant::fromValue(makeConfiguration({{"b", 1}})), "{\"b\": int 1}");
 }
@@ -214,11 +203,11 @@ void ConfigurationValuesTest::aRefusedValueLeavesTheOldOne_data()
     row(1.0);
     row(QByteArray("a"));
     row(QVariant::fromValue(QDBusVariant(1)));
-    row(makeList(1.0));
-    row(makeList(1u));
-    row(makeList(QStringList {"a"}));
-    row(makeList(QList<int> {1}));
-    row(makeList(Configuration()));
+    row(makeList<double>({1}));
+    row(makeList<uint>({1}));
+    row(makeList<QStringList>({{"a"}}));
+    row(makeList<QList<int>>({{1}}));
+    row(makeList<Configuration>({{}}));
     row(QVariant::fromValue(QVector<int> {1}));
     row(QVariant::fromValue(std::vector<int> {1}));
     row(QVariant::fromValue(QProcess::Running));
@@ -431,7 +420,7 @@ void ConfigurationValuesTest::equalityFollowsTheEntries_data()
     QTest::newRow("a configuration, built twice")
         << Map {{"a", shared}} << Map {{"a", separate}} << false;
     QTest::newRow("a list, built twice")
-        << Map {{"a", makeList(1)}} << Map {{"a", makeList(1)}} << false;
+        << Map {{"a", makeList<int>({1})}} << Map {{"a", makeList<int>({1})}} << false;
 }
 
 void ConfigurationValuesTest::equalityFollowsTheEntries()
@@ -458,9 +447,9 @@ void ConfigurationValuesTest::valuesCompareAsVariantsDo()
                                "true",
                                QStringList(),
                                QStringList {"1"},
-                               makeList(1),
-                               makeList(true),
-                               makeList(QString("1")),
+                               makeList<int>({1}),
+                               makeList<bool>({true}),
+                               makeList<QString>({"1"}),
                                QVariant::fromValue(makeConfiguration({{"a", 1}}))};
     for (const QVariant &left : values) {
         for (const QVariant &right : values)
@@ -493,7 +482,7 @@ void ConfigurationValuesTest::aVariantOfAnotherTypeGivesAnEmptyConfiguration_dat
     row(1);
     row("a");
     row(QStringList {"a"});
-    row(makeList(configuration));
+    row(makeList<Configuration>({configuration}));
     row(QVariant::fromValue<Configuration *>(nullptr));
     row(QVariant::fromValue(QDBusVariant(QVariant::fromValue(configuration))));
 }

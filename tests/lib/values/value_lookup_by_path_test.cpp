@@ -15,19 +15,8 @@ using Map = QMap<QString, QVariant>;
 
 namespace {
 
-Configuration makeConfiguration(const Map &map)
-{
-    return Configuration(new ConfigurationPrivate(map));
-}
-
-template<typename T>
-QVariant makeList(const QList<T> &list)
-{
-    return QVariant::fromValue(list);
-}
-
 // A key for each form of value, and nested configurations under "a" and "a/b".
-Configuration makeConfiguration()
+Configuration sample()
 {
     const Configuration inner = makeConfiguration({{"c", "innermost"}});
     const Configuration middle = makeConfiguration({{"b", QVariant::fromValue(inner)}, {"n", 5}});
@@ -199,7 +188,7 @@ void ValueLookupByPathTest::aPathLeadsToAValueOrAWarning()
     QFETCH(const QStringList, warnings);
 
     MessageLog log;
-    QCOMPARE(describe(makeConfiguration().getByXpath(path)), found);
+    QCOMPARE(describe(sample().getByXpath(path)), found);
     QCOMPARE(log.take(), warnings);
 }
 
@@ -217,7 +206,7 @@ void ValueLookupByPathTest::aVeryDeepPathIsWalked()
 
 void ValueLookupByPathTest::aLookupChangesNothing()
 {
-    Configuration configuration = makeConfiguration();
+    Configuration configuration = sample();
     const Map before = ConfigurationPrivate::data(configuration);
 
     MessageLog log;
