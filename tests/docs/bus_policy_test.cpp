@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
+#include "announcements.h"
 #include "answers.h"
 #include "endpoint.h"
 #include "fake_service.h"
@@ -8,6 +9,7 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QFile>
 #include <QtCore/QProcess>
+#include <QtCore/QRegularExpression>
 #include <QtCore/QTemporaryDir>
 #include <QtDBus/QDBusConnection>
 #include <QtDBus/QDBusMessage>
@@ -15,8 +17,6 @@
 #include <QtTest/QTest>
 #include <Tarnvel/ManagedConfiguration/configuration_manager.h>
 
-#include <csignal>
-#include <sys/prctl.h>
 #include <unistd.h>
 
 using namespace Tarnvel::Application::ManagedConfiguration;
@@ -25,9 +25,9 @@ using namespace Tarnvel::DBus;
 
 namespace {
 
-constexpr int startTimeoutMs = 10000;
+constexpr int replyTimeoutMs = 300000;
 
-// What a system bus says before it reads the policies of the services.
+// The configuration of a system bus, as far as the policies of the services.
 const char busConfiguration[] = R"(<busconfig>
   <type>system</type>
   <listen>unix:path=%1/socket</listen>
@@ -49,81 +49,54 @@ const char busConfiguration[] = R"(<busconfig>
 </busconfig>
 )";
 
+const QString busName = QStringLiteral("org.freedesktop.DBus");
 const QString accessDenied = QStringLiteral("org.freedesktop.DBus.Error.AccessDenied");
 
-// Which of the accounts in the policy are those of this process.
-struct Accounts
-{
-    bool isService = true;
-    bool isKiosk = false;
-    bool isArchivist = false;
-};
-
-// The bus takes numbers for names, and there need be nobody of this number.
-QString account(unsigned id, bool isOwn)
-{
-    return QString::number(isOwn ? id : id + 1);
-}
-
-QString documentedPolicy()
+// The documented policy with numbers for names: the accounts in ownAccounts are those of this
+// process, the others are nobody's.
+QByteArray policyFor(const QStringList &ownAccounts)
 {
     QFile page(QStringLiteral(DOCS_DIR "/bus-policy.md"));
     if (!page.open(QIODevice::ReadOnly))
         qFatal("%s", qUtf8Printable(page.errorString()));
-    return QString::fromUtf8(page.readAll()).section("```xml\n", 1).section("```", 0, 0);
-}
-
-void replaceOnce(QString *text, const QString &before, const QString &after)
-{
-    if (text->count(before) != 1)
-        qFatal("%s", qUtf8Printable(before));
-    text->replace(before, after);
-}
-
-QString policyFor(const Accounts &accounts)
-{
-    QString policy = documentedPolicy();
-    replaceOnce(&policy, "user=\"managed-configuration\"",
-                QStringLiteral("user=\"%1\"").arg(account(geteuid(), accounts.isService)));
-    replaceOnce(&policy, "group=\"kiosk\"",
-                QStringLiteral("group=\"%1\"").arg(account(getegid(), accounts.isKiosk)));
-    replaceOnce(&policy, "user=\"archivist\"",
-                QStringLiteral("user=\"%1\"").arg(account(geteuid(), accounts.isArchivist)));
+    QByteArray policy = page.readAll();
+    policy = policy.mid(policy.indexOf("```xml\n") + 7);
+    policy.truncate(policy.indexOf("```"));
+    for (const char *account : {"managed-configuration", "kiosk", "archivist"}) {
+        const QByteArray name = '"' + QByteArray(account) + '"';
+        if (policy.count(name) != 1)
+            qFatal("the policy does not have %s once", name.constData());
+        const unsigned own = name == "\"kiosk\"" ? getegid() : geteuid();
+        const unsigned id = ownAccounts.contains(account) ? own : own + 1;
+        policy.replace(name, '"' + QByteArray::number(id) + '"');
+    }
     return policy;
 }
 
-class Daemon : public QProcess
-{
-protected:
-    void setupChildProcess() override
-    {
-        prctl(PR_SET_PDEATHSIG, SIGKILL);
-    }
-};
-
-// A system bus with the documented policy, where this process has some of its accounts.
+// A system bus with the documented policy, on which this process has some of its accounts.
 class PolicedBus
 {
 public:
-    explicit PolicedBus(const Accounts &accounts)
+    explicit PolicedBus(const QStringList &ownAccounts)
     {
-        write("bus.conf", QString(busConfiguration).arg(m_directory.path()));
-        write("policy.conf", policyFor(accounts));
-        m_daemon.start("dbus-daemon",
-                       {"--nofork", "--nopidfile", "--nosyslog", "--print-address=1",
-                        "--config-file=" + m_directory.filePath("bus.conf")});
+        write("bus.conf", QString(busConfiguration).arg(m_directory.path()).toUtf8());
+        write("policy.conf", policyFor(ownAccounts));
+        m_daemon.start("setpriv",
+                       {"--pdeathsig=KILL", "dbus-daemon", "--nofork", "--nopidfile", "--nosyslog",
+                        "--print-address=1", "--config-file=" + m_directory.filePath("bus.conf")});
         while (!m_daemon.canReadLine()) {
-            if (!m_daemon.waitForReadyRead(startTimeoutMs))
+            if (!m_daemon.waitForReadyRead(-1))
                 qFatal("dbus-daemon did not start");
         }
-        // What it reports from here on, refusals above all, nobody reads.
+        // It reports each refusal there.
         m_daemon.closeReadChannel(QProcess::StandardError);
     }
 
     ~PolicedBus()
     {
+        QDBusConnection::disconnectFromBus(m_directory.path());
         m_daemon.kill();
-        m_daemon.waitForFinished();
+        m_daemon.waitForFinished(-1);
     }
 
     QString address() const
@@ -131,52 +104,29 @@ public:
         return QStringLiteral("unix:path=%1/socket").arg(m_directory.path());
     }
 
+    // The name of the error; none if the call succeeds.
+    QString errorOf(const QDBusMessage &message) const
+    {
+        QDBusConnection client = QDBusConnection::connectToBus(address(), m_directory.path());
+        const QDBusPendingReply<> reply = client.asyncCall(message, replyTimeoutMs);
+        if (!QTest::qWaitFor([&reply] { return reply.isFinished(); }, replyTimeoutMs))
+            qFatal("no reply");
+        return reply.isError() ? reply.error().name() : QString();
+    }
+
 private:
-    void write(const QString &name, const QString &text)
+    void write(const QString &name, const QByteArray &text)
     {
         QFile file(m_directory.filePath(name));
-        if (!file.open(QIODevice::WriteOnly) || file.write(text.toUtf8()) < 0)
+        if (!file.open(QIODevice::WriteOnly) || file.write(text) < 0)
             qFatal("%s", qUtf8Printable(file.errorString()));
     }
 
     QTemporaryDir m_directory;
-    Daemon m_daemon;
+    QProcess m_daemon;
 };
 
-// A connection to that bus, as an application has one.
-class Client
-{
-public:
-    explicit Client(const PolicedBus &bus)
-        : m_connection(QDBusConnection::connectToBus(bus.address(), "client"))
-    {
-    }
-
-    ~Client()
-    {
-        QDBusConnection::disconnectFromBus("client");
-    }
-
-    // The name of the error; none if the call is answered.
-    QString call(const QDBusMessage &message)
-    {
-        const QDBusPendingReply<> reply = m_connection.asyncCall(message);
-        if (!QTest::qWaitFor([&reply] { return reply.isFinished(); }))
-            qFatal("no answer");
-        return reply.isError() ? reply.error().name() : QString();
-    }
-
-    QString requestName(const QString &name)
-    {
-        QDBusMessage message = QDBusMessage::createMethodCall(
-            "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", "RequestName");
-        message.setArguments({name, uint(0)});
-        return call(message);
-    }
-
-private:
-    QDBusConnection m_connection;
-};
+const auto call = &QDBusMessage::createMethodCall;
 
 } // namespace
 
@@ -184,144 +134,101 @@ class BusPolicyTest : public QObject
 {
     Q_OBJECT
 
-public:
-    explicit BusPolicyTest(const PolicedBus &bus) : m_bus(bus) { }
-
 private Q_SLOTS:
-    void onlyTheServicesAccountTakesTheName_data();
-    void onlyTheServicesAccountTakesTheName();
-    void aCallIsForThoseWhomThePolicyAdmits_data();
-    void aCallIsForThoseWhomThePolicyAdmits();
-    void theLibraryWorksUnderThePolicy();
-    void theLibraryReportsWhatThePolicyRefuses();
+    void thePolicyDecides_data()
+    {
+        QTest::addColumn<QStringList>("accounts");
+        QTest::addColumn<QDBusMessage>("message");
+        QTest::addColumn<QString>("error");
 
-private:
-    const PolicedBus &m_bus;
+        const auto own = [](const QString &name) {
+            return call(busName, "/org/freedesktop/DBus", busName, "RequestName")
+                << name << uint(0);
+        };
+        const auto send = [](const QString &application, const QString &method,
+                             const QString &interface = applicationInterface) {
+            return call(serviceName, applicationPath("acme", application), interface, method);
+        };
+        const QString get = getConfigurationMethod;
+        const QString change = changeConfigurationMethod;
+        const QStringList service {"managed-configuration"};
+        const QStringList kiosk {service + QStringList("kiosk")};
+        const QStringList archivist {service + QStringList("archivist")};
+
+        QTest::newRow("other account") << QStringList() << own(serviceName) << accessDenied;
+        QTest::newRow("service") << service << own(serviceName) << "";
+        QTest::newRow("service, other name") << service << own("org.brenvik.Other") << accessDenied;
+        QTest::newRow("service, name below")
+            << service << own(QString(serviceName) + ".Other") << accessDenied;
+
+        QTest::newRow("no interface") << service << send("viewer", get, "") << accessDenied;
+        QTest::newRow("other interface") << service << send("viewer", get, "a.b") << accessDenied;
+        QTest::newRow("reading") << service << send("viewer", get) << "";
+        QTest::newRow("changing") << service << send("viewer", change) << "";
+        QTest::newRow("kiosk, reading") << kiosk << send("viewer", get) << "";
+        QTest::newRow("kiosk, changing") << kiosk << send("viewer", change) << accessDenied;
+        QTest::newRow("archive") << service << send("archive", get) << accessDenied;
+        QTest::newRow("archivist, archive") << archivist << send("archive", get) << "";
+        QTest::newRow("archivist in kiosk, archive")
+            << archivist + kiosk << send("archive", change) << "";
+        QTest::newRow("archivist in kiosk, changing")
+            << archivist + kiosk << send("viewer", change) << accessDenied;
+    }
+
+    void thePolicyDecides()
+    {
+        QFETCH(const QStringList, accounts);
+        QFETCH(const QDBusMessage, message);
+        QFETCH(const QString, error);
+
+        const PolicedBus bus(accounts);
+        FakeService service(bus.address());
+        if (message.service() == serviceName)
+            QVERIFY(service.start());
+        QCOMPARE(bus.errorOf(message), error);
+    }
+
+    void theLibraryWorksUnderThePolicy()
+    {
+        FakeService service(qEnvironmentVariable(busAddressVariable));
+        QVERIFY(service.start());
+        service.answerWith("({'key': <7>},)");
+        QCoreApplication::setApplicationName("viewer");
+        ConfigurationManager manager;
+        const Announcements announcements(manager);
+        Answers answers;
+        manager.getConfiguration(answers.forReading());
+        manager.changeConfiguration(Configuration(), answers.forChanging());
+        QVERIFY(answers.waitFor(2));
+        QCOMPARE(answers.texts(), QStringList({"{\"key\": int 7}", "{}"}));
+        service.announceChange(applicationPath("acme", "viewer"));
+        QTRY_COMPARE_WITH_TIMEOUT(announcements.texts(), QStringList("{\"key\": int 7}"),
+                                  replyTimeoutMs);
+    }
+
+    void theLibraryReportsARefusal()
+    {
+        FakeService service(qEnvironmentVariable(busAddressVariable));
+        QVERIFY(service.start());
+        QCoreApplication::setApplicationName("archive");
+        ConfigurationManager manager;
+        Answers answers;
+        manager.getConfiguration(answers.forReading());
+        manager.changeConfiguration(Configuration(), answers.forChanging());
+        QVERIFY(answers.waitFor(2));
+        const QStringList texts = answers.texts();
+        QCOMPARE(texts.filter(QRegularExpression("^\\{\\} error 1: Rejected send message")), texts);
+        QCOMPARE(service.calls().count(), 0);
+    }
 };
-
-void BusPolicyTest::onlyTheServicesAccountTakesTheName_data()
-{
-    QTest::addColumn<bool>("isService");
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<QString>("error");
-
-    QTest::newRow("another account") << false << QString(serviceName) << accessDenied;
-    QTest::newRow("the service's account") << true << QString(serviceName) << QString();
-    QTest::newRow("another name") << true << "org.brenvik.Other" << accessDenied;
-    QTest::newRow("a name below") << true << QString(serviceName) + ".Other" << accessDenied;
-}
-
-void BusPolicyTest::onlyTheServicesAccountTakesTheName()
-{
-    QFETCH(const bool, isService);
-    QFETCH(const QString, name);
-    QFETCH(const QString, error);
-
-    Accounts accounts;
-    accounts.isService = isService;
-    const PolicedBus bus(accounts);
-    QCOMPARE(Client(bus).requestName(name), error);
-}
-
-void BusPolicyTest::aCallIsForThoseWhomThePolicyAdmits_data()
-{
-    QTest::addColumn<bool>("isKiosk");
-    QTest::addColumn<bool>("isArchivist");
-    QTest::addColumn<QString>("path");
-    QTest::addColumn<QString>("interface");
-    QTest::addColumn<QString>("method");
-    QTest::addColumn<QString>("error");
-
-    const QString viewer = applicationPath("acme", "viewer");
-    const QString archive = applicationPath("acme", "archive");
-    const QString interface = applicationInterface;
-    const QString get = getConfigurationMethod;
-    const QString change = changeConfigurationMethod;
-    const QString granted;
-    QTest::newRow("no interface") << false << false << viewer << "" << get << accessDenied;
-    QTest::newRow("another interface")
-        << false << false << viewer << "org.brenvik.Other" << get << accessDenied;
-    QTest::newRow("anybody reads") << false << false << viewer << interface << get << granted;
-    QTest::newRow("anybody changes") << false << false << viewer << interface << change << granted;
-    QTest::newRow("the group reads") << true << false << viewer << interface << get << granted;
-    QTest::newRow("the group changes")
-        << true << false << viewer << interface << change << accessDenied;
-    QTest::newRow("anybody reads the archive's")
-        << false << false << archive << interface << get << accessDenied;
-    QTest::newRow("the archivist reads the archive's")
-        << false << true << archive << interface << get << granted;
-    QTest::newRow("the archivist, in the group, changes the archive's")
-        << true << true << archive << interface << change << granted;
-    QTest::newRow("the archivist, in the group, changes another's")
-        << true << true << viewer << interface << change << accessDenied;
-}
-
-void BusPolicyTest::aCallIsForThoseWhomThePolicyAdmits()
-{
-    QFETCH(const bool, isKiosk);
-    QFETCH(const bool, isArchivist);
-    QFETCH(const QString, path);
-    QFETCH(const QString, interface);
-    QFETCH(const QString, method);
-    QFETCH(const QString, error);
-
-    Accounts accounts;
-    accounts.isKiosk = isKiosk;
-    accounts.isArchivist = isArchivist;
-    const PolicedBus bus(accounts);
-    FakeService service(bus.address());
-    QVERIFY(service.start());
-    const QString found = Client(bus).call(
-        QDBusMessage::createMethodCall(serviceName, path, interface, method));
-    QCOMPARE(found, error);
-    QCOMPARE(service.calls().count(), error.isEmpty() ? 1 : 0);
-}
-
-void BusPolicyTest::theLibraryWorksUnderThePolicy()
-{
-    FakeService service(m_bus.address());
-    QVERIFY(service.start());
-    service.answerWith("({'key': <7>},)");
-    QCoreApplication::setApplicationName("viewer");
-    ConfigurationManager manager;
-    int announced = 0;
-    connect(&manager, &ConfigurationManager::configurationChanged, this,
-            [&announced](const Configuration &configuration) {
-                QCOMPARE(configuration.get("key"), QVariant(7));
-                ++announced;
-            });
-    Answers answers;
-    manager.getConfiguration(answers.forReading());
-    manager.changeConfiguration(Configuration(), answers.forChanging());
-    QVERIFY(answers.waitFor(2));
-    QCOMPARE(answers.texts(), QStringList({"{\"key\": int 7}", "{}"}));
-    service.announceChange(applicationPath("acme", "viewer"));
-    QTRY_COMPARE(announced, 1);
-}
-
-void BusPolicyTest::theLibraryReportsWhatThePolicyRefuses()
-{
-    FakeService service(m_bus.address());
-    QVERIFY(service.start());
-    QCoreApplication::setApplicationName("archive");
-    ConfigurationManager manager;
-    Answers answers;
-    manager.getConfiguration(answers.forReading());
-    manager.changeConfiguration(Configuration(), answers.forChanging());
-    QVERIFY(answers.waitFor(2));
-    const QStringList texts = answers.texts();
-    for (const QString &text : texts)
-        QVERIFY2(text.startsWith("{} error 1: Rejected send message"), qPrintable(text));
-    QCOMPARE(service.calls().count(), 0);
-}
 
 int main(int argc, char *argv[])
 {
     QCoreApplication application(argc, argv);
     QCoreApplication::setOrganizationName("acme");
-    const PolicedBus bus(Accounts {});
+    const PolicedBus bus({"managed-configuration"});
     qputenv(busAddressVariable, bus.address().toUtf8());
-    BusPolicyTest test(bus);
+    BusPolicyTest test;
     return QTest::qExec(&test, argc, argv);
 }
 
