@@ -17,16 +17,16 @@ namespace ManagedConfiguration {
 class ConfigurationPrivate;
 
 /*!
- * \brief A managed configuration: named values of a closed set of types.
+ * \brief The Configuration class holds the settings of an application.
  *
- * A configuration maps string keys to values. ConfigurationManager delivers one, and takes one to
- * ask for a change. A value is one of
+ * A configuration maps string keys to values. ConfigurationManager reads a configuration from the
+ * service, and sends one to request a change. A value has one of these types:
  *
  * - \c int, \c bool, \c QString;
  * - \c QStringList, \c QList<int>, \c QList<bool>, \c QList<QString>;
- * - a nested Configuration, held in a \c QVariant.
+ * - Configuration, for a nested configuration.
  *
- * Nothing else is ever stored, a \c double, a \c QVariantList and a \c QVariantMap included.
+ * Values of other types, such as \c double, \c QVariantList and \c QVariantMap, are never stored.
  *
  * \code
  * #include <Tarnvel/ManagedConfiguration/Configuration>
@@ -43,93 +43,94 @@ class ConfigurationPrivate;
  * }
  * \endcode
  *
- * A plain value with cheap copies: the entries are shared until one side is written. It works
- * without a service or a bus.
+ * The class is implicitly shared: copies are cheap, and the entries are only copied when one of the
+ * objects is modified. It needs neither a service nor a bus.
  *
- * An object that was moved from by construction is \e emptied: it may be destroyed or assigned to.
- * Copying or comparing it ends the process with an assertion failure, and nothing else may be
- * called on it.
+ * The move constructor leaves its argument \e emptied. An emptied object can only be destroyed or
+ * assigned to. Copying or comparing it terminates the process with an assertion failure; calling
+ * any other function on it is undefined behavior.
  *
- * Distinct objects may be used in different threads, copies of one another included. One object
- * must not be written in one thread while another thread uses it.
+ * The class is reentrant: different threads can use different objects, including copies of one
+ * another. An object must not be modified while another thread uses it.
  */
 class TARNVEL_MANAGED_CONFIGURATION_EXPORT Configuration
 {
 public:
-    /*! \brief Makes an empty configuration. */
+    /*! \brief Constructs an empty configuration. */
     Configuration();
 
     /*!
-     * \brief Makes a configuration of \a d and takes ownership of it.
+     * \brief Constructs a configuration from \a d and takes ownership of it.
      *
-     * For the library's own tools: the type is not defined in the installed headers. Neither the
-     * pointer nor the values inside are checked.
+     * For internal use: the installed headers do not define the type. Neither the pointer nor the
+     * values are checked.
      */
     explicit Configuration(ConfigurationPrivate *d);
 
-    /*! \brief Makes a copy of \a other. */
+    /*! \brief Constructs a copy of \a other. */
     Configuration(const Configuration &other);
 
-    /*! \brief Takes over the content of \a other, which is left emptied. */
+    /*! \brief Move-constructs a configuration from \a other, which is left emptied. */
     Configuration(Configuration &&other) noexcept;
 
-    /*! \brief Replaces the content by a copy of that of \a other. */
+    /*! \brief Assigns a copy of \a other to this configuration. */
     Configuration &operator=(const Configuration &other);
 
     /*!
-     * \brief Exchanges the content with that of \a other.
+     * \brief Swaps this configuration with \a other.
      *
-     * Unlike move construction this leaves \a other usable: it holds what this object held.
+     * Unlike the move constructor, this leaves \a other usable.
      */
     Configuration &operator=(Configuration &&other) noexcept;
 
     /*! \brief Destroys the configuration. */
     virtual ~Configuration();
 
-    /*! \brief True if there is an entry under exactly this \a key; letter case matters. */
+    /*! \brief Returns true if there is an entry with this \a key. Keys are case-sensitive. */
     bool containsKey(const QString &key) const;
 
-    /*! \brief True if there are no entries. */
+    /*! \brief Returns true if there are no entries. */
     bool isEmpty() const;
 
     /*!
-     * \brief The value under \a key, of the type with which it was stored.
+     * \brief Returns the value of \a key, with the type with which it was stored.
      *
-     * An invalid QVariant if there is no such entry.
+     * Returns an invalid QVariant if there is no such entry.
      */
     QVariant get(const QString &key) const;
 
     /*!
-     * \brief Stores \a value under \a key, unconverted, in place of any value already there.
+     * \brief Sets the value of \a key to \a value, without conversion, replacing any old value.
      *
-     * Any \a key is taken, the empty one included. Returns false, and changes nothing, if the type
-     * of \a value is none of those listed for the class.
+     * Every \a key is allowed, including the empty one. Returns true if the value was stored.
+     * Returns false, without any change, if \a value is not of a type listed in the class
+     * description.
      */
     bool set(const QString &key, const QVariant &value);
 
     /*!
-     * \brief The value that the path \a xpath names, such as "window/sizes[2]"; see Xpath.
+     * \brief Returns the value at the path \a xpath, such as "window/sizes[2]"; see Xpath.
      *
-     * Key steps go through nested configurations, an index step takes an item of a list. If the
-     * path is not valid or does not fit the data, the result is an invalid QVariant, and a warning
-     * in the message log says why.
+     * A key step selects a value of a configuration, an index step selects an item of a list. If
+     * the path is invalid or there is no value at the path, logs a warning with the reason and
+     * returns an invalid QVariant.
      */
     QVariant getByXpath(const QString &xpath) const;
 
     /*!
-     * \brief The configuration held in \a variant.
+     * \brief Returns the configuration stored in \a variant.
      *
-     * An empty configuration if \a variant holds anything else, a \c QVariantMap included, unless
-     * the application has registered a converter for it with QMetaType.
+     * Returns an empty configuration if \a variant has another type, including \c QVariantMap,
+     * unless the application has registered a converter for that type with QMetaType.
      */
     static Configuration fromVariant(const QVariant &variant);
 
     /*!
-     * \brief True if this configuration and \a other have the same keys with equal values.
+     * \brief Returns true if this configuration and \a other have the same keys and equal values.
      *
-     * Values compare by QVariant's rules. By those, nested configurations and the lists other than
-     * \c QStringList are equal when they are copies of one another; built separately they need not
-     * be, even with equal content.
+     * Values are compared as QVariant does. Therefore nested configurations, and lists other than
+     * \c QStringList, are equal if they are copies of one another. If they were created separately,
+     * they may compare as different even if their contents are equal.
      */
     bool operator==(const Configuration &other) const;
 

@@ -19,11 +19,11 @@ namespace ManagedConfiguration {
 class ConfigurationManagerPrivate;
 
 /*!
- * \brief The application's handle on the managed-configuration service.
+ * \brief The ConfigurationManager class gives an application access to its managed configuration.
  *
- * The service, another process on the D-Bus system bus, keeps a configuration for each
- * application. It knows the application by QCoreApplication::organizationName() and
- * QCoreApplication::applicationName(): set both before the manager is made.
+ * A service, which is another process on the D-Bus system bus, keeps a configuration for each
+ * application. It identifies the application by QCoreApplication::organizationName() and
+ * QCoreApplication::applicationName(): set both before the manager is created.
  *
  * \code
  * #include <Tarnvel/ManagedConfiguration/ConfigurationManager>
@@ -50,18 +50,21 @@ class ConfigurationManagerPrivate;
  * }
  * \endcode
  *
- * No request blocks: each returns at once, and its callback is called exactly once, later, from
- * the event loop of the application's thread. Several requests may be under way; their answers
- * come as the bus completes them, in no promised order among themselves or against
- * configurationChanged(). A request that fails is not tried again.
- * A callback may make further requests, and may delete a manager that the application has made
- * itself; an empty callback throws \c std::bad_function_call out of the event loop.
+ * All requests are asynchronous. A request returns immediately, and its callback is called exactly
+ * once, later, from the event loop of the application's thread. Several requests can be pending at
+ * the same time. Their callbacks are called in the order in which the bus completes the requests;
+ * no order is guaranteed between them, nor relative to configurationChanged(). Failed requests are
+ * not repeated.
  *
- * Without a service, or without a bus, every request is still answered, with Error::Internal and
- * the bus's message. A service that starts later is found by the next request.
+ * A callback can make further requests, and can delete a manager that the application has created
+ * itself. An empty callback throws \c std::bad_function_call out of the event loop.
  *
- * The manager belongs to the thread of the application object, and its callbacks and its signal
- * come there. What they hand out are values: a copy may be used in another thread.
+ * Without a service or a bus, the callbacks still receive an error, Error::Internal with the
+ * message of the bus. If a service starts later, the next request reaches it.
+ *
+ * The manager must be used in the thread of the application object. Its callbacks are called, and
+ * its signal is emitted, in this thread. The configurations and errors they receive are values, and
+ * copies of them can be used in other threads.
  */
 class TARNVEL_MANAGED_CONFIGURATION_EXPORT ConfigurationManager : public QObject
 {
@@ -69,33 +72,35 @@ class TARNVEL_MANAGED_CONFIGURATION_EXPORT ConfigurationManager : public QObject
 
 public:
     /*!
-     * \brief The one manager of the process, made at the first call. Nobody may delete it.
+     * \brief Returns the manager of the process, and creates it on the first call.
      *
-     * Call it in the application's thread, after the application object exists.
+     * The manager must not be deleted. Call this function in the application's thread, after the
+     * application object has been created.
      */
     static ConfigurationManager *instance();
 
     /*!
-     * \brief Makes a second manager, independent of instance(), with its own subscription.
+     * \brief Constructs a manager that is independent of instance(), with its own subscription.
      *
-     * Opens the system bus if the process has not yet done so; the service is not contacted. If
-     * the organization or the application name is empty, a warning is logged and the requests go
-     * to whatever path the names give.
+     * Connects to the system bus if the process is not connected yet, but does not contact the
+     * service. If the organization name or the application name is empty, logs a warning; requests
+     * are sent to the object path that results from the names.
      */
     ConfigurationManager();
 
-    /*! \brief Destroys the manager. Callbacks of requests still under way are never called. */
+    /*! \brief Destroys the manager. The callbacks of pending requests are never called. */
     ~ConfigurationManager() override;
 
     /*!
      * \brief Reads the configuration of the application.
      *
-     * \a callback receives the configuration and a success, or an empty configuration and an
-     * error: one of the service's own, or Error::Internal if no configuration came back, be it
-     * because of the bus, the time the service took (25 seconds, the bus layer's default), the
-     * form of its answer, or an identity that makes no valid object path.
+     * On success, \a callback receives the configuration and Error::NoError. On failure, it
+     * receives an empty configuration and an error. This is either an error of the service, or
+     * Error::Internal if no configuration was received: the bus failed, the service did not reply
+     * within 25 seconds (the default timeout of Qt D-Bus), the reply is not a configuration, or the
+     * identity of the application does not result in a valid object path.
      *
-     * Values of types that a Configuration does not store are left out.
+     * Values of types that Configuration does not support are omitted.
      */
     void getConfiguration(const std::function<void(const Configuration &configuration,
                                                    const Error &error)> &callback);
@@ -103,25 +108,28 @@ public:
     /*!
      * \brief Asks the service to change the configuration to \a configuration.
      *
-     * It is sent as it is, an empty one included. Whether the service takes it as a whole or merges
-     * it into what it keeps is the service's decision. \a callback receives a success or an
-     * error, like that of getConfiguration(). A configuration with entries on more than 21 levels
-     * is more than D-Bus can carry: it is not sent, and the error is Error::Internal. A change that
-     * was accepted does not emit configurationChanged() by itself: that follows if the service
-     * announces the change.
+     * The configuration is sent unmodified, even if it is empty. The service decides whether to
+     * replace the current configuration or to merge the two. \a callback receives Error::NoError on
+     * success, and an error like that of getConfiguration() on failure.
+     *
+     * D-Bus cannot carry a configuration with entries on more than 21 levels. Such a configuration
+     * is not sent, and the error is Error::Internal.
+     *
+     * A successful request does not emit configurationChanged() by itself. The signal is emitted if
+     * the service announces the change.
      */
     void changeConfiguration(const Configuration &configuration,
                              const std::function<void(const Error &error)> &callback);
 
 Q_SIGNALS:
     /*!
-     * \brief The service has announced a change; \a configuration is what it keeps now.
+     * \brief Emitted when the service announces a change; \a configuration is the current one.
      *
-     * Emitted once for each announcement, whether or not anything differs. If the configuration
-     * could not be read after the announcement, \a configuration is empty.
+     * Emitted once for each announcement, even if nothing differs. If the configuration cannot be
+     * read after the announcement, \a configuration is empty.
      *
-     * What names the parameter's type as a text, QSignalSpy and connections through SIGNAL(), finds
-     * it under its short name: call \c qRegisterMetaType<Configuration>("Configuration") before.
+     * QSignalSpy, and connections made with SIGNAL(), look up the type of the parameter by its
+     * short name. To use them, first call \c qRegisterMetaType<Configuration>("Configuration").
      */
     void configurationChanged(const Configuration &configuration);
 

@@ -14,10 +14,10 @@ namespace Application {
 namespace ManagedConfiguration {
 
 /*!
- * \brief The outcome of a request: a code and a message.
+ * \brief The Error class describes how a request ended, with a code and a message.
  *
- * Every request of ConfigurationManager ends by handing one of these to its callback. An Error is
- * true when something went wrong, so that a failure is what a caller tests for:
+ * The callback of each request of ConfigurationManager receives an Error. It converts to true if
+ * the request failed:
  *
  * \code
  * #include <Tarnvel/ManagedConfiguration/Error>
@@ -30,102 +30,101 @@ namespace ManagedConfiguration {
  * }
  * \endcode
  *
- * Without a service, or without a bus, requests end in Error::Internal. An Error is itself a plain
- * value and needs neither. Distinct objects may be used in different threads.
+ * Without a service or a bus, requests fail with Error::Internal. The class itself needs neither.
+ * It is reentrant: different threads can use different objects.
  */
 class TARNVEL_MANAGED_CONFIGURATION_EXPORT Error
 {
 public:
     /*!
-     * \brief What went wrong. The numbers are fixed.
+     * \brief The reason for an error. The numeric values are fixed.
      *
-     * The service decides which code a refusal bears. The library never tries again by itself; each
-     * code says who can mend its cause, and whether trying again helps.
+     * The service chooses the code of a refusal. The library does not repeat failed requests. The
+     * description of each code says who can fix it, and whether to retry.
      */
     enum Code : int {
-        /*! Success: there is no error, and nothing to mend. */
+        /*! The request succeeded. */
         NoError = 0,
         /*!
-         * The service failed inside, or anything failed that has no code of its own: the bus or
-         * the service is absent, the answer did not come in time or was no configuration, the
-         * application's identity makes no valid object path. The message tells which.
+         * An internal error of the service, or an error without a code of its own: the bus or the
+         * service is not available, the reply did not arrive in time or is not a configuration, or
+         * the identity of the application does not result in a valid object path. The message says
+         * which.
          *
-         * Whoever runs the system mends the bus and the service, the developer the identity.
-         * Trying again helps once the service is back or has less to do. It never does with such
-         * an identity, nor in a process whose bus has died: the application has to be restarted.
+         * The administrator can fix the bus and the service, the developer the identity. Retry when
+         * the service is available again or less busy. Do not retry with an invalid identity, or
+         * after the process has lost its connection to the bus: the application must be restarted.
          */
         Internal = 1,
         /*!
-         * The configuration names a key that the service does not know for this application.
+         * The configuration contains a key that the service does not have for this application.
          *
-         * The developer mends it, by sending known keys alone; or the administrator, if the service
-         * should know the key. Trying again with the same configuration does not help before.
+         * The developer can fix this by sending known keys only, or the administrator by adding the
+         * key to the service. Until then, do not retry with the same configuration.
          */
         NotExistingKey = 2,
         /*!
-         * A value is of another type than the service keeps under its key.
+         * A value has a different type from the one that the service has for its key.
          *
-         * The developer mends it, by sending the type that is read. Trying again does not help.
+         * The developer can fix this by sending the type that is read. Do not retry.
          */
         InvalidType = 3,
         /*!
-         * A value is of the right type, but the service does not admit it.
+         * A value has the right type, but the service does not allow it.
          *
-         * The user mends it by choosing another value, or the administrator by admitting this one.
-         * Trying again helps with another value only.
+         * The user can fix this by choosing another value, or the administrator by allowing this
+         * one. Retry with another value only.
          */
         InvalidValue = 4,
         /*!
          * The application may not change this setting: an administrator has locked it.
          *
-         * Only the administrator mends it. Trying again does not help before: show the setting as
-         * locked instead.
+         * Only the administrator can fix this. Until then, do not retry: show the setting as locked
+         * instead.
          */
         Forbidden = 5,
         /*!
-         * The application has no managed configuration that it could change.
+         * The application has no managed configuration that can be changed.
          *
-         * The administrator mends it by setting one up, or the developer if the names that the
-         * application gives itself are not those for which it was set up. Trying again does not
-         * help before.
+         * The administrator can fix this by setting one up, or the developer, if it was set up for
+         * other names than those of the application. Until then, do not retry.
          */
         NotConfigurable = 6,
         /*!
-         * The user on whose behalf the application runs is not admitted.
+         * The service does not allow the user who runs the application.
          *
-         * The administrator mends it by admitting the user. Trying again helps as another user
-         * only.
+         * The administrator can fix this by allowing the user. Retry as another user only.
          */
         InvalidUserId = 7,
         /*!
-         * A value is of a type that the service cannot keep at all.
+         * A value has a type that the service cannot store.
          *
-         * The developer mends it, by sending another type. Trying again does not help.
+         * The developer can fix this by sending another type. Do not retry.
          */
         UnsupportedType = 8,
     };
 
     /*!
-     * \brief Makes an error of \a code and \a message, both kept as they are.
+     * \brief Constructs an error with \a code and \a message, both unmodified.
      *
      * A default-constructed Error means success.
      */
     Error(Code code = NoError, const QString &message = QString());
 
-    /*! \brief True when there \e is an error; the same as isError(). */
+    /*! \brief Returns true if there \e is an error, like isError(). */
     explicit operator bool() const;
 
-    /*! \brief True when code() is not NoError. The message plays no part. */
+    /*! \brief Returns true if code() is not NoError, whatever the message is. */
     bool isError() const;
 
-    /*! \brief The code given at construction. */
+    /*! \brief Returns the code passed to the constructor. */
     Code code() const;
 
     /*!
-     * \brief The message given at construction, never composed from the code or decorated.
+     * \brief Returns the message passed to the constructor, unmodified.
      *
-     * In an error of the service or the bus it is that side's own text, meant for a log rather
-     * than for a user. It is null when the request succeeded.
+     * The message of an error of the service or the bus is the text that the service or the bus
+     * sent. It is intended for logs, not for users. It is null if the request succeeded.
      */
     QString message() const;
 
@@ -135,12 +134,13 @@ private:
 };
 
 /*!
- * \brief The Error that stands for a D-Bus \a error.
+ * \brief Converts the D-Bus \a error to an Error.
  *
- * The service's own errors, named "org.brenvik.ManagedConfiguration.Error." and the code's
- * enumerator, become that code; every other named error becomes Error::Internal. The message is
- * the D-Bus error's own. An \a error that is none, or has no name, gives a success with a null
- * message. Never fails, logs nothing, and may be called from any thread.
+ * The errors of the service have names that consist of "org.brenvik.ManagedConfiguration.Error."
+ * and the enumerator of the code; they are converted to that code. All other named errors are
+ * converted to Error::Internal. The message is that of the D-Bus error. If \a error is not an
+ * error, or has no name, the result means success and has a null message. This function never
+ * fails, logs nothing, and is thread-safe.
  */
 TARNVEL_MANAGED_CONFIGURATION_EXPORT Error errorFromDBus(const QDBusError &error);
 

@@ -9,28 +9,27 @@
  * \file
  * \brief The export macro of the library.
  *
- * Everything that does not bear TARNVEL_MANAGED_CONFIGURATION_EXPORT stays inside the shared
- * library.
+ * The shared library exports only declarations marked with TARNVEL_MANAGED_CONFIGURATION_EXPORT.
  */
 
 /*!
  * \namespace Tarnvel
- * \brief What the project offers.
+ * \brief The namespace of the project.
  */
 
 /*!
  * \namespace Tarnvel::Application
- * \brief What is linked into applications, as opposed to services and tools.
+ * \brief Libraries for applications, as opposed to services and tools.
  */
 
 /*!
  * \namespace Tarnvel::Application::ManagedConfiguration
- * \brief The library: ConfigurationManager, and the values that it takes and hands out.
+ * \brief The library: ConfigurationManager and the types of its parameters.
  */
 
 /*!
  * \def TARNVEL_MANAGED_CONFIGURATION_EXPORT
- * \brief Makes a class or a function visible outside the shared library.
+ * \brief Exports a class or a function from the shared library.
  */
 #if defined(TARNVEL_MANAGED_CONFIGURATION_BUILD)
 #define TARNVEL_MANAGED_CONFIGURATION_EXPORT Q_DECL_EXPORT

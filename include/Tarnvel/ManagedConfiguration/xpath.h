@@ -13,7 +13,7 @@ namespace Application {
 namespace ManagedConfiguration {
 
 /*!
- * \brief One step of an Xpath: a key of a configuration or a position in a list.
+ * \brief The XpathAccess class is one step of an Xpath: the key of a value or the index of an item.
  *
  * \code
  * #include <Tarnvel/ManagedConfiguration/Xpath>
@@ -28,33 +28,33 @@ namespace ManagedConfiguration {
  * }
  * \endcode
  *
- * A plain value, which needs neither a service nor a bus. Distinct objects may be used in different
- * threads.
+ * The class needs neither a service nor a bus. It is reentrant: different threads can use different
+ * objects.
  */
 class TARNVEL_MANAGED_CONFIGURATION_EXPORT XpathAccess
 {
 public:
-    /*! \brief The kind of step. The numbers are fixed. */
+    /*! \brief The type of a step. The numeric values are fixed. */
     enum Type : int {
-        /*! Selects an item of a list by its position. */
+        /*! Selects an item of a list by its index. */
         Index = 0,
         /*! Selects a value of a configuration by its key. */
         Key = 1,
     };
 
-    /*! \brief Makes an Index step to the position \a index, counted from 0. Any int is taken. */
+    /*! \brief Constructs an Index step with the 0-based \a index. Every int is allowed. */
     explicit XpathAccess(int index);
 
-    /*! \brief Makes a Key step to \a key. Any string is taken. */
+    /*! \brief Constructs a Key step with \a key. Every string is allowed. */
     explicit XpathAccess(const QString &key);
 
-    /*! \brief The kind of this step. */
+    /*! \brief Returns the type of this step. */
     Type type() const;
 
-    /*! \brief The position of an Index step; 0 for a Key step. */
+    /*! \brief Returns the index of an Index step; 0 for a Key step. */
     int toIndex() const;
 
-    /*! \brief The key of a Key step; a null string for an Index step. */
+    /*! \brief Returns the key of a Key step; a null string for an Index step. */
     const QString &toKey() const;
 
 private:
@@ -64,11 +64,11 @@ private:
 };
 
 /*!
- * \brief A path that names one value inside a nested configuration, such as "window/sizes[2]".
+ * \brief The Xpath class is a path to a value in a nested configuration, such as "window/sizes[2]".
  *
- * The parts of a path are separated by "/"; empty parts are dropped. A part is a key, or a key
- * followed by one position in brackets, counted from 0. Everything but "/", "[" and "]" belongs to
- * the key as it stands, blanks included. A list inside a list cannot be addressed.
+ * The parts of a path are separated by "/"; empty parts are ignored. A part is a key, optionally
+ * followed by one 0-based index in brackets. A key can contain all characters except "/", "[" and
+ * "]"; spaces are part of it. A path cannot select an item of a list inside a list.
  *
  * \code
  * #include <Tarnvel/ManagedConfiguration/Xpath>
@@ -81,8 +81,8 @@ private:
  * }
  * \endcode
  *
- * A plain value, parsed once by its constructor, which needs neither a service nor a bus. Distinct
- * objects may be used in different threads.
+ * The constructor parses the path. The class needs neither a service nor a bus. It is reentrant:
+ * different threads can use different objects.
  */
 class TARNVEL_MANAGED_CONFIGURATION_EXPORT Xpath
 {
@@ -90,19 +90,19 @@ public:
     /*!
      * \brief Parses \a xpath.
      *
-     * A text that is no path gives an Xpath that is not valid and one warning in the message log
-     * that names the fault. A text made of separators alone gives no warning.
+     * If \a xpath is not a valid path, logs one warning with the reason, and the Xpath is invalid.
+     * No warning is logged if \a xpath consists of separators only.
      */
     explicit Xpath(const QString &xpath);
 
-    /*! \brief True when the text was a path of at least one step. */
+    /*! \brief Returns true if the path is valid; a valid path has at least one step. */
     bool isValid() const;
 
-    /*! \brief The text given at construction, unchanged, also when it is not valid. */
+    /*! \brief Returns the text passed to the constructor, unmodified, even if it is not valid. */
     const QString &toString() const;
 
     /*!
-     * \brief The steps in the order of the path; empty when the path is not valid.
+     * \brief Returns the steps in the order of the path; empty if the path is not valid.
      *
      * The first step is always a Key step, and an Index step always follows a Key step.
      */
