@@ -47,7 +47,7 @@ void start(const Configuration &configuration, const Error &error)
         return QCoreApplication::exit(EXIT_FAILURE);
     print(configuration);
 
-    // A nested configuration is a value like any other: it is taken out, altered and put back.
+    // To change a nested configuration, take it out, change it and put it back.
     Configuration network = Configuration::fromVariant(configuration.get("network"));
     network.set("proxy", "localhost:8080");
     Configuration change;
@@ -61,7 +61,7 @@ void start(const Configuration &configuration, const Error &error)
 void follow(const Configuration &configuration)
 {
     QTextStream(stdout) << "The configuration has changed" << Qt::endl;
-    if (!configuration.isEmpty()) // It is empty, too, when it could not be read.
+    if (!configuration.isEmpty()) // It is also empty if it could not be read.
         print(configuration);
 }
 

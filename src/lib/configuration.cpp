@@ -42,7 +42,7 @@ QVariant itemAt(const QVariant &list, int index)
     return index >= 0 && index < items.size() ? QVariant(items.at(index)) : QVariant();
 }
 
-// One item, out of the list as it lies there: Qt would make a QVariant of every other item too.
+// Reads one item in place: QVariantList would convert all other items too.
 QVariant itemAt(const QVariant &list, int index)
 {
     if (list.userType() == qMetaTypeId<QList<int>>())
@@ -52,14 +52,14 @@ QVariant itemAt(const QVariant &list, int index)
     return itemAt<QString>(list, index);
 }
 
-// The configuration inside the value, uncopied.
+// The configuration in the value, without copying it.
 const Configuration *configurationIn(const QVariant &value)
 {
     return isConfiguration(value) ? static_cast<const Configuration *>(value.constData()) : nullptr;
 }
 
-// The steps return where their value lies, or null after a warning. A value lies in its
-// configuration; an item of a list is a copy, which has to be put somewhere.
+// The steps return a pointer to their value, or null after a warning. A value is stored in its
+// configuration; an item of a list is copied into the parameter item.
 
 const QVariant *stepToItem(const QVariant &current, int index, const QString &xpath, QVariant &item)
 {
@@ -145,7 +145,7 @@ bool ConfigurationPrivate::set(const QString &key, const QVariant &value)
     if (!contains(scalarTypes, value.type()) && !isSupportedListType(value)
         && !isConfiguration(value))
         return false;
-    // What is received comes in the order of its keys as a rule, and then needs no search.
+    // Received entries are usually sorted by key; with this hint they need no search.
     m_entries.insert(m_entries.cend(), key, value);
     return true;
 }

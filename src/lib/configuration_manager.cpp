@@ -38,8 +38,8 @@ QString getDBusApplicationPath()
         qWarning() << "Organization name and application name must be set to work with managed "
                       "configuration";
 
-    // One name after the other: the service computes the path in the same way, and the two must
-    // agree even on a name that contains a placeholder.
+    // One arg() after the other: the service computes the path in the same way, and both must agree
+    // even if a name contains a placeholder.
     QString path = QStringLiteral("/%1.%2").arg(organization);
     path = path.arg(application);
     return path.replace(QLatin1Char('.'), QLatin1String("_2e"));
@@ -54,8 +54,7 @@ void appendElement(QList<T> &list, const QVariant &element)
         qWarning() << "Array element has unexpected type: " << QVariant::typeToName(element.type());
 }
 
-// Each element goes into the list as it is read: a list of QVariants in between would take an
-// allocation for each.
+// Appends each element as it is read: a QVariantList in between would allocate memory for each.
 template<typename T>
 QVariant toTypedList(const QVariant &first, const QDBusArgument &argument)
 {
@@ -71,8 +70,8 @@ QVariant parseElements(const QDBusArgument &argument)
     if (argument.atEnd())
         return QVariantList();
 
-    // The first element decides. Behind one that makes no list, millions may wait that would only
-    // fill the memory.
+    // The type of the first element decides. If it is unsupported, the others are not read: there
+    // may be millions.
     const QVariant first = argument.asVariant();
     switch (first.type()) {
     case QVariant::Int:
@@ -114,7 +113,7 @@ QVariant parseVariantData(QVariant value)
     }
 }
 
-// QtDBus does not know QList<QString>, and asking libdbus to send it ends the process.
+// Qt D-Bus does not support QList<QString>; sending one terminates the process.
 QDBusVariant sendable(const QVariant &value)
 {
     if (value.userType() == qMetaTypeId<QList<QString>>())
@@ -122,7 +121,7 @@ QDBusVariant sendable(const QVariant &value)
     return QDBusVariant(value);
 }
 
-// The bus drops the connection that sends more containers inside one another.
+// The bus disconnects a sender of more nested containers.
 constexpr int deepestLevel = DBus::maximumContainerDepth / DBus::containersPerLevel;
 
 bool isTooDeep(const Configuration &configuration, int level = 1)
@@ -144,9 +143,8 @@ QDBusError tooDeepError()
             .arg(deepestLevel)};
 }
 
-// When the process has no connection to a bus, QtDBus hands out a call that has failed but whose
-// watcher never reports it. The same error made into a call of its own is reported, from the event
-// loop, like any other.
+// Without a connection to the bus, Qt D-Bus returns a failed call whose watcher never emits
+// finished(). The watcher of a call created from the same error does, from the event loop.
 QDBusPendingCall reported(const QDBusPendingCall &call)
 {
     return call.isError() ? QDBusPendingCall::fromError(call.error()) : call;
@@ -164,7 +162,7 @@ template<typename Handler>
 void watchOnce(const QDBusPendingCall &call, QObject *parent, Handler handler)
 {
     watch(call, parent, [handler = std::move(handler)](QDBusPendingCallWatcher *watcher) {
-        // What the handler calls may delete the manager, and with it the watcher.
+        // The handler may delete the manager, and with it the watcher.
         const QPointer<QDBusPendingCallWatcher> guard(watcher);
         handler(*watcher);
         if (guard)
@@ -177,16 +175,16 @@ Configuration configurationOrEmpty(const QDBusPendingReply<Configuration> &reply
     return reply.isValid() ? reply.value() : Configuration();
 }
 
-// libdbus stops reading from the bus while 63 MiB of received messages are alive, and a watcher
-// keeps its own alive.
+// libdbus stops reading from the bus while 63 MiB of received messages are in use, and a watcher
+// keeps its reply in use.
 void dropReply(QDBusPendingCallWatcher *watcher)
 {
     static_cast<QDBusPendingCall &>(*watcher) = QDBusPendingCall::fromCompletedCall(QDBusMessage());
 }
 
-// QtDBus takes what is there for what it is asked to read, past the end of the data if need be. All
-// entries of a dictionary are of one kind, so the first tells whether they can be read. Among what
-// can be a key, only a string comes as one.
+// Qt D-Bus does not check that the data has the type it is asked to read, and may read past the
+// end. All entries of a dictionary have the same types, so it is enough to check the first. Of the
+// types that a key can have, asVariant() returns only a string as QVariant::String.
 void readEntries(const QDBusArgument &argument, Configuration &configuration)
 {
     argument.beginMapEntry();

@@ -18,7 +18,7 @@ class ConfigurationManager;
 /*!
  * \brief Writes \a configuration as one dictionary of signature a{sv}.
  *
- * Nested configurations are written the same way, to any depth.
+ * Nested configurations are written in the same way, at any depth.
  */
 TARNVEL_MANAGED_CONFIGURATION_EXPORT QDBusArgument &operator<<(QDBusArgument &argument,
                                                                const Configuration &configuration);
@@ -26,16 +26,16 @@ TARNVEL_MANAGED_CONFIGURATION_EXPORT QDBusArgument &operator<<(QDBusArgument &ar
 /*!
  * \brief Adds the entries of a dictionary of signature a{sv} to \a configuration.
  *
- * Nested dictionaries become nested configurations, arrays become typed lists. Entries that a
- * Configuration does not store are left out; a warning tells of arrays that do not fit.
+ * Nested dictionaries become nested configurations, arrays become typed lists. Values of types that
+ * Configuration does not support are omitted, with a warning for some arrays.
  */
 TARNVEL_MANAGED_CONFIGURATION_EXPORT const QDBusArgument &operator>>(const QDBusArgument &argument,
                                                                      Configuration &configuration);
 
 /*!
- * \brief The D-Bus side of a ConfigurationManager: its requests and its subscription.
+ * \brief The D-Bus interface of a ConfigurationManager: its requests and its subscription.
  *
- * The watchers of all calls are its children, so that none outlives it.
+ * The watchers of all calls are its children, so that none of them outlives it.
  */
 class TARNVEL_MANAGED_CONFIGURATION_EXPORT ConfigurationManagerPrivate
     : public QDBusAbstractInterface
@@ -43,22 +43,22 @@ class TARNVEL_MANAGED_CONFIGURATION_EXPORT ConfigurationManagerPrivate
     Q_OBJECT
 
 public:
-    /*! \brief Opens the interface for \a manager, on which changes will be announced. */
+    /*! \brief Connects to the interface for \a manager, which will emit the changes. */
     explicit ConfigurationManagerPrivate(ConfigurationManager *manager);
 
-    /*! \brief As ConfigurationManager::getConfiguration(). */
+    /*! \brief See ConfigurationManager::getConfiguration(). */
     void getConfiguration(const std::function<void(const Configuration &configuration,
                                                    const Error &error)> &callback);
 
-    /*! \brief As ConfigurationManager::changeConfiguration(). */
+    /*! \brief See ConfigurationManager::changeConfiguration(). */
     void changeConfiguration(const Configuration &configuration,
                              const std::function<void(const Error &error)> &callback);
 
 public Q_SLOTS:
     /*!
-     * \brief Reads the configuration again and announces it on the manager.
+     * \brief Reads the configuration again and emits configurationChanged() of the manager.
      *
-     * The watcher of this re-read is kept until this object is destroyed.
+     * The watcher of this call is kept until this object is destroyed.
      */
     void onConfigurationChanged();
 

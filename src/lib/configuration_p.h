@@ -14,16 +14,16 @@ namespace Tarnvel::Application::ManagedConfiguration {
 /*!
  * \brief The entries of a Configuration, in ascending order of their keys.
  *
- * The way in for code that must see all entries at once, or hold values that Configuration::set()
- * refuses. containsKey(), isEmpty(), get() and set() are those of Configuration.
+ * For code that needs all entries at once, or values that Configuration::set() refuses.
+ * containsKey(), isEmpty(), get() and set() are those of Configuration.
  */
 class TARNVEL_MANAGED_CONFIGURATION_EXPORT ConfigurationPrivate
 {
 public:
-    /*! \brief Keeps \a map as it is; no type is checked. */
+    /*! \brief Stores \a map without checking the types. */
     explicit ConfigurationPrivate(QMap<QString, QVariant> map);
 
-    /*! \brief Makes a copy that shares the entries of \a other until one side is written. */
+    /*! \brief Constructs a copy that shares the entries of \a other until one is modified. */
     ConfigurationPrivate(const ConfigurationPrivate &other);
 
     bool containsKey(const QString &key) const;
@@ -32,9 +32,9 @@ public:
     bool set(const QString &key, const QVariant &value);
 
     /*!
-     * \brief The entries of \a configuration, shared rather than copied.
+     * \brief Returns the entries of \a configuration, which are shared, not copied.
      *
-     * Ends the process with an assertion failure if \a configuration has been moved from.
+     * Terminates the process with an assertion failure if \a configuration has been moved from.
      */
     static QMap<QString, QVariant> data(const Configuration &configuration);
 

@@ -50,8 +50,8 @@ Error errorFromDBus(const QDBusError &error)
     if (!error.name().startsWith(prefix))
         return Error(Error::Internal, error.message());
 
-    // The prefix goes wherever it stands: a service that wraps an error of its own in another
-    // one repeats it.
+    // Removes every occurrence: a service that wraps one of its errors in another repeats the
+    // prefix.
     QString suffix = error.name();
     suffix.remove(prefix);
     return Error(codes.value(suffix, Error::Internal), error.message());

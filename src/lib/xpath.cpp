@@ -39,8 +39,8 @@ bool appendIndexedPart(const QString &part, const QString &xpath, QList<XpathAcc
         return false;
     }
 
-    // A part such as "12]" has no "[" and still comes here: mid() then takes the whole part as
-    // the key and all before the "]" as the index, and applications may rely on that.
+    // A part such as "12]" has no "[": mid() then returns the whole part as the key, and the text
+    // before the "]" as the index. Applications may rely on that.
     const QString key = part.mid(0, open);
     const QString indexText = part.mid(open + 1, close - open - 1);
     bool isNumber = false;
@@ -63,7 +63,7 @@ QList<XpathAccess> parseXpathAccesses(const QString &xpath)
 
     QList<XpathAccess> accesses;
     accesses.reserve(xpath.count(QLatin1Char('/')) + 1);
-    // Read once, and split by hand: most of a lookup is this, and most parts are plain keys.
+    // One pass without QString::split(): a lookup spends most of its time here.
     const QChar *end = xpath.begin();
     for (const QChar *begin = end; begin < xpath.end(); begin = end + 1) {
         const QChar *const special = std::find_if(begin, xpath.end(), isSpecial);
