@@ -34,7 +34,7 @@ public:
 
 private:
     QCoreApplication m_application;
-    Sandbox::PrivateBus m_bus;
+    Testing::PrivateBus m_bus;
     QProcess m_service;
 };
 

@@ -20,7 +20,7 @@ using namespace Tarnvel;
 
 namespace {
 
-GVariant *answerTo(const Sandbox::MethodCall &call)
+GVariant *answerTo(const Testing::MethodCall &call)
 {
     static QHash<QString, GVariant *> answers;
 
@@ -41,7 +41,7 @@ int main(int argc, char *argv[])
 {
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     QCoreApplication application(argc, argv);
-    Sandbox::RawService service([&service](const Sandbox::MethodCall &call) {
+    Testing::RawService service([&service](const Testing::MethodCall &call) {
         if (GVariant *answer = answerTo(call))
             call.reply(answer);
         else

@@ -8,7 +8,7 @@
 #include <mutex>
 #include <thread>
 
-namespace Tarnvel::Sandbox {
+namespace Tarnvel::Testing {
 
 namespace {
 
@@ -72,4 +72,4 @@ bool closeConnection(GDBusConnection *connection)
     return g_dbus_connection_close_sync(connection, deadline.cancellable(), nullptr);
 }
 
-} // namespace Tarnvel::Sandbox
+} // namespace Tarnvel::Testing

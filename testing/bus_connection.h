@@ -7,7 +7,7 @@
 
 #include <gio/gio.h>
 
-namespace Tarnvel::Sandbox {
+namespace Tarnvel::Testing {
 
 /*! \brief What is asked of a bus is given up after so many milliseconds. */
 constexpr int busTimeoutMs = 10000;
@@ -26,4 +26,4 @@ GDBusConnection *openConnection(const QString &address, GError **error);
  */
 bool closeConnection(GDBusConnection *connection);
 
-} // namespace Tarnvel::Sandbox
+} // namespace Tarnvel::Testing

@@ -11,7 +11,7 @@
 #include <sys/prctl.h>
 #include <unistd.h>
 
-namespace Tarnvel::Sandbox {
+namespace Tarnvel::Testing {
 
 namespace {
 
@@ -131,4 +131,4 @@ void PrivateBus::Daemon::setupChildProcess()
     prctl(PR_SET_PDEATHSIG, SIGKILL);
 }
 
-} // namespace Tarnvel::Sandbox
+} // namespace Tarnvel::Testing

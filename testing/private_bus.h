@@ -10,7 +10,7 @@
 
 #include <optional>
 
-namespace Tarnvel::Sandbox {
+namespace Tarnvel::Testing {
 
 /*!
  * \brief A D-Bus daemon of type system that nobody else uses.
@@ -70,4 +70,4 @@ private:
     QString m_errorString;
 };
 
-} // namespace Tarnvel::Sandbox
+} // namespace Tarnvel::Testing

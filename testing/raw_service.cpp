@@ -9,7 +9,7 @@
 #include <gio/gunixfdlist.h>
 #include <utility>
 
-namespace Tarnvel::Sandbox {
+namespace Tarnvel::Testing {
 
 namespace {
 
@@ -227,4 +227,4 @@ bool RawService::ownName(GError **error)
     return false;
 }
 
-} // namespace Tarnvel::Sandbox
+} // namespace Tarnvel::Testing

@@ -11,7 +11,7 @@
 #include <memory>
 #include <optional>
 
-namespace Tarnvel::Sandbox {
+namespace Tarnvel::Testing {
 
 /*! \brief The process behind a connection to the bus, as far as the bus knows. */
 struct Caller
@@ -128,4 +128,4 @@ private:
     QString m_errorString;
 };
 
-} // namespace Tarnvel::Sandbox
+} // namespace Tarnvel::Testing

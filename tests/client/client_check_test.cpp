@@ -167,7 +167,7 @@ void ClientCheckTest::aRefusalIsFound()
 
 void ClientCheckTest::aServiceThatDoesNotAnswerIsFound()
 {
-    m_fixture.service.answerThrough([](const Tarnvel::Sandbox::MethodCall &) {});
+    m_fixture.service.answerThrough([](const Tarnvel::Testing::MethodCall &) {});
     const Outcome outcome = m_program->run(clientArguments({"check", "--timeout", "1"}));
     QVERIFY2(outcome.output.contains("configuration: no answer from the service within 1 seconds\n"
                                      "  what to do: "),

@@ -10,7 +10,7 @@
 #include <gio/gunixsocketaddress.h>
 
 using namespace Tarnvel::Testing;
-using Tarnvel::Sandbox::MethodCall;
+using Tarnvel::Testing::MethodCall;
 
 namespace {
 

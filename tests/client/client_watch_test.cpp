@@ -7,7 +7,7 @@
 #include <QtTest/QTest>
 
 using namespace Tarnvel::Testing;
-using Tarnvel::Sandbox::MethodCall;
+using Tarnvel::Testing::MethodCall;
 
 class ClientWatchTest : public QObject
 {

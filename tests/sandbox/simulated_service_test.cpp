@@ -15,6 +15,9 @@
 
 using namespace Tarnvel;
 using namespace Tarnvel::Sandbox;
+using Tarnvel::Testing::MethodCall;
+using Tarnvel::Testing::PrivateBus;
+using Tarnvel::Testing::RawService;
 
 Q_DECLARE_METATYPE(Tarnvel::Sandbox::Variant)
 

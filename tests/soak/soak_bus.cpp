@@ -10,8 +10,8 @@
 #include <QtCore/QStringList>
 
 using Tarnvel::Sandbox::Command;
-using Tarnvel::Sandbox::PrivateBus;
 using Tarnvel::Sandbox::SignalState;
+using Tarnvel::Testing::PrivateBus;
 
 // Runs the application on a private bus. What the bus writes to its log is kept by the process that
 // started it, and must not be counted to the application.

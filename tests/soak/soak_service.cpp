@@ -19,9 +19,9 @@
 
 using namespace Tarnvel::Soak;
 using Tarnvel::DBus::errorPrefix;
-using Tarnvel::Sandbox::MethodCall;
-using Tarnvel::Sandbox::RawService;
 using Tarnvel::Sandbox::TerminationSignals;
+using Tarnvel::Testing::MethodCall;
+using Tarnvel::Testing::RawService;
 
 namespace {
 

@@ -44,7 +44,7 @@ public:
     QString uniqueName() const;
 
     CatchingApplication application;
-    Sandbox::PrivateBus bus;
+    Testing::PrivateBus bus;
     FakeService service;
 };
 

@@ -25,7 +25,7 @@ GVariant *parseValue(const QString &text)
 }
 
 FakeService::FakeService(const QString &address)
-    : m_address(address), m_service([this](const Sandbox::MethodCall &call) { receive(call); })
+    : m_address(address), m_service([this](const Testing::MethodCall &call) { receive(call); })
 {
     answerWith(QStringLiteral("(@a{sv} {},)"));
 }
@@ -46,13 +46,13 @@ void FakeService::stop()
 void FakeService::answerWith(const QString &values)
 {
     const std::shared_ptr<GVariant> answer(parseValue(values), g_variant_unref);
-    answerThrough([answer](const Sandbox::MethodCall &call) { call.reply(answer.get()); });
+    answerThrough([answer](const Testing::MethodCall &call) { call.reply(answer.get()); });
 }
 
 void FakeService::answerWithError(const QString &name, const QString &message)
 {
     answerThrough(
-        [name, message](const Sandbox::MethodCall &call) { call.replyError(name, message); });
+        [name, message](const Testing::MethodCall &call) { call.replyError(name, message); });
 }
 
 void FakeService::answerThrough(const Handler &handler)
@@ -73,7 +73,7 @@ void FakeService::announceChange(const QString &path, const QString &arguments)
         g_variant_unref(values);
 }
 
-void FakeService::receive(const Sandbox::MethodCall &call)
+void FakeService::receive(const Testing::MethodCall &call)
 {
     m_calls.append({call.path(), call.method(), printValue(call.arguments())});
     // A copy: the handler may set another one.

@@ -33,7 +33,7 @@ public:
         QString arguments;
     };
 
-    using Handler = Sandbox::RawService::Handler;
+    using Handler = Testing::RawService::Handler;
 
     /*! \brief A service for the bus at \a address that is not running yet. */
     explicit FakeService(const QString &address);
@@ -60,12 +60,12 @@ public:
     void announceChange(const QString &path, const QString &arguments = QString());
 
 private:
-    void receive(const Sandbox::MethodCall &call);
+    void receive(const Testing::MethodCall &call);
 
     QString m_address;
     QList<Call> m_calls;
     Handler m_handler;
-    Sandbox::RawService m_service;
+    Testing::RawService m_service;
 };
 
 } // namespace Tarnvel::Testing

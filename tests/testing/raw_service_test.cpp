@@ -13,10 +13,10 @@
 #include <csignal>
 
 using namespace Tarnvel;
-using Tarnvel::Sandbox::Caller;
-using Tarnvel::Sandbox::MethodCall;
-using Tarnvel::Sandbox::PrivateBus;
-using Tarnvel::Sandbox::RawService;
+using Tarnvel::Testing::Caller;
+using Tarnvel::Testing::MethodCall;
+using Tarnvel::Testing::PrivateBus;
+using Tarnvel::Testing::RawService;
 
 namespace {
 

@@ -47,7 +47,7 @@ private:
     int m_failure = 0;
     Expectation m_expectation;
     Log m_log;
-    PrivateBus m_bus;
+    Testing::PrivateBus m_bus;
     Scenario m_scenario;
     std::optional<SimulatedService> m_service;
     std::optional<FileWatch> m_watch;

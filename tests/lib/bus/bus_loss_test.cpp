@@ -12,7 +12,7 @@
 
 using namespace Tarnvel::Application::ManagedConfiguration;
 using namespace Tarnvel::Testing;
-using Tarnvel::Sandbox::MethodCall;
+using Tarnvel::Testing::MethodCall;
 
 class BusLossTest : public QObject
 {

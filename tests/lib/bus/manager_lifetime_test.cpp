@@ -13,7 +13,7 @@
 
 using namespace Tarnvel::Application::ManagedConfiguration;
 using namespace Tarnvel::Testing;
-using Tarnvel::Sandbox::MethodCall;
+using Tarnvel::Testing::MethodCall;
 
 class ManagerLifetimeTest : public QObject
 {

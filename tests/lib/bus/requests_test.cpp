@@ -18,7 +18,7 @@
 
 using namespace Tarnvel::Application::ManagedConfiguration;
 using namespace Tarnvel::Testing;
-using Tarnvel::Sandbox::MethodCall;
+using Tarnvel::Testing::MethodCall;
 
 Q_DECLARE_METATYPE(Tarnvel::Application::ManagedConfiguration::Error::Code)
 

@@ -56,7 +56,7 @@ private Q_SLOTS:
     void aChangeIsAnnounced();
 
 private:
-    Tarnvel::Sandbox::PrivateBus m_bus;
+    Tarnvel::Testing::PrivateBus m_bus;
     OwnService m_service;
     std::unique_ptr<ConfigurationManager> m_manager;
     const QString m_expected = QStringLiteral(

@@ -15,18 +15,18 @@ namespace {
 // A longer change is cut off in the line, not in the record.
 constexpr int longestChange = 200;
 
-bool isChange(const MethodCall &call)
+bool isChange(const Testing::MethodCall &call)
 {
     return call.method() == QLatin1String(DBus::changeConfigurationMethod)
         && g_variant_is_of_type(call.arguments(), G_VARIANT_TYPE("(a{sv})"));
 }
 
-Variant changeOf(const MethodCall &call)
+Variant changeOf(const Testing::MethodCall &call)
 {
     return adopt(g_variant_get_child_value(call.arguments(), 0));
 }
 
-QString methodText(const MethodCall &call)
+QString methodText(const Testing::MethodCall &call)
 {
     if (!isChange(call))
         return call.method();

@@ -16,8 +16,8 @@ namespace Tarnvel::Sandbox {
 /*! \brief A call, and who made it. */
 struct Request
 {
-    MethodCall call;
-    Caller caller;
+    Testing::MethodCall call;
+    Testing::Caller caller;
     /*! The application's name, "acme/viewer"; empty if none is kept at the call's path. */
     QString application;
     /*! Whether a fault had it wait. */

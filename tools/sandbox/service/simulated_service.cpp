@@ -80,7 +80,8 @@ SimulatedService::SimulatedService(const Scenario &scenario, Log *log,
       m_known(configurationsOf(scenario)),
       m_log(log),
       m_killBus(std::move(killBus)),
-      m_service([this](const MethodCall &call) { receive(call); }, [this] { loseConnection(); }),
+      m_service([this](const Testing::MethodCall &call) { receive(call); },
+                [this] { loseConnection(); }),
       m_faults([this](const QString &path, const Fault &fault) { meetInTime(path, fault); })
 {
 }
@@ -116,7 +117,7 @@ QString SimulatedService::errorString() const
     return m_service.errorString();
 }
 
-void SimulatedService::receive(const MethodCall &call)
+void SimulatedService::receive(const Testing::MethodCall &call)
 {
     const CallFaults faults = m_faults.count(call.path(), call.method());
     const Request request {call, call.caller(), m_scenario.value(call.path()).name,
@@ -145,7 +146,7 @@ void SimulatedService::meet(const Request &request, const std::optional<Fault> &
 
 void SimulatedService::serve(const Request &request, const std::optional<Fault> &fault)
 {
-    const MethodCall &call = request.call;
+    const Testing::MethodCall &call = request.call;
     const auto application = m_scenario.find(call.path());
     if (application == m_scenario.end())
         return refuse(request, serviceError(QStringLiteral("NotConfigurable")),
@@ -176,7 +177,7 @@ void SimulatedService::answer(const Request &request, const Application &applica
 void SimulatedService::change(const Request &request, Application *application,
                               const std::optional<Fault> &fault)
 {
-    const MethodCall &call = request.call;
+    const Testing::MethodCall &call = request.call;
     const Variant change = adopt(g_variant_get_child_value(call.arguments(), 0));
     const Variant known = m_known.value(call.path());
     if (const auto refusal = refuseChange(*application, known, change.get()))

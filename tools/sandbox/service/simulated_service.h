@@ -51,7 +51,7 @@ public:
     QString errorString() const;
 
 private:
-    void receive(const MethodCall &call);
+    void receive(const Testing::MethodCall &call);
     void meet(const Request &request, const std::optional<Fault> &fault);
     void serve(const Request &request, const std::optional<Fault> &fault);
     void answer(const Request &request, const Application &application,
@@ -76,7 +76,7 @@ private:
     QMap<QString, Variant> m_known;
     Log *m_log;
     std::function<void()> m_killBus;
-    RawService m_service;
+    Testing::RawService m_service;
     QString m_address;
     FaultSchedule m_faults;
     // The timers of calls that wait for their answer end with it.

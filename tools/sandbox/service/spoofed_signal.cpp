@@ -10,13 +10,13 @@ namespace Tarnvel::Sandbox {
 
 bool emitSpoofedSignal(const QString &address, const QString &path)
 {
-    g_autoptr(GDBusConnection) connection = openConnection(address, nullptr);
+    g_autoptr(GDBusConnection) connection = Testing::openConnection(address, nullptr);
     if (!connection)
         return false;
     const bool isSent = g_dbus_connection_emit_signal(
         connection, nullptr, path.toUtf8().constData(), DBus::applicationInterface,
         DBus::configurationChangedSignal, nullptr, nullptr);
-    return closeConnection(connection) && isSent;
+    return Testing::closeConnection(connection) && isSent;
 }
 
 } // namespace Tarnvel::Sandbox
