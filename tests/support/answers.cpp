@@ -4,18 +4,11 @@
 #include "answers.h"
 
 #include "description.h"
-
-#include <QtTest/QTest>
+#include "waiting.h"
 
 namespace Tarnvel::Testing {
 
 using namespace Application::ManagedConfiguration;
-
-namespace {
-
-constexpr int answerTimeoutMs = 30000;
-
-} // namespace
 
 std::function<void(const Configuration &, const Error &)> Answers::forReading() const
 {
@@ -56,7 +49,7 @@ QStringList Answers::texts() const
 
 bool Answers::waitFor(int count) const
 {
-    return QTest::qWaitFor([this, count] { return this->count() >= count; }, answerTimeoutMs)
+    return QTest::qWaitFor([this, count] { return this->count() >= count; }, waitTimeoutMs)
         && this->count() == count;
 }
 

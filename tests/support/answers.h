@@ -43,17 +43,40 @@ public:
     const Answer &at(int index) const;
 
     /*!
-     * \brief All answers as texts: the configuration as describe() writes it, and for a failure
+     * \brief All answers as texts: the configuration as describe() writes it, and for an error
      * " error <code>: <message>" behind it.
      */
     QStringList texts() const;
 
-    /*! \brief Runs the event loop until there are \a count answers; false after ten seconds. */
+    /*! \brief Runs the event loop until there are \a count answers; false if they do not come. */
     bool waitFor(int count) const;
 
 private:
     std::shared_ptr<QList<Answer>> m_answers = std::make_shared<QList<Answer>>();
 };
+
+/*!
+ * \brief Reads through \a requester, a manager or its private object; the answer as a text.
+ *
+ * What the bus delivered to this process before the answer has been handled by then.
+ */
+template<typename Requester>
+QString awaitRead(Requester &requester)
+{
+    const Answers answers;
+    requester.getConfiguration(answers.forReading());
+    return answers.waitFor(1) ? answers.texts().first() : QStringLiteral("no answer");
+}
+
+/*! \brief The same for a change to \a configuration. */
+template<typename Requester>
+QString awaitChange(Requester &requester,
+                    const Application::ManagedConfiguration::Configuration &configuration)
+{
+    const Answers answers;
+    requester.changeConfiguration(configuration, answers.forChanging());
+    return answers.waitFor(1) ? answers.texts().first() : QStringLiteral("no answer");
+}
 
 /*!
  * \brief Adds a row for each kind of request and outcome to the data of a test.

@@ -3,23 +3,18 @@
 
 #include "bus_fixture.h"
 
-#include <QtDBus/QDBusConnection>
+#include <QtTest/QTest>
 
 #include <functional>
 
 namespace Tarnvel::Testing {
-
-int CatchingApplication::caughtExceptions() const
-{
-    return m_caughtExceptions;
-}
 
 bool CatchingApplication::notify(QObject *receiver, QEvent *event)
 {
     try {
         return QCoreApplication::notify(receiver, event);
     } catch (const std::bad_function_call &) {
-        ++m_caughtExceptions;
+        ++caughtExceptions;
         return true;
     }
 }
@@ -37,9 +32,18 @@ BusFixture::BusFixture(int &argc, char **argv) : application(argc, argv), servic
         qFatal("the service did not start");
 }
 
-QString BusFixture::uniqueName() const
+BusTest::BusTest(BusFixture &fixture) : m_fixture(fixture), m_service(fixture.service) { }
+
+void BusTest::init()
 {
-    return QDBusConnection::systemBus().baseService();
+    m_service.reset();
+    m_service.answerWith(QStringLiteral("({'key': <7>},)"));
+    QVERIFY(m_service.start());
+}
+
+void BusTest::cleanup()
+{
+    m_service.reset();
 }
 
 bool isOnDBusDaemon()

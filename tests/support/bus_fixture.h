@@ -16,13 +16,9 @@ class CatchingApplication : public QCoreApplication
 public:
     using QCoreApplication::QCoreApplication;
 
-    /*! \brief How many exceptions have come out of event handlers so far. */
-    int caughtExceptions() const;
-
     bool notify(QObject *receiver, QEvent *event) override;
 
-private:
-    int m_caughtExceptions = 0;
+    int caughtExceptions = 0;
 };
 
 /*!
@@ -40,12 +36,26 @@ public:
     /*! \brief Starts the bus and the service; ends the process if either fails. */
     BusFixture(int &argc, char **argv);
 
-    /*! \brief The unique name on the bus of the connection that the library uses. */
-    QString uniqueName() const;
-
     CatchingApplication application;
-    Testing::PrivateBus bus;
+    PrivateBus bus;
     FakeService service;
+};
+
+/*! \brief A test whose functions each start with a fresh service, which keeps {'key': <7>}. */
+class BusTest : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit BusTest(BusFixture &fixture);
+
+protected Q_SLOTS:
+    virtual void init();
+    void cleanup();
+
+protected:
+    BusFixture &m_fixture;
+    FakeService &m_service;
 };
 
 /*!

@@ -24,35 +24,47 @@ GVariant *parseValue(const QString &text)
     return value;
 }
 
-FakeService::FakeService(const QString &address)
-    : m_address(address), m_service([this](const Testing::MethodCall &call) { receive(call); })
+void reply(const MethodCall &call, const QString &values)
 {
-    answerWith(QStringLiteral("(@a{sv} {},)"));
+    g_autoptr(GVariant) body = parseValue(values);
+    call.reply(body);
+}
+
+FakeService::FakeService(const QString &address) : m_address(address)
+{
+    reset();
 }
 
 bool FakeService::start()
 {
-    const bool isOpen = m_service.open(m_address);
+    const bool isOpen = m_service->open(m_address);
     if (!isOpen)
-        qWarning("%s", qUtf8Printable(m_service.errorString()));
+        qWarning("%s", qUtf8Printable(m_service->errorString()));
     return isOpen;
 }
 
 void FakeService::stop()
 {
-    m_service.close();
+    m_service->close();
+}
+
+void FakeService::reset()
+{
+    // A new raw service, so that no call to the old one still comes in.
+    m_service.emplace([this](const MethodCall &call) { receive(call); });
+    m_calls.clear();
+    answerWith(QStringLiteral("(@a{sv} {},)"));
 }
 
 void FakeService::answerWith(const QString &values)
 {
     const std::shared_ptr<GVariant> answer(parseValue(values), g_variant_unref);
-    answerThrough([answer](const Testing::MethodCall &call) { call.reply(answer.get()); });
+    answerThrough([answer](const MethodCall &call) { call.reply(answer.get()); });
 }
 
 void FakeService::answerWithError(const QString &name, const QString &message)
 {
-    answerThrough(
-        [name, message](const Testing::MethodCall &call) { call.replyError(name, message); });
+    answerThrough([name, message](const MethodCall &call) { call.replyError(name, message); });
 }
 
 void FakeService::answerThrough(const Handler &handler)
@@ -67,13 +79,11 @@ const QList<FakeService::Call> &FakeService::calls() const
 
 void FakeService::announceChange(const QString &path, const QString &arguments)
 {
-    GVariant *values = arguments.isEmpty() ? nullptr : parseValue(arguments);
-    m_service.announceChange(path, values);
-    if (values)
-        g_variant_unref(values);
+    g_autoptr(GVariant) values = arguments.isEmpty() ? nullptr : parseValue(arguments);
+    m_service->announceChange(path, values);
 }
 
-void FakeService::receive(const Testing::MethodCall &call)
+void FakeService::receive(const MethodCall &call)
 {
     m_calls.append({call.path(), call.method(), printValue(call.arguments())});
     // A copy: the handler may set another one.

@@ -9,11 +9,15 @@
 #include <QtCore/QString>
 
 #include <functional>
+#include <optional>
 
 namespace Tarnvel::Testing {
 
 /*! \brief A value in GVariant's text form, such as "({'theme': <'dark'>},)". */
 GVariant *parseValue(const QString &text);
+
+/*! \brief Answers \a call with \a values, a tuple in GVariant's text form. */
+void reply(const MethodCall &call, const QString &values);
 
 /*!
  * \brief A service under a test's command, which records what it is asked.
@@ -33,7 +37,7 @@ public:
         QString arguments;
     };
 
-    using Handler = Testing::RawService::Handler;
+    using Handler = RawService::Handler;
 
     /*! \brief A service for the bus at \a address that is not running yet. */
     explicit FakeService(const QString &address);
@@ -43,6 +47,9 @@ public:
 
     /*! \brief Drops off the bus, with calls unanswered if there are any. */
     void stop();
+
+    /*! \brief Drops off the bus and forgets its calls and its handler: as if it were new. */
+    void reset();
 
     /*! \brief From now on, answers every call with \a values, a tuple in GVariant's text form. */
     void answerWith(const QString &values);
@@ -60,12 +67,12 @@ public:
     void announceChange(const QString &path, const QString &arguments = QString());
 
 private:
-    void receive(const Testing::MethodCall &call);
+    void receive(const MethodCall &call);
 
     QString m_address;
     QList<Call> m_calls;
     Handler m_handler;
-    Testing::RawService m_service;
+    std::optional<RawService> m_service;
 };
 
 } // namespace Tarnvel::Testing

@@ -8,6 +8,7 @@
 #include "description.h"
 #include "message_log.h"
 
+#include <QtDBus/QDBusConnection>
 #include <QtDBus/QDBusPendingCallWatcher>
 #include <QtTest/QSignalSpy>
 #include <QtTest/QTest>
@@ -315,7 +316,7 @@ void AnnouncementsTest::aSpoofedSignalIsIgnored()
 {
     const int calls = m_service.calls().count();
     SpoofedSender spoofedSender(m_fixture.bus.address());
-    const QByteArray receiver = m_fixture.uniqueName().toUtf8();
+    const QByteArray receiver = QDBusConnection::systemBus().baseService().toUtf8();
     QVERIFY(spoofedSender.emitSignal("org.brenvik.ManagedConfiguration.Application1",
                                      "ConfigurationChanged", nullptr));
     QVERIFY(spoofedSender.emitSignal("org.brenvik.ManagedConfiguration.Application1",

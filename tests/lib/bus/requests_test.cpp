@@ -517,8 +517,8 @@ void RequestsTest::anEmptyCallbackThrowsFromTheEventLoop()
         requests.changeConfiguration(Configuration(), {});
     else
         requests.getConfiguration({});
-    const int exceptions = m_fixture.application.caughtExceptions();
-    QTRY_COMPARE(m_fixture.application.caughtExceptions(), exceptions + 1);
+    const int exceptions = m_fixture.application.caughtExceptions;
+    QTRY_COMPARE(m_fixture.application.caughtExceptions, exceptions + 1);
 
     // The exception passes by the release of the watcher, and other requests go on.
     Answers answers;
