@@ -3,8 +3,6 @@
 
 #include "bus_fixture.h"
 
-#include <QtTest/QTest>
-
 #include <functional>
 
 namespace Tarnvel::Testing {
@@ -38,7 +36,8 @@ void BusTest::init()
 {
     m_service.reset();
     m_service.answerWith(QStringLiteral("({'key': <7>},)"));
-    QVERIFY(m_service.start());
+    if (!m_service.start())
+        qFatal("the service did not start");
 }
 
 void BusTest::cleanup()
