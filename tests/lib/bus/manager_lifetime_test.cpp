@@ -4,82 +4,75 @@
 #include "announcements.h"
 #include "answers.h"
 #include "bus_fixture.h"
-#include "configuration_manager_p.h"
+#include "waiting.h"
 
-#include <QtTest/QTest>
 #include <Tarnvel/ManagedConfiguration/configuration_manager.h>
 
 #include <memory>
 
 using namespace Tarnvel::Application::ManagedConfiguration;
 using namespace Tarnvel::Testing;
-using Tarnvel::Testing::MethodCall;
 
-class ManagerLifetimeTest : public QObject
+class ManagerLifetimeTest : public BusTest
 {
     Q_OBJECT
 
 public:
-    explicit ManagerLifetimeTest(BusFixture &fixture) : m_service(fixture.service) { }
+    using BusTest::BusTest;
 
 private Q_SLOTS:
-    void init();
+    void init() override;
     void callbacksOfADestroyedManagerAreNeverCalled();
     void reReadsOfADestroyedManagerAreNotAnnounced();
     void aManagerMayBeDeletedInsideACallback_data();
     void aManagerMayBeDeletedInsideACallback();
     void aManagerMayBeDeletedWhileItAnnounces();
     void requestsOfAnotherManagerGoOn();
-    void aCallbackDiesWithItsManager();
+    void callbacksAreDestroyedBeforeTheirManager();
 
 private:
-    FakeService &m_service;
+    void keepCalls();
+    void replyToKeptCalls();
+
+    QList<MethodCall> m_calls;
+    std::unique_ptr<ConfigurationManager> m_manager;
 };
 
 void ManagerLifetimeTest::init()
 {
-    m_service.answerWith("({'key': <7>},)");
+    BusTest::init();
+    m_calls.clear();
+    m_manager = std::make_unique<ConfigurationManager>();
+    // By the time the service replies, the bus has the subscription too.
+    QCOMPARE(awaitRead(*m_manager), R"({"key": int 7})");
 }
 
 void ManagerLifetimeTest::callbacksOfADestroyedManagerAreNeverCalled()
 {
-    QList<MethodCall> calls;
-    m_service.answerThrough([&](const MethodCall &call) { calls.append(call); });
-    Answers dropped;
-    auto manager = std::make_unique<ConfigurationManager>();
-    manager->getConfiguration(dropped.forReading());
-    manager->changeConfiguration(Configuration(), dropped.forChanging());
-    QTRY_COMPARE(calls.count(), 2);
-    manager.reset();
-    for (const MethodCall &call : qAsConst(calls))
-        call.reply(parseValue("(@a{sv} {},)"));
+    keepCalls();
+    const Answers dropped;
+    m_manager->getConfiguration(dropped.forReading());
+    m_manager->changeConfiguration(Configuration(), dropped.forChanging());
+    TRY_COMPARE(m_calls.count(), 2);
+    m_manager.reset();
+    replyToKeptCalls();
 
-    m_service.answerWith("({'key': <7>},)");
     ConfigurationManager later;
-    Answers answers;
-    later.getConfiguration(answers.forReading());
-    QVERIFY(answers.waitFor(1));
+    QCOMPARE(awaitRead(later), R"({"key": int 7})");
     QCOMPARE(dropped.count(), 0);
 }
 
 void ManagerLifetimeTest::reReadsOfADestroyedManagerAreNotAnnounced()
 {
-    QList<MethodCall> calls;
-    auto manager = std::make_unique<ConfigurationManager>();
-    const Announcements announcements(*manager);
-    Answers answers;
-    manager->getConfiguration(answers.forReading());
-    QVERIFY(answers.waitFor(1));
-    m_service.answerThrough([&](const MethodCall &call) { calls.append(call); });
+    keepCalls();
+    const Announcements announcements(*m_manager);
     m_service.announceChange(BusFixture::path);
-    QTRY_COMPARE(calls.count(), 1);
-    manager.reset();
-    calls.first().reply(parseValue("(@a{sv} {},)"));
+    TRY_COMPARE(m_calls.count(), 1);
+    m_manager.reset();
+    replyToKeptCalls();
 
-    m_service.answerWith("({'key': <7>},)");
     ConfigurationManager later;
-    later.getConfiguration(answers.forReading());
-    QVERIFY(answers.waitFor(2));
+    QCOMPARE(awaitRead(later), R"({"key": int 7})");
     QCOMPARE(announcements.count(), 0);
 }
 
@@ -95,48 +88,40 @@ void ManagerLifetimeTest::aManagerMayBeDeletedInsideACallback()
 
     if (isRefused)
         m_service.answerWithError("org.brenvik.ManagedConfiguration.Error.Forbidden", "no");
-    auto manager = std::make_unique<ConfigurationManager>();
     const QString captured = QStringLiteral("still here");
-    QString afterwards;
-    const auto deleteManager = [&manager, &afterwards, captured] {
-        manager.reset();
+    const auto afterwards = std::make_shared<QString>();
+    const auto deleteManager = [this, afterwards, captured] {
+        m_manager.reset();
         // What the callback holds lives until it returns.
-        afterwards = captured;
+        *afterwards = captured;
     };
     if (isChange)
-        manager->changeConfiguration(Configuration(), [=](const Error &) { deleteManager(); });
+        m_manager->changeConfiguration(Configuration(), [=](const Error &) { deleteManager(); });
     else
-        manager->getConfiguration([=](const Configuration &, const Error &) { deleteManager(); });
-    QTRY_COMPARE(afterwards, captured);
-    QVERIFY(!manager);
+        m_manager->getConfiguration([=](const Configuration &, const Error &) { deleteManager(); });
+    TRY_COMPARE(*afterwards, captured);
+    QVERIFY(!m_manager);
 }
 
 void ManagerLifetimeTest::aManagerMayBeDeletedWhileItAnnounces()
 {
-    auto manager = std::make_unique<ConfigurationManager>();
-    Answers answers;
-    manager->getConfiguration(answers.forReading());
-    QVERIFY(answers.waitFor(1));
-    QObject::connect(manager.get(), &ConfigurationManager::configurationChanged, this,
-                     [&] { manager.reset(); });
+    QObject::connect(m_manager.get(), &ConfigurationManager::configurationChanged, this,
+                     [this] { m_manager.reset(); });
     m_service.announceChange(BusFixture::path);
-    QTRY_VERIFY(!manager);
+    TRY_VERIFY(!m_manager);
 }
 
 void ManagerLifetimeTest::requestsOfAnotherManagerGoOn()
 {
-    QList<MethodCall> calls;
-    m_service.answerThrough([&](const MethodCall &call) { calls.append(call); });
+    keepCalls();
     ConfigurationManager stays;
-    auto goes = std::make_unique<ConfigurationManager>();
-    Answers answers;
-    Answers dropped;
-    goes->getConfiguration(dropped.forReading());
+    const Answers answers;
+    const Answers dropped;
+    m_manager->getConfiguration(dropped.forReading());
     stays.getConfiguration(answers.forReading());
-    QTRY_COMPARE(calls.count(), 2);
-    goes.reset();
-    for (const MethodCall &call : qAsConst(calls))
-        call.reply(parseValue("({'key': <7>},)"));
+    TRY_COMPARE(m_calls.count(), 2);
+    m_manager.reset();
+    replyToKeptCalls();
     QVERIFY(answers.waitFor(1));
     QCOMPARE(dropped.count(), 0);
 
@@ -144,19 +129,33 @@ void ManagerLifetimeTest::requestsOfAnotherManagerGoOn()
     const Announcements announcements(stays);
     m_service.answerWith("({'key': <8>},)");
     m_service.announceChange(BusFixture::path);
-    QTRY_COMPARE(announcements.texts(), QStringList("{\"key\": int 8}"));
+    TRY_COMPARE(announcements.texts(), QStringList(R"({"key": int 8})"));
 }
 
-void ManagerLifetimeTest::aCallbackDiesWithItsManager()
+void ManagerLifetimeTest::callbacksAreDestroyedBeforeTheirManager()
 {
     m_service.answerThrough([](const MethodCall &) {});
     const auto held = std::make_shared<int>(7);
-    auto manager = std::make_unique<ConfigurationManager>();
-    manager->getConfiguration([held](const Configuration &, const Error &) {});
-    manager->changeConfiguration(Configuration(), [held](const Error &) {});
+    m_manager->getConfiguration([held](const Configuration &, const Error &) {});
+    m_manager->changeConfiguration(Configuration(), [held](const Error &) {});
     QCOMPARE(held.use_count(), 3L);
-    manager.reset();
-    QCOMPARE(held.use_count(), 1L);
+    long countAtDestruction = 0;
+    QObject::connect(m_manager.get(), &QObject::destroyed, m_manager.get(),
+                     [&] { countAtDestruction = held.use_count(); });
+    m_manager.reset();
+    QCOMPARE(countAtDestruction, 1L);
+}
+
+void ManagerLifetimeTest::keepCalls()
+{
+    m_service.answerThrough([this](const MethodCall &call) { m_calls.append(call); });
+}
+
+void ManagerLifetimeTest::replyToKeptCalls()
+{
+    for (const MethodCall &call : qAsConst(m_calls))
+        reply(call, "({'key': <7>},)");
+    m_service.answerWith("({'key': <7>},)");
 }
 
 TARNVEL_BUS_TEST_MAIN(ManagerLifetimeTest)
