@@ -30,21 +30,6 @@ BusFixture::BusFixture(int &argc, char **argv) : application(argc, argv), servic
         qFatal("the service did not start");
 }
 
-BusTest::BusTest(BusFixture &fixture) : m_fixture(fixture), m_service(fixture.service) { }
-
-void BusTest::init()
-{
-    m_service.reset();
-    m_service.answerWith(QStringLiteral("({'key': <7>},)"));
-    if (!m_service.start())
-        qFatal("the service did not start");
-}
-
-void BusTest::cleanup()
-{
-    m_service.reset();
-}
-
 bool isOnDBusDaemon()
 {
     return qEnvironmentVariableIsEmpty("TARNVEL_TEST_BUS_STANDS_IN");

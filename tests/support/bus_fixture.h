@@ -41,23 +41,6 @@ public:
     FakeService service;
 };
 
-/*! \brief A test whose functions each start with a fresh service, which keeps {'key': <7>}. */
-class BusTest : public QObject
-{
-    Q_OBJECT
-
-public:
-    explicit BusTest(BusFixture &fixture);
-
-protected Q_SLOTS:
-    virtual void init();
-    void cleanup();
-
-protected:
-    BusFixture &m_fixture;
-    FakeService &m_service;
-};
-
 /*!
  * \brief Whether the bus is dbus-daemon.
  *

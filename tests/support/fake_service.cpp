@@ -5,16 +5,6 @@
 
 namespace Tarnvel::Testing {
 
-namespace {
-
-QString printValue(GVariant *value)
-{
-    g_autofree gchar *text = g_variant_print(value, TRUE);
-    return QString::fromUtf8(text);
-}
-
-} // namespace
-
 GVariant *parseValue(const QString &text)
 {
     g_autoptr(GError) error = nullptr;
@@ -85,7 +75,8 @@ void FakeService::announceChange(const QString &path, const QString &arguments)
 
 void FakeService::receive(const MethodCall &call)
 {
-    m_calls.append({call.path(), call.method(), printValue(call.arguments())});
+    g_autofree gchar *arguments = g_variant_print(call.arguments(), TRUE);
+    m_calls.append({call.path(), call.method(), QString::fromUtf8(arguments)});
     // A copy: the handler may set another one.
     const Handler handler = m_handler;
     handler(call);

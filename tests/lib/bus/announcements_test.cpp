@@ -1,14 +1,11 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "announcements.h"
-#include "answers.h"
-#include "bus_fixture.h"
+#include "bus_test.h"
 #include "configuration_manager_p.h"
 #include "description.h"
 #include "endpoint.h"
 #include "message_log.h"
-#include "waiting.h"
 
 #include <QtCore/QScopeGuard>
 #include <QtDBus/QDBusConnection>
@@ -17,7 +14,6 @@
 #include <QtDBus/QDBusPendingCallWatcher>
 #include <QtTest/QSignalSpy>
 #include <QtTest/QTestEventLoop>
-#include <Tarnvel/ManagedConfiguration/configuration_manager.h>
 
 #include <malloc.h>
 #include <memory>

@@ -1,13 +1,8 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "announcements.h"
-#include "answers.h"
-#include "bus_fixture.h"
+#include "bus_test.h"
 #include "message_log.h"
-#include "waiting.h"
-
-#include <Tarnvel/ManagedConfiguration/configuration_manager.h>
 
 using namespace Tarnvel::Application::ManagedConfiguration;
 using namespace Tarnvel::Testing;

@@ -1,14 +1,10 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "announcements.h"
-#include "answers.h"
-#include "bus_fixture.h"
+#include "bus_test.h"
 #include "configuration_manager_p.h"
-#include "waiting.h"
 
 #include <QtDBus/QDBusConnection>
-#include <Tarnvel/ManagedConfiguration/configuration_manager.h>
 
 using namespace Tarnvel::Application::ManagedConfiguration;
 using namespace Tarnvel::Testing;

@@ -1,12 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "announcements.h"
-#include "answers.h"
-#include "bus_fixture.h"
-#include "waiting.h"
-
-#include <Tarnvel/ManagedConfiguration/configuration_manager.h>
+#include "bus_test.h"
 
 #include <memory>
 

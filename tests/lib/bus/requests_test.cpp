@@ -1,15 +1,11 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "announcements.h"
-#include "answers.h"
-#include "bus_fixture.h"
+#include "bus_test.h"
 #include "configuration_manager_p.h"
 #include "message_log.h"
-#include "waiting.h"
 
 #include <QtDBus/QDBusPendingCallWatcher>
-#include <Tarnvel/ManagedConfiguration/configuration_manager.h>
 
 #include <csignal>
 
