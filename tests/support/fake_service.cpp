@@ -14,12 +14,6 @@ GVariant *parseValue(const QString &text)
     return value;
 }
 
-void reply(const MethodCall &call, const QString &values)
-{
-    g_autoptr(GVariant) body = parseValue(values);
-    call.reply(body);
-}
-
 FakeService::FakeService(const QString &address) : m_address(address)
 {
     reset();
@@ -43,6 +37,7 @@ void FakeService::reset()
     // A new raw service, so that no call to the old one still comes in.
     m_service.emplace([this](const MethodCall &call) { receive(call); });
     m_calls.clear();
+    m_unanswered.clear();
     answerWith(QStringLiteral("(@a{sv} {},)"));
 }
 
@@ -60,6 +55,23 @@ void FakeService::answerWithError(const QString &name, const QString &message)
 void FakeService::answerThrough(const Handler &handler)
 {
     m_handler = handler;
+}
+
+void FakeService::leaveUnanswered()
+{
+    m_unanswered.clear();
+    answerThrough([this](const MethodCall &call) { m_unanswered.append(call); });
+}
+
+int FakeService::unanswered() const
+{
+    return m_unanswered.count();
+}
+
+void FakeService::replyTo(int index, const QString &values) const
+{
+    g_autoptr(GVariant) body = parseValue(values);
+    m_unanswered.at(index).reply(body);
 }
 
 const QList<FakeService::Call> &FakeService::calls() const

@@ -16,14 +16,11 @@ namespace Tarnvel::Testing {
 /*! \brief A value in GVariant's text form, such as "({'theme': <'dark'>},)". */
 GVariant *parseValue(const QString &text);
 
-/*! \brief Answers \a call with \a values, a tuple in GVariant's text form. */
-void reply(const MethodCall &call, const QString &values);
-
 /*!
  * \brief A service under a test's command, which records what it is asked.
  *
  * It sees the calls as GDBus does, and so is an observer of the wire that shares nothing with
- * QtDBus.
+ * QtDBus. What it replies is a tuple in GVariant's text form.
  */
 class FakeService
 {
@@ -51,7 +48,7 @@ public:
     /*! \brief Drops off the bus and forgets its calls and its handler: as if it were new. */
     void reset();
 
-    /*! \brief From now on, answers every call with \a values, a tuple in GVariant's text form. */
+    /*! \brief From now on, answers every call with \a values. */
     void answerWith(const QString &values);
 
     /*! \brief From now on, answers every call with an error. */
@@ -59,6 +56,15 @@ public:
 
     /*! \brief From now on, leaves the answer to every call to \a handler. */
     void answerThrough(const Handler &handler);
+
+    /*! \brief From now on, answers no call before replyTo() says so. */
+    void leaveUnanswered();
+
+    /*! \brief How many calls have been left unanswered since then. */
+    int unanswered() const;
+
+    /*! \brief Answers the one at \a index of these calls, oldest first; may be repeated. */
+    void replyTo(int index, const QString &values) const;
 
     /*! \brief The calls received so far, oldest first. */
     const QList<Call> &calls() const;
@@ -71,6 +77,7 @@ private:
 
     QString m_address;
     QList<Call> m_calls;
+    QList<MethodCall> m_unanswered;
     Handler m_handler;
     std::optional<RawService> m_service;
 };

@@ -59,14 +59,13 @@ void ServiceRestartTest::aServiceThatAppearsLaterIsFound()
 
 void ServiceRestartTest::aServiceThatDiesInMidCallFailsTheCall()
 {
-    m_service.answerThrough([this](const MethodCall &) {
-        if (m_service.calls().count() == 2)
-            m_service.stop();
-    });
+    m_service.leaveUnanswered();
     ConfigurationManager manager;
     const Answers answers;
     manager.getConfiguration(answers.forReading());
     manager.changeConfiguration(Configuration(), answers.forChanging());
+    TRY_COMPARE(m_service.unanswered(), 2);
+    m_service.stop();
     QVERIFY(answers.waitFor(2));
     QCOMPARE(answers.texts(), QStringList({died, died}));
 
@@ -80,8 +79,10 @@ void ServiceRestartTest::aServiceThatDiesDuringAReReadAnnouncesAnEmptyConfigurat
     ConfigurationManager manager;
     const Announcements announcements(manager);
     QCOMPARE(awaitRead(manager), R"({"key": int 7})");
-    m_service.answerThrough([this](const MethodCall &) { m_service.stop(); });
+    m_service.leaveUnanswered();
     m_service.announceChange(BusFixture::path);
+    TRY_COMPARE(m_service.unanswered(), 1);
+    m_service.stop();
     TRY_COMPARE(announcements.texts(), QStringList("{}"));
 }
 
