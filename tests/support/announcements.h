@@ -11,14 +11,16 @@
 
 namespace Tarnvel::Testing {
 
+using Application::ManagedConfiguration::Configuration;
+using Application::ManagedConfiguration::ConfigurationManager;
+
 /*! \brief What a manager emits through configurationChanged() while this object lives. */
 class Announcements
 {
 public:
     /*! \brief Follows \a manager. */
-    explicit Announcements(Application::ManagedConfiguration::ConfigurationManager &manager)
+    explicit Announcements(ConfigurationManager &manager)
     {
-        using namespace Application::ManagedConfiguration;
         QObject::connect(&manager, &ConfigurationManager::configurationChanged, &m_context,
                          [this](const Configuration &configuration) {
                              m_texts.append(describe(configuration));

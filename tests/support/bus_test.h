@@ -36,6 +36,18 @@ protected Q_SLOTS:
     }
 
 protected:
+    /*! \brief Adds a row for each kind of request and outcome to the data of a test. */
+    static void addRequestRows()
+    {
+        QTest::addColumn<bool>("isChange");
+        QTest::addColumn<bool>("isRefused");
+
+        QTest::newRow("read, accepted") << false << false;
+        QTest::newRow("read, refused") << false << true;
+        QTest::newRow("change, accepted") << true << false;
+        QTest::newRow("change, refused") << true << true;
+    }
+
     BusFixture &m_fixture;
     FakeService &m_service;
 };

@@ -43,7 +43,6 @@ private Q_SLOTS:
     void otherSignalsOfTheServiceAreIgnored();
     void aQueuedConnectionReceivesTheConfiguration();
     void aSignalSpyKnowsTheShortName();
-    void eachManagerAnnouncesForItself();
 
 private:
     bool announceRepeatedly(int times, int size);
@@ -234,18 +233,6 @@ void AnnouncementsTest::aSignalSpyKnowsTheShortName()
     m_service.announceChange(BusFixture::path);
     TRY_COMPARE(spy.count(), 1);
     QCOMPARE(describe(spy.first().first()), R"({"key": int 7})");
-}
-
-void AnnouncementsTest::eachManagerAnnouncesForItself()
-{
-    ConfigurationManager second;
-    const Announcements secondAnnouncements(second);
-    QCOMPARE(awaitRead(second), R"({"key": int 7})");
-
-    m_service.announceChange(BusFixture::path);
-    TRY_COMPARE(m_announcements->count(), 1);
-    TRY_COMPARE(secondAnnouncements.count(), 1);
-    QCOMPARE(m_service.calls().count(), 4);
 }
 
 bool AnnouncementsTest::announceRepeatedly(int times, int size)

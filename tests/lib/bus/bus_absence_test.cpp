@@ -28,7 +28,6 @@ private Q_SLOTS:
     void theFirstManagerAloneRegistersTheType();
     void everyRequestFailsOnceFromTheEventLoop();
     void everyReReadAnnouncesAnEmptyConfiguration();
-    void aManagerMayBeDestroyedWithRequestsUnderWay();
 };
 
 void BusAbsenceTest::initTestCase()
@@ -85,19 +84,6 @@ void BusAbsenceTest::everyReReadAnnouncesAnEmptyConfiguration()
     requests.onConfigurationChanged();
     QCOMPARE(announcements.count(), 0);
     TRY_COMPARE(announcements.texts(), QStringList({"{}", "{}"}));
-}
-
-void BusAbsenceTest::aManagerMayBeDestroyedWithRequestsUnderWay()
-{
-    Answers dropped;
-    {
-        ConfigurationManager manager;
-        manager.getConfiguration(dropped.forReading());
-        manager.changeConfiguration(Configuration(), dropped.forChanging());
-    }
-    ConfigurationManager later;
-    QCOMPARE(awaitRead(later), notConnected);
-    QCOMPARE(dropped.count(), 0);
 }
 
 QTEST_GUILESS_MAIN(BusAbsenceTest)
