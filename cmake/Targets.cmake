@@ -1,9 +1,7 @@
 # SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 # SPDX-License-Identifier: BSD-3-Clause
 
-# What all targets of this project share.
-
-# The language level, the warnings and the Qt habits of our own code.
+# Sets the language standard, the warnings and the Qt definitions that all targets share.
 function(tarnvel_set_up_target target)
     set_target_properties(${target} PROPERTIES
         CXX_STANDARD 17
@@ -12,12 +10,6 @@ function(tarnvel_set_up_target target)
     target_compile_options(${target} PRIVATE
         -Wall -Wextra -Wpedantic
         $<$<BOOL:${TARNVEL_MANAGED_CONFIGURATION_WERROR}>:-Werror>)
-    if(TARNVEL_MANAGED_CONFIGURATION_SANITIZERS)
-        set(sanitize -fsanitize=${TARNVEL_MANAGED_CONFIGURATION_SANITIZERS})
-        target_compile_options(${target} PRIVATE
-            ${sanitize} -fno-sanitize-recover=all -fno-omit-frame-pointer)
-        target_link_options(${target} PRIVATE ${sanitize})
-    endif()
     target_compile_definitions(${target} PRIVATE
         QT_NO_KEYWORDS
         QT_NO_CAST_FROM_BYTEARRAY

@@ -42,20 +42,20 @@ bool isAborted(int status)
 }
 #endif
 
-[[noreturn]] void runInChild(const std::function<void()> &action, int errorChannel)
+[[noreturn]] void runInChild(const std::function<void()> &action, int errorPipe)
 {
-    dup2(errorChannel, STDERR_FILENO);
+    dup2(errorPipe, STDERR_FILENO);
     qInstallMessageHandler(nullptr);
     prepareAbort();
     action();
     _exit(EXIT_SUCCESS);
 }
 
-QByteArray readAll(int channel)
+QByteArray readAll(int pipe)
 {
     QByteArray text("");
     char buffer[512];
-    for (ssize_t size = 0; (size = read(channel, buffer, sizeof buffer)) > 0;)
+    for (ssize_t size = 0; (size = read(pipe, buffer, sizeof buffer)) > 0;)
         text.append(buffer, static_cast<int>(size));
     return text;
 }
@@ -64,15 +64,15 @@ QByteArray readAll(int channel)
 
 QByteArray abortMessage(const std::function<void()> &action)
 {
-    int channel[2];
-    if (pipe(channel) != 0)
+    int ends[2];
+    if (pipe(ends) != 0)
         return {};
     const pid_t child = fork();
     if (child == 0)
-        runInChild(action, channel[1]);
-    close(channel[1]);
-    const QByteArray text = readAll(channel[0]);
-    close(channel[0]);
+        runInChild(action, ends[1]);
+    close(ends[1]);
+    const QByteArray text = readAll(ends[0]);
+    close(ends[0]);
     int status = 0;
     waitpid(child, &status, 0);
     return isAborted(status) ? text : QByteArray();

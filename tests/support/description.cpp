@@ -15,6 +15,8 @@ namespace {
 
 QString itemText(const QVariant &item)
 {
+    if (item.isNull())
+        return QStringLiteral("null");
     return item.type() == QVariant::String ? u'"' + item.toString() + u'"' : item.toString();
 }
 
@@ -53,6 +55,11 @@ QString describe(const Configuration &configuration)
     for (auto entry = entries.begin(); entry != entries.end(); ++entry)
         texts.append(QStringLiteral("\"%1\": %2").arg(entry.key(), describe(entry.value())));
     return u'{' + texts.join(QLatin1String(", ")) + u'}';
+}
+
+Configuration makeConfiguration(const QMap<QString, QVariant> &entries)
+{
+    return Configuration(new ConfigurationPrivate(entries));
 }
 
 } // namespace Tarnvel::Testing

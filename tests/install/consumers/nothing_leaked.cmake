@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 # SPDX-License-Identifier: BSD-3-Clause
 
-# Shows that the library, built as a part of this project, has kept its settings to itself.
+# Fails if the library, built with add_subdirectory(), has changed this project's settings.
 
 foreach(property IN ITEMS COMPILE_DEFINITIONS COMPILE_OPTIONS INCLUDE_DIRECTORIES LINK_OPTIONS)
     get_directory_property(value ${property})
@@ -16,6 +16,6 @@ foreach(variable IN ITEMS CMAKE_AUTOMOC CMAKE_MODULE_PATH CMAKE_CXX_VISIBILITY_P
 endforeach()
 foreach(target IN ITEMS managed-configuration-sandbox test-support viewer)
     if(TARGET ${target})
-        message(FATAL_ERROR "the library brings ${target} along")
+        message(FATAL_ERROR "the library adds the target ${target}")
     endif()
 endforeach()

@@ -1,22 +1,17 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include <QtCore/QMap>
-#include <QtCore/QObject>
-#include <QtCore/QProcess>
-#include <QtCore/QScopedPointer>
-#include <QtCore/QStringList>
-#include <QtCore/QThread>
-#include <QtCore/QVariant>
-#include <QtDBus/QDBusVariant>
-#include <QtTest/QtTest>
-
-#include <Tarnvel/ManagedConfiguration/Configuration>
-
 #include "abort.h"
 #include "configuration_p.h"
+#include "description.h"
 #include "message_log.h"
 
+#include <QtCore/QProcess>
+#include <QtDBus/QDBusVariant>
+#include <QtTest/QTest>
+#include <Tarnvel/ManagedConfiguration/configuration.h>
+
+#include <cstring>
 #include <functional>
 #include <limits>
 #include <memory>
@@ -25,76 +20,63 @@
 #include <vector>
 
 using namespace Tarnvel::Application::ManagedConfiguration;
-using Tarnvel::Testing::abortMessage;
-using Tarnvel::Testing::MessageLog;
+using namespace Tarnvel::Testing;
 
 using Map = QMap<QString, QVariant>;
 using Action = std::function<void()>;
 
 namespace {
 
-template<typename T, typename = void>
-struct HasInequality : std::false_type
-{
-};
+static_assert(
+    !std::is_invocable_v<std::not_equal_to<>, const Configuration &, const Configuration &>);
+static_assert(std::is_nothrow_move_constructible_v<Configuration>);
+static_assert(std::is_nothrow_move_assignable_v<Configuration>);
+static_assert(std::has_virtual_destructor_v<Configuration>);
+static_assert(QTypeInfo<Configuration>::isStatic);
 
-template<typename T>
-struct HasInequality<T, decltype(void(std::declval<const T &>() != std::declval<const T &>()))>
-    : std::true_type
-{
-};
-
-static_assert(HasInequality<QString>::value);
-static_assert(!HasInequality<Configuration>::value);
-
-// Types that the application can teach Qt to convert into a configuration.
+// A type that the application can teach Qt to convert into a configuration.
 struct Theme
 {
     QString name;
 
-    Configuration toConfiguration() const;
+    Configuration toConfiguration(bool *ok) const
+    {
+        Configuration configuration;
+        configuration.set("theme", name);
+        *ok = name != "broken";
+        return configuration;
+    }
 };
-
-struct BrokenTheme
-{
-    Configuration toConfiguration(bool *ok) const;
-};
-
-Configuration Theme::toConfiguration() const
-{
-    Configuration configuration;
-    configuration.set("theme", name);
-    return configuration;
-}
-
-Configuration BrokenTheme::toConfiguration(bool *ok) const
-{
-    *ok = false;
-    return Theme {"broken"}.toConfiguration();
-}
 
 Map entries(const Configuration &configuration)
 {
     return ConfigurationPrivate::data(configuration);
 }
 
-Configuration makeConfiguration(const Map &map)
+// The private object of a configuration, behind its virtual table; null in an emptied one.
+const ConfigurationPrivate *privateObject(const Configuration &configuration)
 {
-    return Configuration(new ConfigurationPrivate(map));
+    const ConfigurationPrivate *object = nullptr;
+    std::memcpy(&object, reinterpret_cast<const char *>(&configuration) + sizeof(void *),
+                sizeof(void *));
+    return object;
 }
 
 // The source of a move construction.
-std::unique_ptr<Configuration> makeEmptied()
+class Emptied : public Configuration
 {
-    auto source = std::make_unique<Configuration>(makeConfiguration({{"gone", 1}}));
-    const Configuration taker(std::move(*source));
-    return source;
-}
+public:
+    Emptied()
+    {
+        Configuration taker(std::move(static_cast<Configuration &>(*this)));
+    }
+
+    using Configuration::operator=;
+};
 
 } // namespace
 
 Q_DECLARE_METATYPE(Theme)
-Q_DECLARE_METATYPE(BrokenTheme)
 Q_DECLARE_METATYPE(Configuration *)
 Q_DECLARE_METATYPE(Action)
 
@@ -105,57 +87,42 @@ class ConfigurationValuesTest : public QObject
 private Q_SLOTS:
     void aNewConfigurationIsEmpty();
     void onlyFourOfTheBuiltInTypesAreStored();
-    void anAcceptedValueComesBackAsItWas_data();
-    void anAcceptedValueComesBackAsItWas();
+    void anAcceptedValueReplacesAnother_data();
+    void anAcceptedValueReplacesAnother();
     void aRefusedValueLeavesTheOldOne_data();
     void aRefusedValueLeavesTheOldOne();
-    void everyKeyIsStored_data();
-    void everyKeyIsStored();
-    void keysThatDifferInCaseAreTwoKeys();
-    void keysAreInOrderOfTheirCodeUnits();
-    void aNewValueReplacesTheOldOneOfAnotherType();
+    void keysAreDistinctAndInOrderOfTheirCodeUnits();
+    void anExistingKeyIsKept();
 
-    void aCopyIsIndependent_data();
-    void aCopyIsIndependent();
-    void aCopyIsSharedUntilItIsWritten();
+    void aCopySharesItsEntriesUntilOneSideIsWritten();
     void moveConstructionEmptiesItsSource();
-    void moveAssignmentExchangesTheContents();
-    void anEmptiedConfigurationTakesACopy();
-    void anEmptiedConfigurationTakesOverAnother();
-    void anEmptiedConfigurationEmptiesAnother();
+    void moveAssignmentExchangesThePrivateObjects();
     void assigningAConfigurationToItselfChangesNothing();
-    void assigningAnEmptiedConfigurationToItselfChangesNothing();
+    void anEmptiedConfigurationCanBeAssignedTo();
     void usingAnEmptiedConfigurationEndsTheProcess_data();
     void usingAnEmptiedConfigurationEndsTheProcess();
 
     void equalityFollowsTheEntries_data();
     void equalityFollowsTheEntries();
-    void valuesCompareAsVariantsDo_data();
     void valuesCompareAsVariantsDo();
-    void sharedCopiesOfUserTypesAreEqual_data();
-    void sharedCopiesOfUserTypesAreEqual();
-    void noComparatorOrConverterIsRegistered();
 
     void aVariantHoldsAConfiguration();
     void aVariantOfAnotherTypeGivesAnEmptyConfiguration_data();
     void aVariantOfAnotherTypeGivesAnEmptyConfiguration();
     void anApplicationsConverterIsUsed();
-    void anApplicationsFailedConverterGivesAnEmptyConfiguration();
 
     void anAdoptedMapIsNotChecked();
-    void adoptedDataIsOwned();
-    void adoptingNothingMakesAnEmptiedConfiguration();
-    void copiesAreUsedInSeveralThreads();
+    void anAdoptedPrivateObjectIsUsedItself();
 };
 
 void ConfigurationValuesTest::aNewConfigurationIsEmpty()
 {
     const Configuration configuration;
     QVERIFY(configuration.isEmpty());
-    QVERIFY(!configuration.containsKey(QString()));
-    QVERIFY(!configuration.containsKey("a"));
-    QVERIFY(!configuration.get(QString()).isValid());
-    QVERIFY(!configuration.get("a").isValid());
+    for (const QString &key : {QString(), QString("a")}) {
+        QVERIFY(!configuration.containsKey(key));
+        QVERIFY(!configuration.get(key).isValid());
+    }
     QVERIFY(entries(configuration).isEmpty());
 }
 
@@ -181,325 +148,245 @@ void ConfigurationValuesTest::onlyFourOfTheBuiltInTypesAreStored()
         (QList<int> {QMetaType::Bool, QMetaType::Int, QMetaType::QString, QMetaType::QStringList}));
 }
 
-void ConfigurationValuesTest::anAcceptedValueComesBackAsItWas_data()
+void ConfigurationValuesTest::anAcceptedValueReplacesAnother_data()
 {
     QTest::addColumn<QVariant>("value");
-    QTest::newRow("null string") << QVariant(QString());
-    QTest::newRow("empty string") << QVariant(QString(""));
-    QTest::newRow("empty QStringList") << QVariant(QStringList());
-    QTest::newRow("empty QList<int>") << QVariant::fromValue(QList<int>());
-    QTest::newRow("empty QList<bool>") << QVariant::fromValue(QList<bool>());
-    QTest::newRow("empty QList<QString>") << QVariant::fromValue(QList<QString>());
-    QTest::newRow("empty configuration") << QVariant::fromValue(Configuration());
-    QTest::newRow("a null int") << QVariant(QVariant::Int);
-    QTest::newRow("least int") << QVariant(std::numeric_limits<int>::min());
-    QTest::newRow("greatest int") << QVariant(std::numeric_limits<int>::max());
-    QTest::newRow("int") << QVariant(0);
-    QTest::newRow("false") << QVariant(false);
-    QTest::newRow("true") << QVariant(true);
-    QTest::newRow("string") << QVariant("größe 😀");
-    QTest::newRow("QStringList") << QVariant(QStringList {"a", "", "b"});
-    QTest::newRow("QList<int>") << QVariant::fromValue(QList<int> {1, -1});
-    QTest::newRow("QList<bool>") << QVariant::fromValue(QList<bool> {true, false});
-    QTest::newRow("QList<QString>") << QVariant::fromValue(QList<QString> {"a", QString()});
-    QTest::newRow("configuration") << QVariant::fromValue(makeConfiguration({{"a", 1}}));
+    QTest::addColumn<QString>("stored");
+    const auto row = [](const QVariant &value, const char *stored) {
+        QTest::newRow(stored) << value << QString(stored);
+    };
+    row(QString(), "QString null");
+    row("", "QString \"\"");
+    row("größe 😀", "QString \"größe 😀\"");
+    row(QVariant(QVariant::Int), "int null");
+    row(std::numeric_limits<int>::min(), "int -2147483648");
+    row(std::numeric_limits<int>::max(), "int 2147483647");
+    row(false, "bool false");
+    row(true, "bool true");
+    row(QStringList(), "QStringList []");
+    row(QStringList {"a", "", "b"}, R"(QStringList ["a", "", "b"])");
+    row(makeList<int>({}), "QList<int> []");
+    row(makeList<int>({1, -1}), "QList<int> [1, -1]");
+    row(makeList<bool>({}), "QList<bool> []");
+    row(makeList<bool>({true, false}), "QList<bool> [true, false]");
+    row(makeList<QString>({}), "QList<QString> []");
+    row(makeList<QString>({"a", QString()}), "QList<QString> [\"a\", null]");
+    row(QVariant::fromValue(Configuration()), "{}");
+    row(QVariant::fromValue(makeConfiguration({{"b", 1}})), "{\"b\": int 1}");
 }
 
-void ConfigurationValuesTest::anAcceptedValueComesBackAsItWas()
+void ConfigurationValuesTest::anAcceptedValueReplacesAnother()
 {
-    QFETCH(QVariant, value);
+    QFETCH(const QVariant, value);
+    QFETCH(const QString, stored);
 
     MessageLog log;
-    Configuration configuration;
+    Configuration configuration = makeConfiguration({{"a", 1.5}, {"z", 7}});
     QVERIFY(configuration.set("a", value));
     QVERIFY(!configuration.isEmpty());
     QVERIFY(configuration.containsKey("a"));
-    const QVariant stored = configuration.get("a");
-    QCOMPARE(stored.userType(), value.userType());
-    QCOMPARE(stored.isNull(), value.isNull());
-    QVERIFY(stored == value);
+    QCOMPARE(configuration.get("a").userType(), value.userType());
+    QCOMPARE(describe(configuration), "{\"a\": " + stored + ", \"z\": int 7}");
     QCOMPARE(log.take(), QStringList());
 }
 
 void ConfigurationValuesTest::aRefusedValueLeavesTheOldOne_data()
 {
     QTest::addColumn<QVariant>("value");
+    const auto row = [](const QVariant &value) { QTest::newRow(value.typeName()) << value; };
     QTest::newRow("invalid") << QVariant();
-    QTest::newRow("empty QVariantList") << QVariant(QVariantList());
-    QTest::newRow("QVariantList of int") << QVariant(QVariantList {1, 2});
-    QTest::newRow("QVariantMap") << QVariant(QVariantMap {{"a", 1}});
-    QTest::newRow("QVariantHash") << QVariant(QVariantHash {{"a", 1}});
-    const QVariant inner(1);
-    QTest::newRow("a variant in a variant") << QVariant(QMetaType::QVariant, &inner);
-    QTest::newRow("QDBusVariant") << QVariant::fromValue(QDBusVariant(1));
-    QTest::newRow("uint") << QVariant(1u);
-    QTest::newRow("qlonglong") << QVariant(1ll);
-    QTest::newRow("qulonglong") << QVariant(1ull);
-    QTest::newRow("short") << QVariant::fromValue<short>(1);
-    QTest::newRow("double") << QVariant(1.0);
-    QTest::newRow("QChar") << QVariant(QChar('a'));
-    QTest::newRow("QByteArray") << QVariant(QByteArray("a"));
-    QTest::newRow("QByteArrayList") << QVariant::fromValue(QByteArrayList {"a"});
-    QTest::newRow("QList<double>") << QVariant::fromValue(QList<double> {1});
-    QTest::newRow("QList<uint>") << QVariant::fromValue(QList<uint> {1});
-    QTest::newRow("QList<QStringList>") << QVariant::fromValue(QList<QStringList> {{"a"}});
-    QTest::newRow("QList<QList<int>>") << QVariant::fromValue(QList<QList<int>> {{1}});
-    QTest::newRow("QList<Configuration>") << QVariant::fromValue(QList<Configuration> {{}});
-    QTest::newRow("QVector<int>") << QVariant::fromValue(QVector<int> {1});
-    QTest::newRow("std::vector<int>") << QVariant::fromValue(std::vector<int> {1});
-    QTest::newRow("enumerator") << QVariant::fromValue(QProcess::Running);
-    QTest::newRow("nullptr") << QVariant::fromValue(nullptr);
-    QTest::newRow("pointer to void") << QVariant::fromValue<void *>(this);
-    QTest::newRow("pointer to an object") << QVariant::fromValue<QObject *>(this);
-    QTest::newRow("pointer to a configuration") << QVariant::fromValue<Configuration *>(nullptr);
-    QTest::newRow("a type of the application") << QVariant::fromValue(Theme {"dark"});
+    row(QVariantList {1, 2});
+    row(QVariantMap {{"a", 1}});
+    row(QVariantHash {{"a", 1}});
+    row(1u);
+    row(1ll);
+    row(1.0);
+    row(QByteArray("a"));
+    row(QVariant::fromValue(QDBusVariant(1)));
+    row(makeList<double>({1}));
+    row(makeList<uint>({1}));
+    row(makeList<QStringList>({{"a"}}));
+    row(makeList<QList<int>>({{1}}));
+    row(makeList<Configuration>({{}}));
+    row(QVariant::fromValue(QVector<int> {1}));
+    row(QVariant::fromValue(std::vector<int> {1}));
+    row(QVariant::fromValue(QProcess::Running));
+    row(QVariant::fromValue<Configuration *>(nullptr));
+    row(QVariant::fromValue(Theme {"dark"}));
 }
 
 void ConfigurationValuesTest::aRefusedValueLeavesTheOldOne()
 {
-    QFETCH(QVariant, value);
+    QFETCH(const QVariant, value);
 
     MessageLog log;
-    Configuration configuration;
-    QVERIFY(!configuration.set("a", value));
-    QVERIFY(configuration.isEmpty());
-    QVERIFY(configuration.set("a", "old"));
+    Configuration configuration = makeConfiguration({{"a", "old"}});
     QVERIFY(!configuration.set("a", value));
     QVERIFY(!configuration.set("b", value));
-    QCOMPARE(entries(configuration), (Map {{"a", "old"}}));
-    QCOMPARE(configuration.get("a").userType(), int(QMetaType::QString));
+    QCOMPARE(describe(configuration), QString("{\"a\": QString \"old\"}"));
     QCOMPARE(log.take(), QStringList());
 }
 
-void ConfigurationValuesTest::everyKeyIsStored_data()
-{
-    QTest::addColumn<QString>("key");
-    QTest::newRow("null") << QString();
-    QTest::newRow("empty") << QString("");
-    QTest::newRow("a path") << QString("a/b");
-    QTest::newRow("an opening bracket") << QString("[");
-    QTest::newRow("a closing bracket") << QString("]");
-    QTest::newRow("an index") << QString("a[1]");
-    QTest::newRow("a blank") << QString(" ");
-    QTest::newRow("a NUL") << QString(1, '\0');
-    QTest::newRow("half of a surrogate pair") << QString(1, QChar(0xD83D));
-    QTest::newRow("beyond ASCII") << QString("größe 日本 😀");
-    QTest::newRow("very long") << QString(100000, 'k');
-}
-
-void ConfigurationValuesTest::everyKeyIsStored()
-{
-    QFETCH(QString, key);
-
-    Configuration configuration;
-    QVERIFY(configuration.set(key, 1));
-    QVERIFY(configuration.containsKey(key));
-    QCOMPARE(configuration.get(key), QVariant(1));
-    QVERIFY(!configuration.containsKey(key + 'x'));
-    QVERIFY(!configuration.get(key + 'x').isValid());
-    QCOMPARE(entries(configuration).keys(), QStringList {key});
-}
-
-void ConfigurationValuesTest::keysThatDifferInCaseAreTwoKeys()
-{
-    Configuration configuration;
-    QVERIFY(configuration.set("Volume", 1));
-    QVERIFY(!configuration.containsKey("volume"));
-    QVERIFY(configuration.set("volume", 2));
-    QCOMPARE(entries(configuration), (Map {{"Volume", 1}, {"volume", 2}}));
-}
-
-void ConfigurationValuesTest::keysAreInOrderOfTheirCodeUnits()
+void ConfigurationValuesTest::keysAreDistinctAndInOrderOfTheirCodeUnits()
 {
     // U+1F600 is written with two units of which the first, D83D, comes before U+FFFD.
-    const QStringList ordered {
-        "",  QString(1, '\0'), " ", "1",     "10", "2", "A", "Z", "a", "a b", "aa", "b", "z",
-        "é", "\u65E5",         "😀", "\uFFFD"};
+    const QStringList ordered {"",
+                               QString(1, '\0'),
+                               " ",
+                               "1",
+                               "10",
+                               "2",
+                               "A",
+                               "Z",
+                               "[",
+                               "]",
+                               "a",
+                               "a b",
+                               "a/b",
+                               "a[1]",
+                               "aa",
+                               "b",
+                               QString(100000, 'k'),
+                               "é",
+                               "日",
+                               QString(QChar(0xD83D)),
+                               "😀",
+                               "\uFFFD"};
     Configuration configuration;
-    for (int i = 0; i < ordered.size(); ++i)
-        QVERIFY(configuration.set(ordered.at((i * 5) % ordered.size()), i));
+    for (int i = ordered.size() - 1; i >= 0; --i)
+        QVERIFY(configuration.set(ordered.at(i), i));
     QCOMPARE(entries(configuration).keys(), ordered);
-}
-
-void ConfigurationValuesTest::aNewValueReplacesTheOldOneOfAnotherType()
-{
-    const QVariantList values {1,
-                               true,
-                               "text",
-                               QStringList {"a"},
-                               QVariant::fromValue(QList<int> {1}),
-                               QVariant::fromValue(Configuration())};
-    Configuration configuration;
-    QVERIFY(configuration.set("other", 7));
-    for (const QVariant &value : values) {
-        QVERIFY(configuration.set("a", value));
-        QCOMPARE(configuration.get("a").userType(), value.userType());
-        QVERIFY(configuration.get("a") == value);
-        QCOMPARE(entries(configuration).keys(), (QStringList {"a", "other"}));
+    for (int i = 0; i < ordered.size(); ++i) {
+        QVERIFY(configuration.containsKey(ordered.at(i)));
+        QCOMPARE(configuration.get(ordered.at(i)), QVariant(i));
+        QVERIFY(!configuration.containsKey(ordered.at(i) + 'x'));
+        QVERIFY(!configuration.get(ordered.at(i) + 'x').isValid());
     }
-    QCOMPARE(configuration.get("other"), QVariant(7));
+    QVERIFY(configuration.containsKey(QString()));
 }
 
-void ConfigurationValuesTest::aCopyIsIndependent_data()
+void ConfigurationValuesTest::anExistingKeyIsKept()
 {
-    QTest::addColumn<bool>("isAssigned");
-    QTest::newRow("constructed") << false;
-    QTest::newRow("assigned") << true;
+    Configuration configuration = makeConfiguration({{QString("a"), 1}, {QString("b"), 1}});
+    const QChar *const characters = entries(configuration).firstKey().constData();
+    QVERIFY(configuration.set(QString("a"), 2));
+    QCOMPARE(entries(configuration).firstKey().constData(), characters);
 }
 
-void ConfigurationValuesTest::aCopyIsIndependent()
+void ConfigurationValuesTest::aCopySharesItsEntriesUntilOneSideIsWritten()
 {
-    QFETCH(bool, isAssigned);
-    const Map before {{"a", 1}};
-
-    Configuration source = makeConfiguration(before);
-    Configuration copy = isAssigned ? makeConfiguration({{"old", 2}}) : source;
-    if (isAssigned) {
-        Configuration *const result = &(copy = source);
-        QCOMPARE(result, &copy);
-    }
-    QCOMPARE(entries(copy), before);
-
-    QVERIFY(copy.set("a", "copy"));
-    QVERIFY(copy.set("b", 2));
-    QCOMPARE(entries(source), before);
-    QVERIFY(source.set("a", "source"));
-    QVERIFY(source.set("c", 3));
-    QCOMPARE(entries(copy), (Map {{"a", "copy"}, {"b", 2}}));
-    QCOMPARE(entries(source), (Map {{"a", "source"}, {"c", 3}}));
-}
-
-void ConfigurationValuesTest::aCopyIsSharedUntilItIsWritten()
-{
-    const Configuration source = makeConfiguration({{"a", 1}});
+    Configuration source = makeConfiguration({{"a", 1}});
     Configuration constructed(source);
-    Configuration assigned;
-    assigned = source;
-    QVERIFY(entries(source).isSharedWith(entries(source)));
+    Configuration assigned = makeConfiguration({{"old", 2}});
+    const ConfigurationPrivate *const former = privateObject(assigned);
+    Configuration *const result = &(assigned = source);
+    QCOMPARE(result, &assigned);
+    QVERIFY(privateObject(constructed) != privateObject(source));
+    QVERIFY(privateObject(assigned) != privateObject(source));
+    QVERIFY(privateObject(assigned) != former);
     QVERIFY(entries(constructed).isSharedWith(entries(source)));
     QVERIFY(entries(assigned).isSharedWith(entries(source)));
 
     QVERIFY(!constructed.set("a", 1.5));
     QVERIFY(entries(constructed).isSharedWith(entries(source)));
     QVERIFY(constructed.set("a", 2));
-    QVERIFY(!entries(constructed).isSharedWith(entries(source)));
     QVERIFY(entries(assigned).isSharedWith(entries(source)));
+    QVERIFY(source.set("b", 3));
+    QCOMPARE(entries(source), (Map {{"a", 1}, {"b", 3}}));
+    QCOMPARE(entries(constructed), (Map {{"a", 2}}));
+    QCOMPARE(entries(assigned), (Map {{"a", 1}}));
 }
 
 void ConfigurationValuesTest::moveConstructionEmptiesItsSource()
 {
-    static_assert(std::is_nothrow_move_constructible<Configuration>::value);
-    const Map before {{"a", 1}};
-    auto source = std::make_unique<Configuration>(makeConfiguration(before));
-    const Map shared = entries(*source);
-
-    const Configuration target(std::move(*source));
-    QVERIFY(entries(target).isSharedWith(shared));
-    QVERIFY(!abortMessage([&source] { entries(*source); }).isNull());
-    source.reset();
-    QCOMPARE(entries(target), before);
+    Configuration source = makeConfiguration({{"a", 1}});
+    const ConfigurationPrivate *const moved = privateObject(source);
+    const Configuration target(std::move(source));
+    QCOMPARE(privateObject(target), moved);
+    QVERIFY(!privateObject(source)); // NOLINT(bugprone-use-after-move)
 }
 
-void ConfigurationValuesTest::moveAssignmentExchangesTheContents()
+void ConfigurationValuesTest::moveAssignmentExchangesThePrivateObjects()
 {
-    static_assert(std::is_nothrow_move_assignable<Configuration>::value);
     Configuration target = makeConfiguration({{"target", 1}});
     Configuration source = makeConfiguration({{"source", 2}});
-    const Map targetEntries = entries(target);
-    const Map sourceEntries = entries(source);
+    const ConfigurationPrivate *const ofTarget = privateObject(target);
+    const ConfigurationPrivate *const ofSource = privateObject(source);
 
     Configuration *const result = &(target = std::move(source));
     QCOMPARE(result, &target);
-    QVERIFY(entries(target).isSharedWith(sourceEntries));
-    QVERIFY(entries(source).isSharedWith(targetEntries)); // NOLINT(bugprone-use-after-move)
-    QVERIFY(source.set("source", 3));
-    QCOMPARE(entries(source), (Map {{"source", 3}, {"target", 1}}));
+    QCOMPARE(privateObject(target), ofSource);
+    QCOMPARE(privateObject(source), ofTarget); // NOLINT(bugprone-use-after-move)
+    QCOMPARE(entries(source), (Map {{"target", 1}}));
     QCOMPARE(entries(target), (Map {{"source", 2}}));
-}
-
-void ConfigurationValuesTest::anEmptiedConfigurationTakesACopy()
-{
-    const Configuration source = makeConfiguration({{"a", 1}});
-    const std::unique_ptr<Configuration> target = makeEmptied();
-
-    *target = source;
-    QCOMPARE(entries(*target), (Map {{"a", 1}}));
-    QVERIFY(target->set("b", 2));
-    QCOMPARE(entries(source), (Map {{"a", 1}}));
-}
-
-void ConfigurationValuesTest::anEmptiedConfigurationTakesOverAnother()
-{
-    Configuration source = makeConfiguration({{"a", 1}});
-    const std::unique_ptr<Configuration> target = makeEmptied();
-
-    *target = std::move(source);
-    QCOMPARE(entries(*target), (Map {{"a", 1}}));
-    // NOLINTNEXTLINE(bugprone-use-after-move)
-    QVERIFY(!abortMessage([&source] { entries(source); }).isNull());
-    source = Configuration();
-    QVERIFY(source.isEmpty());
-}
-
-void ConfigurationValuesTest::anEmptiedConfigurationEmptiesAnother()
-{
-    Configuration target = makeConfiguration({{"a", 1}});
-    const std::unique_ptr<Configuration> source = makeEmptied();
-
-    target = std::move(*source);
-    QVERIFY(!abortMessage([&target] { entries(target); }).isNull());
-    QCOMPARE(entries(*source), (Map {{"a", 1}}));
 }
 
 void ConfigurationValuesTest::assigningAConfigurationToItselfChangesNothing()
 {
-    Configuration configuration = makeConfiguration({{"a", 1}});
-    Configuration &self = configuration;
-    const Map before = entries(configuration);
-
-    Configuration *const copied = &(configuration = self);
-    QCOMPARE(copied, &configuration);
-    QVERIFY(entries(configuration).isSharedWith(before));
-    Configuration *const moved = &(configuration = std::move(self));
-    QCOMPARE(moved, &configuration);
-    QVERIFY(entries(configuration).isSharedWith(before));
+    Configuration owning = makeConfiguration({{"a", 1}});
+    Emptied emptied;
+    for (Configuration *configuration : {&owning, static_cast<Configuration *>(&emptied)}) {
+        Configuration &self = *configuration;
+        const ConfigurationPrivate *const before = privateObject(*configuration);
+        Configuration *const copied = &(*configuration = self);
+        QCOMPARE(copied, configuration);
+        QCOMPARE(privateObject(*configuration), before);
+        Configuration *const moved = &(*configuration = std::move(self));
+        QCOMPARE(moved, configuration);
+        QCOMPARE(privateObject(*configuration), before);
+    }
 }
 
-void ConfigurationValuesTest::assigningAnEmptiedConfigurationToItselfChangesNothing()
+void ConfigurationValuesTest::anEmptiedConfigurationCanBeAssignedTo()
 {
-    const std::unique_ptr<Configuration> emptied = makeEmptied();
-    Configuration &self = *emptied;
+    Configuration source = makeConfiguration({{"a", 1}});
+    Emptied copyTarget;
+    copyTarget = source;
+    QCOMPARE(entries(copyTarget), (Map {{"a", 1}}));
 
-    *emptied = self;
-    *emptied = std::move(self);
-    QVERIFY(!abortMessage([&emptied] { entries(*emptied); }).isNull());
-    *emptied = makeConfiguration({{"a", 1}});
-    QCOMPARE(entries(*emptied), (Map {{"a", 1}}));
+    Emptied moveTarget;
+    moveTarget = std::move(source);
+    QCOMPARE(entries(moveTarget), (Map {{"a", 1}}));
+    QVERIFY(!privateObject(source)); // NOLINT(bugprone-use-after-move)
+
+    // Moving out of an emptied configuration empties the target.
+    copyTarget = std::move(source);
+    QVERIFY(!privateObject(copyTarget));
+    QCOMPARE(entries(source), (Map {{"a", 1}})); // NOLINT(bugprone-use-after-move)
 }
 
 void ConfigurationValuesTest::usingAnEmptiedConfigurationEndsTheProcess_data()
 {
     QTest::addColumn<Action>("action");
-    QTest::newRow("copied by construction") << Action([] { Configuration copy(*makeEmptied()); });
-    QTest::newRow("copied by assignment") << Action([] {
-        Configuration target;
-        target = *makeEmptied();
+    const auto row = [](const char *name, const Action &action) { QTest::newRow(name) << action; };
+    row("copied by construction", [] {
+        const Emptied source;
+        const auto copy = std::make_unique<Configuration>(source);
     });
-    QTest::newRow("copied to an emptied one") << Action([] { *makeEmptied() = *makeEmptied(); });
-    QTest::newRow("its data") << Action([] { ConfigurationPrivate::data(*makeEmptied()); });
-    QTest::newRow("compared, on the left")
-        << Action([] { Q_UNUSED((*makeEmptied() == Configuration())) });
-    QTest::newRow("compared, on the right")
-        << Action([] { Q_UNUSED((Configuration() == *makeEmptied())) });
-    QTest::newRow("compared with itself") << Action([] {
-        const std::unique_ptr<Configuration> emptied = makeEmptied();
-        Q_UNUSED((*emptied == *emptied))
+    row("copied by assignment", [] {
+        const Emptied source;
+        Configuration target;
+        target = source;
+    });
+    row("copied to an emptied one", [] {
+        const Emptied source;
+        Emptied target;
+        target = source;
+    });
+    row("its data", [] { entries(Emptied()); });
+    row("adopted without a private object",
+        [] { entries(Configuration(static_cast<ConfigurationPrivate *>(nullptr))); });
+    row("compared, on the left", [] { Q_UNUSED((Emptied() == Configuration())) });
+    row("compared, on the right", [] { Q_UNUSED((Configuration() == Emptied())) });
+    row("compared with itself", [] {
+        const Emptied emptied;
+        Q_UNUSED((emptied == emptied))
     });
 }
 
 void ConfigurationValuesTest::usingAnEmptiedConfigurationEndsTheProcess()
 {
-    QFETCH(Action, action);
+    QFETCH(const Action, action);
 
     const QByteArray text = abortMessage(action);
     QVERIFY2(text.startsWith("ASSERT failure in Configuration: "
@@ -513,41 +400,43 @@ void ConfigurationValuesTest::equalityFollowsTheEntries_data()
     QTest::addColumn<Map>("right");
     QTest::addColumn<bool>("areEqual");
     const Map one {{"a", 1}};
+    const QVariant shared = QVariant::fromValue(makeConfiguration(one));
+    const QVariant separate = QVariant::fromValue(makeConfiguration(one));
+    const QStringList texts {"x", "y"};
     QTest::newRow("both empty") << Map() << Map() << true;
     QTest::newRow("one empty") << Map() << one << false;
     QTest::newRow("one more entry") << one << Map {{"a", 1}, {"b", 2}} << false;
-    QTest::newRow("another key") << one << Map {{"b", 1}} << false;
     QTest::newRow("another key among several")
         << Map {{"a", 1}, {"c", 1}} << Map {{"b", 1}, {"c", 1}} << false;
     QTest::newRow("letter case of the key") << one << Map {{"A", 1}} << false;
-    QTest::newRow("another value") << one << Map {{"a", 2}} << false;
     QTest::newRow("another last value")
         << Map {{"a", 1}, {"b", "x"}} << Map {{"a", 1}, {"b", "y"}} << false;
+    QTest::newRow("another type") << one << Map {{"a", "1"}} << true;
     QTest::newRow("null and empty string")
         << Map {{"a", QString()}} << Map {{"a", QString("")}} << true;
-    QTest::newRow("same entries") << Map {{"a", 1}, {"b", "x"}, {"c", true}}
-                                  << Map {{"c", true}, {"b", "x"}, {"a", 1}} << true;
-    QTest::newRow("same QStringList")
-        << Map {{"a", QStringList {"x", "y"}}} << Map {{"a", QStringList {"x", "y"}}} << true;
-    QTest::newRow("another QStringList")
-        << Map {{"a", QStringList {"x", "y"}}} << Map {{"a", QStringList {"y", "x"}}} << false;
+    QTest::newRow("same texts") << Map {{"a", texts}, {"b", true}}
+                                << Map {{"b", true}, {"a", QStringList {"x", "y"}}} << true;
+    QTest::newRow("a configuration, shared") << Map {{"a", shared}} << Map {{"a", shared}} << true;
+    QTest::newRow("a configuration, built twice")
+        << Map {{"a", shared}} << Map {{"a", separate}} << false;
+    QTest::newRow("a list, built twice")
+        << Map {{"a", makeList<int>({1})}} << Map {{"a", makeList<int>({1})}} << false;
 }
 
 void ConfigurationValuesTest::equalityFollowsTheEntries()
 {
-    QFETCH(Map, left);
-    QFETCH(Map, right);
-    QFETCH(bool, areEqual);
+    QFETCH(const Map, left);
+    QFETCH(const Map, right);
+    QFETCH(const bool, areEqual);
 
     const Configuration a = makeConfiguration(left);
     const Configuration b = makeConfiguration(right);
     QCOMPARE(a == b, areEqual);
     QCOMPARE(b == a, areEqual);
-    QVERIFY(a == a);
     QVERIFY(a == Configuration(a));
 }
 
-void ConfigurationValuesTest::valuesCompareAsVariantsDo_data()
+void ConfigurationValuesTest::valuesCompareAsVariantsDo()
 {
     const QVariantList values {0,
                                1,
@@ -555,75 +444,19 @@ void ConfigurationValuesTest::valuesCompareAsVariantsDo_data()
                                false,
                                "",
                                "0",
-                               "1",
                                "true",
-                               QString(),
                                QStringList(),
                                QStringList {"1"},
-                               QVariant::fromValue(QList<int> {1}),
-                               QVariant::fromValue(QList<bool> {true}),
-                               QVariant::fromValue(QList<QString> {"1"}),
-                               QVariant::fromValue(makeConfiguration({{"a", 1}})),
+                               makeList<int>({1}),
+                               makeList<bool>({true}),
+                               makeList<QString>({"1"}),
                                QVariant::fromValue(makeConfiguration({{"a", 1}}))};
-    QTest::addColumn<QVariant>("left");
-    QTest::addColumn<QVariant>("right");
     for (const QVariant &left : values) {
-        for (const QVariant &right : values) {
-            const QString name = "%1(%2) and %3(%4)";
-            QTest::newRow(qUtf8Printable(
-                name.arg(left.typeName(), left.toString(), right.typeName(), right.toString())))
-                << left << right;
-        }
+        for (const QVariant &right : values)
+            QVERIFY2((makeConfiguration({{"key", left}}) == makeConfiguration({{"key", right}}))
+                         == (left == right),
+                     qUtf8Printable(describe(left) + " and " + describe(right)));
     }
-}
-
-void ConfigurationValuesTest::valuesCompareAsVariantsDo()
-{
-    QFETCH(QVariant, left);
-    QFETCH(QVariant, right);
-
-    Configuration a;
-    Configuration b;
-    QVERIFY(a.set("key", left));
-    QVERIFY(b.set("key", right));
-    QCOMPARE(a == b, left == right);
-}
-
-void ConfigurationValuesTest::sharedCopiesOfUserTypesAreEqual_data()
-{
-    QTest::addColumn<QVariant>("value");
-    QTest::newRow("configuration") << QVariant::fromValue(makeConfiguration({{"a", 1}}));
-    QTest::newRow("QList<int>") << QVariant::fromValue(QList<int> {1, 2});
-    QTest::newRow("QList<bool>") << QVariant::fromValue(QList<bool> {true});
-    QTest::newRow("QList<QString>") << QVariant::fromValue(QList<QString> {"a"});
-}
-
-void ConfigurationValuesTest::sharedCopiesOfUserTypesAreEqual()
-{
-    QFETCH(QVariant, value);
-
-    Configuration a;
-    QVERIFY(a.set("key", value));
-    Configuration b;
-    QVERIFY(b.set("key", value));
-    Configuration c(a);
-    QVERIFY(c.set("another", 1));
-    QVERIFY(b.set("another", 1));
-    QVERIFY(b == c);
-    QVERIFY(b.set("another", 2));
-    QVERIFY(!(b == c));
-}
-
-void ConfigurationValuesTest::noComparatorOrConverterIsRegistered()
-{
-    QVERIFY(!QMetaType::hasRegisteredComparators<Configuration>());
-    QVERIFY(!QMetaType::hasRegisteredComparators<QList<int>>());
-    QVERIFY(!QMetaType::hasRegisteredComparators<QList<bool>>());
-    QVERIFY(!QMetaType::hasRegisteredComparators<QList<QString>>());
-    const int configurationType = qMetaTypeId<Configuration>();
-    for (int type = QMetaType::UnknownType + 1; type < QMetaType::User; ++type)
-        QVERIFY2(!QMetaType::hasRegisteredConverterFunction(type, configurationType),
-                 QMetaType::typeName(type));
 }
 
 void ConfigurationValuesTest::aVariantHoldsAConfiguration()
@@ -631,36 +464,32 @@ void ConfigurationValuesTest::aVariantHoldsAConfiguration()
     const Configuration configuration = makeConfiguration({{"a", 1}, {"b", "x"}});
     const QVariant variant = QVariant::fromValue(configuration);
     QCOMPARE(variant.typeName(), "Tarnvel::Application::ManagedConfiguration::Configuration");
-    QCOMPARE(QMetaType::type("Tarnvel::Application::ManagedConfiguration::Configuration"),
-             variant.userType());
 
     Configuration held = Configuration::fromVariant(variant);
     QVERIFY(held == configuration);
-    QCOMPARE(entries(held), (Map {{"a", 1}, {"b", "x"}}));
     QVERIFY(held.set("a", 2));
-    QCOMPARE(Configuration::fromVariant(variant).get("a"), QVariant(1));
-    QVERIFY(Configuration::fromVariant(QVariant::fromValue(Configuration())).isEmpty());
+    QCOMPARE(describe(variant), QString("{\"a\": int 1, \"b\": QString \"x\"}"));
 }
 
 void ConfigurationValuesTest::aVariantOfAnotherTypeGivesAnEmptyConfiguration_data()
 {
+    const Configuration configuration = makeConfiguration({{"a", 1}});
     QTest::addColumn<QVariant>("variant");
+    const auto row = [](const QVariant &variant) { QTest::newRow(variant.typeName()) << variant; };
     QTest::newRow("invalid") << QVariant();
-    QTest::newRow("QVariantMap") << QVariant(QVariantMap {{"a", 1}});
-    QTest::newRow("QVariantHash") << QVariant(QVariantHash {{"a", 1}});
-    QTest::newRow("int") << QVariant(1);
-    QTest::newRow("string") << QVariant("a");
-    QTest::newRow("QStringList") << QVariant(QStringList {"a"});
-    QTest::newRow("a list of configurations")
-        << QVariant::fromValue(QList<Configuration> {makeConfiguration({{"a", 1}})});
-    QTest::newRow("pointer to a configuration") << QVariant::fromValue<Configuration *>(nullptr);
-    QTest::newRow("QDBusVariant of a configuration")
-        << QVariant::fromValue(QDBusVariant(QVariant::fromValue(makeConfiguration({{"a", 1}}))));
+    row(QVariantMap {{"a", 1}});
+    row(QVariantHash {{"a", 1}});
+    row(1);
+    row("a");
+    row(QStringList {"a"});
+    row(makeList<Configuration>({configuration}));
+    row(QVariant::fromValue<Configuration *>(nullptr));
+    row(QVariant::fromValue(QDBusVariant(QVariant::fromValue(configuration))));
 }
 
 void ConfigurationValuesTest::aVariantOfAnotherTypeGivesAnEmptyConfiguration()
 {
-    QFETCH(QVariant, variant);
+    QFETCH(const QVariant, variant);
 
     MessageLog log;
     QVERIFY(Configuration::fromVariant(variant).isEmpty());
@@ -669,96 +498,41 @@ void ConfigurationValuesTest::aVariantOfAnotherTypeGivesAnEmptyConfiguration()
 
 void ConfigurationValuesTest::anApplicationsConverterIsUsed()
 {
-    const QVariant variant = QVariant::fromValue(Theme {"dark"});
-    QVERIFY(Configuration::fromVariant(variant).isEmpty());
+    const QVariant theme = QVariant::fromValue(Theme {"dark"});
+    QVERIFY(Configuration::fromVariant(theme).isEmpty());
     QVERIFY((QMetaType::registerConverter<Theme, Configuration>(&Theme::toConfiguration)));
-    QCOMPARE(entries(Configuration::fromVariant(variant)), (Map {{"theme", "dark"}}));
-
-    Configuration configuration;
-    QVERIFY(!configuration.set("a", variant));
-}
-
-void ConfigurationValuesTest::anApplicationsFailedConverterGivesAnEmptyConfiguration()
-{
-    QVERIFY(
-        (QMetaType::registerConverter<BrokenTheme, Configuration>(&BrokenTheme::toConfiguration)));
-    const QVariant variant = QVariant::fromValue(BrokenTheme());
-    QVERIFY(variant.canConvert<Configuration>());
-    QVERIFY(Configuration::fromVariant(variant).isEmpty());
+    QCOMPARE(entries(Configuration::fromVariant(theme)), (Map {{"theme", "dark"}}));
+    QVERIFY(Configuration::fromVariant(QVariant::fromValue(Theme {"broken"})).isEmpty());
+    QVERIFY(!Configuration().set("a", theme));
 }
 
 void ConfigurationValuesTest::anAdoptedMapIsNotChecked()
 {
     const Map map {{"", QVariant()},
-                   {"a", 1},
                    {"double", 1.5},
                    {"list", QVariantList {1, "x"}},
                    {"map", QVariantMap {{"a", 1}}}};
-    Configuration configuration(new ConfigurationPrivate(map));
+    Configuration configuration = makeConfiguration(map);
     QVERIFY(entries(configuration).isSharedWith(map));
-    QCOMPARE(configuration.get("double"), QVariant(1.5));
     QVERIFY(configuration.containsKey(""));
     QVERIFY(!configuration.get("").isValid());
-
-    QVERIFY(!configuration.set("double", 2.5));
     QCOMPARE(configuration.get("double"), QVariant(1.5));
-    QVERIFY(configuration.set("double", 2));
-    QCOMPARE(configuration.get("double"), QVariant(2));
-    QCOMPARE(map.value("double"), QVariant(1.5));
+    QVERIFY(!configuration.set("double", 2.5));
+    QVERIFY(entries(configuration).isSharedWith(map));
 }
 
-void ConfigurationValuesTest::adoptedDataIsOwned()
+void ConfigurationValuesTest::anAdoptedPrivateObjectIsUsedItself()
 {
     const ConfigurationPrivate original({{"a", 1}});
     auto *adopted = new ConfigurationPrivate(original);
+    const Configuration configuration(adopted);
     QVERIFY(adopted->set("b", 2));
     QVERIFY(!adopted->set("b", 2.5));
     QVERIFY(adopted->containsKey("b"));
     QCOMPARE(adopted->get("b"), QVariant(2));
     QVERIFY(!adopted->isEmpty());
     QVERIFY(!original.containsKey("b"));
-
-    const Configuration configuration(adopted);
-    QVERIFY(adopted->set("c", 3));
-    QCOMPARE(entries(configuration), (Map {{"a", 1}, {"b", 2}, {"c", 3}}));
-}
-
-void ConfigurationValuesTest::adoptingNothingMakesAnEmptiedConfiguration()
-{
-    Configuration configuration(static_cast<ConfigurationPrivate *>(nullptr));
-    const QByteArray text = abortMessage([&configuration] { entries(configuration); });
-    QVERIFY2(text.contains("the configuration has been moved from"), text.constData());
-    configuration = makeConfiguration({{"a", 1}});
-    QCOMPARE(entries(configuration), (Map {{"a", 1}}));
-}
-
-void ConfigurationValuesTest::copiesAreUsedInSeveralThreads()
-{
-    constexpr int threadCount = 4;
-    constexpr int rounds = 2000;
-    const Configuration source = makeConfiguration({{"a", 1}, {"list", QStringList {"x"}}});
-    std::vector<Configuration> results(threadCount);
-    std::vector<std::unique_ptr<QThread>> threads;
-    for (int i = 0; i < threadCount; ++i) {
-        threads.emplace_back(QThread::create([i, copy = source, &result = results[i]] {
-            for (int round = 0; round < rounds; ++round) {
-                Configuration own(copy);
-                own.set("a", i);
-                own.set("nested", QVariant::fromValue(copy));
-                result = own;
-            }
-        }));
-        threads.back()->start();
-    }
-    for (const std::unique_ptr<QThread> &thread : threads)
-        QVERIFY(thread->wait());
-
-    QCOMPARE(entries(source), (Map {{"a", 1}, {"list", QStringList {"x"}}}));
-    for (int i = 0; i < threadCount; ++i) {
-        QCOMPARE(entries(results[i]).keys(), (QStringList {"a", "list", "nested"}));
-        QCOMPARE(results[i].get("a"), QVariant(i));
-        QVERIFY(Configuration::fromVariant(results[i].get("nested")) == source);
-    }
+    QCOMPARE(entries(configuration), (Map {{"a", 1}, {"b", 2}}));
 }
 
 QTEST_GUILESS_MAIN(ConfigurationValuesTest)

@@ -1,15 +1,12 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include <QtCore/QObject>
-#include <QtCore/QString>
+#include "message_log.h"
+
 #include <QtDBus/QDBusError>
 #include <QtDBus/QDBusMessage>
-#include <QtTest/QtTest>
-
-#include <Tarnvel/ManagedConfiguration/Error>
-
-#include "message_log.h"
+#include <QtTest/QTest>
+#include <Tarnvel/ManagedConfiguration/error.h>
 
 #include <type_traits>
 #include <utility>
@@ -21,11 +18,10 @@ namespace {
 
 const QString prefix = QStringLiteral("org.brenvik.ManagedConfiguration.Error.");
 
-static_assert(std::is_same<std::underlying_type<Error::Code>::type, int>::value);
-static_assert(std::is_convertible<Error::Code, Error>::value);
-static_assert(std::is_constructible<bool, Error>::value);
-static_assert(!std::is_convertible<Error, bool>::value);
-static_assert(!std::is_convertible<Error, int>::value);
+static_assert(std::is_convertible_v<Error::Code, Error>);
+static_assert(std::is_constructible_v<bool, Error>);
+static_assert(!std::is_convertible_v<Error, bool>);
+static_assert(Error::NoError == 0);
 
 struct NamedCode
 {
@@ -46,20 +42,6 @@ QDBusError makeDBusError(const QString &name, const QString &message)
     return QDBusError(QDBusMessage::createError(name, message));
 }
 
-void addMessageRows()
-{
-    QTest::addColumn<QString>("message");
-    QTest::newRow("null") << QString();
-    QTest::newRow("empty") << QString("");
-    QTest::newRow("blanks") << QString(" \t\n ");
-    QTest::newRow("a NUL inside") << QString::fromUtf8("a\0b", 3);
-    QTest::newRow("a placeholder") << QString("%1 %2");
-    QTest::newRow("quotes") << QString("\"it's\" \\ refused");
-    QTest::newRow("beyond ASCII") << QString("Zugriff verweigert: Größe 日本 😀");
-    QTest::newRow("an error name") << QString(prefix + "Forbidden");
-    QTest::newRow("very long") << QString(100000, 'm');
-}
-
 } // namespace
 
 class ErrorValuesTest : public QObject
@@ -68,26 +50,16 @@ class ErrorValuesTest : public QObject
 
 private Q_SLOTS:
     void aDefaultErrorIsASuccess();
-    void everyCodeHasItsNumber();
     void theCodeAloneDecides_data();
     void theCodeAloneDecides();
-    void anErrorKeepsItsMessage_data();
-    void anErrorKeepsItsMessage();
-    void aCodeConvertsToAnError();
-    void aCopyIsIndependent();
 
     void noErrorBecomesASuccess_data();
     void noErrorBecomesASuccess();
     void anErrorWithoutANameBecomesASuccess();
-    void everyErrorOfTheServiceBecomesItsCode_data();
-    void everyErrorOfTheServiceBecomesItsCode();
-    void thePrefixIsRemovedWhereverItStands_data();
-    void thePrefixIsRemovedWhereverItStands();
-    void anyOtherNameBecomesInternal_data();
-    void anyOtherNameBecomesInternal();
-    void everyErrorOfTheBusBecomesInternal();
-    void theMessageOfTheBusIsKept_data();
-    void theMessageOfTheBusIsKept();
+    void anErrorOfDBusBecomesACode_data();
+    void anErrorOfDBusBecomesACode();
+    void theMessageIsKept_data();
+    void theMessageIsKept();
 };
 
 void ErrorValuesTest::aDefaultErrorIsASuccess()
@@ -95,15 +67,7 @@ void ErrorValuesTest::aDefaultErrorIsASuccess()
     const Error error;
     QCOMPARE(int(error.code()), 0);
     QVERIFY(error.message().isNull());
-    QVERIFY(!error.isError());
     QVERIFY(!error);
-}
-
-void ErrorValuesTest::everyCodeHasItsNumber()
-{
-    QCOMPARE(int(Error::NoError), 0);
-    for (const NamedCode &row : namedCodes)
-        QCOMPARE(int(row.code), row.number);
 }
 
 void ErrorValuesTest::theCodeAloneDecides_data()
@@ -112,60 +76,26 @@ void ErrorValuesTest::theCodeAloneDecides_data()
     QTest::addColumn<QString>("message");
     QTest::addColumn<bool>("isError");
     QTest::newRow("success with a message") << 0 << "something" << false;
-    QTest::newRow("success with an empty message") << 0 << "" << false;
     QTest::newRow("success with a null message") << 0 << QString() << false;
     QTest::newRow("failure with an empty message") << 5 << "" << true;
     QTest::newRow("failure with a null message") << 5 << QString() << true;
     QTest::newRow("a code unknown to the enumeration") << 9 << "" << true;
     QTest::newRow("a negative code") << -1 << "" << true;
     QTest::newRow("a code with zeroes in its low bytes") << 0x10000 << "" << true;
-    for (const NamedCode &row : namedCodes)
-        QTest::newRow(row.name) << row.number << "refused" << true;
 }
 
 void ErrorValuesTest::theCodeAloneDecides()
 {
-    QFETCH(int, code);
-    QFETCH(QString, message);
-    QFETCH(bool, isError);
+    QFETCH(const int, code);
+    QFETCH(const QString, message);
+    QFETCH(const bool, isError);
 
     const Error error(static_cast<Error::Code>(code), message);
     QCOMPARE(int(error.code()), code);
     QCOMPARE(error.message(), message);
+    QCOMPARE(error.message().isNull(), message.isNull());
     QCOMPARE(error.isError(), isError);
     QCOMPARE(static_cast<bool>(error), isError);
-}
-
-void ErrorValuesTest::anErrorKeepsItsMessage_data()
-{
-    addMessageRows();
-}
-
-void ErrorValuesTest::anErrorKeepsItsMessage()
-{
-    QFETCH(QString, message);
-
-    const Error error(Error::InvalidValue, message);
-    QCOMPARE(error.message(), message);
-    QCOMPARE(error.message().isNull(), message.isNull());
-}
-
-void ErrorValuesTest::aCodeConvertsToAnError()
-{
-    const Error error = Error::Forbidden;
-    QCOMPARE(int(error.code()), 5);
-    QVERIFY(error.message().isNull());
-}
-
-void ErrorValuesTest::aCopyIsIndependent()
-{
-    Error error(Error::Forbidden, "locked");
-    const Error copy(error);
-    error = Error(Error::InvalidType, "not a number");
-    QCOMPARE(int(copy.code()), 5);
-    QCOMPARE(copy.message(), QString("locked"));
-    QCOMPARE(int(error.code()), 3);
-    QCOMPARE(error.message(), QString("not a number"));
 }
 
 void ErrorValuesTest::noErrorBecomesASuccess_data()
@@ -173,7 +103,6 @@ void ErrorValuesTest::noErrorBecomesASuccess_data()
     QTest::addColumn<QDBusError>("dBusError");
     QTest::newRow("default") << QDBusError();
     QTest::newRow("an empty name") << makeDBusError("", "lost");
-    QTest::newRow("a null name") << makeDBusError(QString(), "lost");
     QTest::newRow("no error, with a name") << QDBusError(QDBusError::NoError, "lost");
     QTest::newRow("a message that is no error")
         << QDBusError(QDBusMessage::createSignal("/path", "an.interface", "aSignal"));
@@ -181,14 +110,13 @@ void ErrorValuesTest::noErrorBecomesASuccess_data()
 
 void ErrorValuesTest::noErrorBecomesASuccess()
 {
-    QFETCH(QDBusError, dBusError);
+    QFETCH(const QDBusError, dBusError);
     QVERIFY(!dBusError.isValid());
 
     MessageLog log;
     const Error error = errorFromDBus(dBusError);
     QCOMPARE(int(error.code()), 0);
     QVERIFY(error.message().isNull());
-    QVERIFY(!error);
     QCOMPARE(log.take(), QStringList());
 }
 
@@ -203,116 +131,74 @@ void ErrorValuesTest::anErrorWithoutANameBecomesASuccess()
     const Error error = errorFromDBus(nameless);
     QCOMPARE(int(error.code()), 0);
     QVERIFY(error.message().isNull());
-    QCOMPARE(int(errorFromDBus(named).code()), 5);
 }
 
-void ErrorValuesTest::everyErrorOfTheServiceBecomesItsCode_data()
+void ErrorValuesTest::anErrorOfDBusBecomesACode_data()
 {
     QTest::addColumn<QString>("name");
     QTest::addColumn<int>("number");
-    for (const NamedCode &row : namedCodes)
-        QTest::newRow(row.name) << QString(row.name) << row.number;
+    const auto row = [](const QString &name, int number) {
+        QTest::newRow(qPrintable(name)) << name << number;
+    };
+
+    // What the service names.
+    for (const NamedCode &named : namedCodes) {
+        QCOMPARE(int(named.code), named.number);
+        row(prefix + named.name, named.number);
+    }
+    // The prefix is removed wherever it stands.
+    row(prefix + prefix + "InvalidValue", 4);
+    row(prefix + prefix + prefix + "Forbidden", 5);
+    row(prefix + "Invalid" + prefix + "Value", 4);
+    row(prefix + "InvalidUserId" + prefix, 7);
+    row(prefix + prefix, 1);
+    row(prefix + prefix.toUpper() + "InvalidValue", 1);
+    // Any other suffix.
+    for (const char *suffix : {"", ".Forbidden", "forbidden", "FORBIDDEN", "Forbidde",
+                               "ForbiddenValue", "Forbidden ", "NoError", "5", "OutOfMemory"})
+        row(prefix + suffix, 1);
+    // Any other prefix.
+    for (const QString &other :
+         {QString(), prefix.chopped(1), prefix.toLower(), prefix.toUpper(), ' ' + prefix,
+          "com.acme." + prefix, "For" + prefix, QString("org.acme.ManagedConfiguration.Error."),
+          QString("org.freedesktop.DBus.Error.")})
+        row(other + "Forbidden", 1);
+    row("Forbidden" + prefix, 1);
+    // What QtDBus names.
+    for (int type = QDBusError::NoError + 1; type <= QDBusError::LastErrorType; ++type)
+        row(QDBusError::errorString(static_cast<QDBusError::ErrorType>(type)), 1);
 }
 
-void ErrorValuesTest::everyErrorOfTheServiceBecomesItsCode()
+void ErrorValuesTest::anErrorOfDBusBecomesACode()
 {
-    QFETCH(QString, name);
-    QFETCH(int, number);
+    QFETCH(const QString, name);
+    QFETCH(const int, number);
 
     MessageLog log;
-    const Error error = errorFromDBus(makeDBusError(prefix + name, "refused: " + name));
+    const Error error = errorFromDBus(makeDBusError(name, "refused: " + name));
     QCOMPARE(int(error.code()), number);
-    QCOMPARE(error.message(), QString("refused: " + name));
-    QVERIFY(error.isError());
+    QCOMPARE(error.message(), "refused: " + name);
     QCOMPARE(log.take(), QStringList());
 }
 
-void ErrorValuesTest::thePrefixIsRemovedWhereverItStands_data()
+void ErrorValuesTest::theMessageIsKept_data()
 {
-    QTest::addColumn<QString>("name");
-    QTest::addColumn<int>("number");
-    QTest::newRow("twice in front") << prefix + prefix + "InvalidValue" << 4;
-    QTest::newRow("three times in front") << prefix + prefix + prefix + "Forbidden" << 5;
-    QTest::newRow("in front and inside") << prefix + "Invalid" + prefix + "Value" << 4;
-    QTest::newRow("in front and at the end") << prefix + "InvalidUserId" + prefix << 7;
-    QTest::newRow("twice and nothing else") << prefix + prefix << 1;
-    QTest::newRow("once, the second in capitals")
-        << prefix + prefix.toUpper() + "InvalidValue" << 1;
+    QTest::addColumn<QString>("message");
+    QTest::newRow("empty") << QString("");
+    QTest::newRow("blanks") << QString(" \t\n ");
+    QTest::newRow("a NUL inside") << QString::fromUtf8("a\0b", 3);
+    QTest::newRow("placeholders and quotes") << QString("%1 %2 \"it's\" \\ refused");
+    QTest::newRow("beyond ASCII") << QString("Zugriff verweigert: Größe 日本 😀");
+    QTest::newRow("an error name") << QString(prefix + "Forbidden");
+    QTest::newRow("very long") << QString(100000, 'm');
 }
 
-void ErrorValuesTest::thePrefixIsRemovedWhereverItStands()
+void ErrorValuesTest::theMessageIsKept()
 {
-    QFETCH(QString, name);
-    QFETCH(int, number);
+    QFETCH(const QString, message);
 
-    const Error error = errorFromDBus(makeDBusError(name, "refused"));
-    QCOMPARE(int(error.code()), number);
-    QCOMPARE(error.message(), QString("refused"));
-}
-
-void ErrorValuesTest::anyOtherNameBecomesInternal_data()
-{
-    QTest::addColumn<QString>("name");
-    QTest::newRow("the prefix alone") << prefix;
-    QTest::newRow("the prefix without its last stop") << prefix.chopped(1);
-    QTest::newRow("no stop before the suffix") << prefix.chopped(1) + "Forbidden";
-    QTest::newRow("two stops before the suffix") << prefix + ".Forbidden";
-    QTest::newRow("suffix in lower case") << prefix + "forbidden";
-    QTest::newRow("suffix in capitals") << prefix + "FORBIDDEN";
-    QTest::newRow("suffix cut short") << prefix + "Forbidde";
-    QTest::newRow("suffix too long") << prefix + "ForbiddenValue";
-    QTest::newRow("blank after the suffix") << prefix + "Forbidden ";
-    QTest::newRow("suffix of a success") << prefix + "NoError";
-    QTest::newRow("suffix that is a number") << prefix + "5";
-    QTest::newRow("unknown suffix") << prefix + "OutOfMemory";
-    QTest::newRow("prefix in lower case") << prefix.toLower() + "Forbidden";
-    QTest::newRow("prefix in capitals") << prefix.toUpper() + "Forbidden";
-    QTest::newRow("blank before the prefix") << " " + prefix + "Forbidden";
-    QTest::newRow("prefix at the end") << "Forbidden" + prefix;
-    QTest::newRow("prefix inside the suffix") << "For" + prefix + "bidden";
-    QTest::newRow("prefix in the middle") << "com.acme." + prefix + "Forbidden";
-    QTest::newRow("another service") << QString("org.acme.ManagedConfiguration.Error.Forbidden");
-    QTest::newRow("suffix alone") << QString("Forbidden");
-    QTest::newRow("the bus") << QString("org.freedesktop.DBus.Error.NoReply");
-}
-
-void ErrorValuesTest::anyOtherNameBecomesInternal()
-{
-    QFETCH(QString, name);
-
-    MessageLog log;
-    const Error error = errorFromDBus(makeDBusError(name, "Did not receive a reply."));
-    QCOMPARE(int(error.code()), 1);
-    QCOMPARE(error.message(), QString("Did not receive a reply."));
-    QCOMPARE(log.take(), QStringList());
-}
-
-void ErrorValuesTest::everyErrorOfTheBusBecomesInternal()
-{
-    for (int type = QDBusError::NoError + 1; type <= QDBusError::LastErrorType; ++type) {
-        const QDBusError dBusError(static_cast<QDBusError::ErrorType>(type), "The bus is gone.");
-        const Error error = errorFromDBus(dBusError);
-        QCOMPARE(int(error.code()), 1);
-        QCOMPARE(error.message(), QString("The bus is gone."));
-    }
-}
-
-void ErrorValuesTest::theMessageOfTheBusIsKept_data()
-{
-    addMessageRows();
-}
-
-void ErrorValuesTest::theMessageOfTheBusIsKept()
-{
-    QFETCH(QString, message);
-
-    for (const QString &name : {QString(prefix + "Forbidden"), QString(prefix + "Unknown"),
-                                QString("org.freedesktop.DBus.Error.Failed")}) {
-        const QDBusError dBusError = makeDBusError(name, message);
-        const Error error = errorFromDBus(dBusError);
-        QCOMPARE(error.message(), message);
-        QCOMPARE(error.message().isNull(), dBusError.message().isNull());
-    }
+    for (const QString &name : {QString(prefix + "Forbidden"), QString("another.name")})
+        QCOMPARE(errorFromDBus(makeDBusError(name, message)).message(), message);
 }
 
 QTEST_GUILESS_MAIN(ErrorValuesTest)
