@@ -21,13 +21,6 @@ QString text(int size)
     return QString(size, QLatin1Char('x'));
 }
 
-Configuration configurationOf(int size)
-{
-    Configuration configuration;
-    configuration.set("key", text(size));
-    return configuration;
-}
-
 } // namespace
 
 /*! A bus drops the connection that sends too large a message, so these come in this order. */
@@ -54,7 +47,7 @@ private:
 
 void OversizedMessageTest::aLargeConfigurationGoesBothWays()
 {
-    QCOMPARE(awaitChange(m_requests, configurationOf(largeSize)), "{}");
+    QCOMPARE(awaitChange(m_requests, makeConfiguration({{"key", text(largeSize)}})), "{}");
     QVERIFY(m_service.calls().first().arguments.size() > largeSize);
 
     m_service.answerWith(QStringLiteral("({'key': <'%1'>},)").arg(text(largeSize)));
@@ -82,7 +75,7 @@ void OversizedMessageTest::aConfigurationThatIsTooLargeCostsTheApplicationItsCon
 {
     if (!isOnDBusDaemon())
         QSKIP("the size is dbus-daemon's");
-    const QString error = awaitChange(m_requests, configurationOf(tooLargeSize));
+    const QString error = awaitChange(m_requests, makeConfiguration({{"key", text(tooLargeSize)}}));
     QVERIFY2(error.startsWith("{} error 1: "), qPrintable(error));
 
     TRY_VERIFY(!QDBusConnection::systemBus().isConnected());

@@ -40,15 +40,10 @@ struct CopyCounter
 /*! \a levels configurations inside one another, the innermost with \a entry if that is valid. */
 Configuration nested(int levels, const QVariant &entry)
 {
-    Configuration configuration;
-    if (entry.isValid())
-        configuration.set("key", entry);
-    for (int level = 1; level < levels; ++level) {
-        Configuration outer;
-        outer.set("a", 1);
-        outer.set("key", QVariant::fromValue(configuration));
-        configuration = outer;
-    }
+    Configuration configuration = entry.isValid() ? makeConfiguration({{"key", entry}})
+                                                  : Configuration();
+    for (int level = 1; level < levels; ++level)
+        configuration = makeConfiguration({{"a", 1}, {"key", QVariant::fromValue(configuration)}});
     return configuration;
 }
 
@@ -123,8 +118,7 @@ void RequestsTest::aChangeRequestCallsTheServiceWithTheConfiguration()
     m_service.answerWith("()");
     const Announcements announcements(m_manager);
     Answers answers;
-    Configuration configuration;
-    configuration.set("key", 7);
+    Configuration configuration = makeConfiguration({{"key", 7}});
     m_manager.changeConfiguration(configuration, answers.forChanging());
     configuration.set("key", 8);
     QVERIFY(answers.waitFor(1));

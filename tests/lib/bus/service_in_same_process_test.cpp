@@ -71,12 +71,11 @@ void ServiceInSameProcessTest::initTestCase()
 
 void ServiceInSameProcessTest::requestsAreAnsweredFromTheEventLoop()
 {
-    Configuration configuration;
-    configuration.set("number", 7);
-    configuration.set("names", QVariant::fromValue(QList<QString> {"a"}));
     const Answers answers;
     m_manager->getConfiguration(answers.forReading());
-    m_manager->changeConfiguration(configuration, answers.forChanging());
+    m_manager->changeConfiguration(
+        makeConfiguration({{"number", 7}, {"names", makeList<QString>({"a"})}}),
+        answers.forChanging());
     QCOMPARE(answers.count(), 0);
     QVERIFY(answers.waitFor(2));
     QCOMPARE(answers.texts(), QStringList({m_expected, "{}"}));
