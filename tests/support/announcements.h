@@ -19,12 +19,13 @@ class Announcements
 {
 public:
     /*! \brief Follows \a manager. */
-    explicit Announcements(ConfigurationManager &manager)
+    explicit Announcements(ConfigurationManager &manager,
+                           Qt::ConnectionType type = Qt::AutoConnection)
     {
-        QObject::connect(&manager, &ConfigurationManager::configurationChanged, &m_context,
-                         [this](const Configuration &configuration) {
-                             m_texts.append(describe(configuration));
-                         });
+        QObject::connect(
+            &manager, &ConfigurationManager::configurationChanged, &m_context,
+            [this](const Configuration &configuration) { m_texts.append(describe(configuration)); },
+            type);
     }
 
     /*! \brief The announced configurations, as describe() writes them, oldest first. */

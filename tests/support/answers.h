@@ -87,7 +87,7 @@ public:
     /*! \brief Waits for the first answer, and gives its text. */
     QString awaitText() const
     {
-        return waitFor(1) ? texts().first() : QStringLiteral("no answer");
+        return waitFor(1) ? texts().constFirst() : QStringLiteral("no answer");
     }
 
 private:

@@ -46,7 +46,8 @@ void BusLossTest::callsUnderWayFailWhenTheBusDies()
     m_fixture.bus.stop();
 
     QVERIFY(answers.waitFor(2));
-    for (const QString &text : answers.texts())
+    const QStringList texts = answers.texts();
+    for (const QString &text : texts)
         QVERIFY2(text.startsWith("{} error 1: "), qPrintable(text));
     TRY_COMPARE(announcements.texts(), QStringList("{}"));
     TRY_VERIFY(!QDBusConnection::systemBus().isConnected());

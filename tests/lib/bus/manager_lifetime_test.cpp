@@ -116,8 +116,8 @@ void ManagerLifetimeTest::callbacksAreDestroyedBeforeTheirManager()
     m_manager->changeConfiguration(Configuration(), [held](const Error &) {});
     QCOMPARE(held.use_count(), 3L);
     long countAtDestruction = 0;
-    QObject::connect(m_manager.get(), &QObject::destroyed, m_manager.get(),
-                     [&] { countAtDestruction = held.use_count(); });
+    const auto record = [&] { countAtDestruction = held.use_count(); };
+    QObject::connect(m_manager.get(), &QObject::destroyed, m_manager.get(), record);
     m_manager.reset();
     QCOMPARE(countAtDestruction, 1L);
 }

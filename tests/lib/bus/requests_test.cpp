@@ -191,7 +191,8 @@ void RequestsTest::aServiceThatNeverAnswersIsATimeOut()
     m_requests.changeConfiguration(Configuration(), answers.forChanging());
     m_requests.setTimeout(-1);
     QVERIFY(answers.waitFor(2));
-    for (const QString &text : answers.texts())
+    const QStringList texts = answers.texts();
+    for (const QString &text : texts)
         QVERIFY2(text.startsWith("{} error 1: Did not receive a reply."), qPrintable(text));
 
     // A reply that comes too late changes nothing.
@@ -206,7 +207,8 @@ void RequestsTest::aServiceThatNeverAnswersIsATimeOut()
 void RequestsTest::aBusThatHangsIsATimeOut()
 {
     if (!isOnDBusDaemon())
-        QSKIP("the process to stop is not the one that was started");
+        return QTest::qSkip("the process to stop is not the one that was started", __FILE__,
+                            __LINE__);
     const auto bus = static_cast<pid_t>(m_fixture.bus.processId());
     QCOMPARE(kill(bus, SIGSTOP), 0);
     m_requests.setTimeout(50);
@@ -239,7 +241,7 @@ void RequestsTest::answersComeInTheOrderOfTheReplies()
 void RequestsTest::hundredsOfRequestsAtOnceAreAnsweredOnceEach()
 {
     if (!isOnDBusDaemon())
-        QSKIP("the number is dbus-daemon's");
+        return QTest::qSkip("the number is dbus-daemon's", __FILE__, __LINE__);
     constexpr int requests = 500;
     m_service.leaveUnanswered();
     QVector<int> answered(requests, 0);
@@ -266,7 +268,7 @@ void RequestsTest::hundredsOfRequestsAtOnceAreAnsweredOnceEach()
 void RequestsTest::unansweredRequestsUseUpWhatTheBusAllows()
 {
     if (!isOnDBusDaemon())
-        QSKIP("the number is dbus-daemon's");
+        return QTest::qSkip("the number is dbus-daemon's", __FILE__, __LINE__);
     m_service.leaveUnanswered();
     Answers answers;
     m_requests.setTimeout(200);
@@ -363,9 +365,10 @@ void RequestsTest::everythingIsDoneWithinTheWatchersSignal()
     // Connected later, these slots run after those of the library within the same signal, which
     // the watcher outlives.
     QVector<int> doneBefore;
-    for (const QDBusPendingCallWatcher *watcher : watchers(requests)) {
-        QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher,
-                         [&] { doneBefore.append(answers.count() + announcements.count()); });
+    const auto record = [&] { doneBefore.append(answers.count() + announcements.count()); };
+    const auto allWatchers = watchers(requests);
+    for (const QDBusPendingCallWatcher *watcher : allWatchers) {
+        QObject::connect(watcher, &QDBusPendingCallWatcher::finished, watcher, record);
         // The library's slot goes with the watcher, not only with the object that made it.
         QVERIFY(!QObject::disconnect(watcher, nullptr, &requests, nullptr));
     }
@@ -392,7 +395,7 @@ void RequestsTest::aConfigurationIsSentAsLongAsTheBusCarriesIt()
 void RequestsTest::anEmptyConfigurationMayLieOneLevelDeeper()
 {
     if (!isOnDBusDaemon())
-        QSKIP("not every bus carries the last of 64 containers");
+        return QTest::qSkip("not every bus carries the last of 64 containers", __FILE__, __LINE__);
     // GDBus would not take it, so the bus itself has to say that it does.
     m_service.stop();
     QCOMPARE(awaitChange(m_manager, nested(22, QVariant())),

@@ -11,11 +11,12 @@ namespace {
 
 // The messages are the bus's own.
 const QString noService = isOnDBusDaemon()
-    ? "{} error 1: The name org.brenvik.ManagedConfiguration was not provided by any .service files"
-    : "{} error 1: The name is not activatable";
+    ? QStringLiteral("{} error 1: The name org.brenvik.ManagedConfiguration was not provided by "
+                     "any .service files")
+    : QStringLiteral("{} error 1: The name is not activatable");
 const QString died = isOnDBusDaemon()
-    ? "{} error 1: Message recipient disconnected from message bus without replying"
-    : "{} error 1: Remote peer disconnected";
+    ? QStringLiteral("{} error 1: Message recipient disconnected from message bus without replying")
+    : QStringLiteral("{} error 1: Remote peer disconnected");
 
 } // namespace
 
@@ -99,7 +100,7 @@ void ServiceRestartTest::changesAreAnnouncedFromEachServiceThatAppears()
         QCOMPARE(awaitRead(manager), configuration);
         m_service.announceChange(BusFixture::path);
         TRY_COMPARE(announcements.count(), life);
-        QCOMPARE(announcements.texts().last(), configuration);
+        QCOMPARE(announcements.texts().constLast(), configuration);
         m_service.stop();
     }
 }
