@@ -168,7 +168,7 @@ void AnnouncementsTest::aWatcherKeepsLessThanAKibibyte()
     const std::size_t before = mallinfo2().uordblks;
     QVERIFY(announceRepeatedly(times, size));
     const std::size_t after = mallinfo2().uordblks;
-    QVERIFY2(after < before + times * 1024,
+    QVERIFY2(after < before + 1024UL * times,
              qPrintable(QString("from %1 to %2 bytes").arg(before).arg(after)));
 }
 
