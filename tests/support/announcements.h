@@ -3,28 +3,42 @@
 
 #pragma once
 
+#include "description.h"
+
 #include <QtCore/QObject>
 #include <QtCore/QStringList>
-
-namespace Tarnvel::Application::ManagedConfiguration {
-class ConfigurationManager;
-}
+#include <Tarnvel/ManagedConfiguration/configuration_manager.h>
 
 namespace Tarnvel::Testing {
 
-/*! \brief What a manager announces through configurationChanged() while this object lives,
- * described. */
+using Application::ManagedConfiguration::Configuration;
+using Application::ManagedConfiguration::ConfigurationManager;
+
+/*! \brief What a manager emits through configurationChanged() while this object lives. */
 class Announcements
 {
 public:
     /*! \brief Follows \a manager. */
-    explicit Announcements(Application::ManagedConfiguration::ConfigurationManager &manager);
+    explicit Announcements(ConfigurationManager &manager,
+                           Qt::ConnectionType type = Qt::AutoConnection)
+    {
+        QObject::connect(
+            &manager, &ConfigurationManager::configurationChanged, &m_context,
+            [this](const Configuration &configuration) { m_texts.append(describe(configuration)); },
+            type);
+    }
 
     /*! \brief The announced configurations, as describe() writes them, oldest first. */
-    QStringList texts() const;
+    QStringList texts() const
+    {
+        return m_texts;
+    }
 
     /*! \brief How many there are. */
-    int count() const;
+    int count() const
+    {
+        return m_texts.count();
+    }
 
 private:
     QObject m_context;

@@ -8,6 +8,8 @@
 
 #include <QtCore/QCoreApplication>
 
+#include <functional>
+
 namespace Tarnvel::Testing {
 
 /*! \brief An application that catches what an empty callback throws, and counts it. */
@@ -16,13 +18,17 @@ class CatchingApplication : public QCoreApplication
 public:
     using QCoreApplication::QCoreApplication;
 
-    /*! \brief How many exceptions have come out of event handlers so far. */
-    int caughtExceptions() const;
+    bool notify(QObject *receiver, QEvent *event) override
+    {
+        try {
+            return QCoreApplication::notify(receiver, event);
+        } catch (const std::bad_function_call &) {
+            ++caughtExceptions;
+            return true;
+        }
+    }
 
-    bool notify(QObject *receiver, QEvent *event) override;
-
-private:
-    int m_caughtExceptions = 0;
+    int caughtExceptions = 0;
 };
 
 /*!
@@ -35,16 +41,22 @@ class BusFixture
 {
 public:
     /*! \brief The object path of the identity that this fixture gives to the process. */
-    static const QString path;
+    inline static const QString path = QStringLiteral("/acme_2elabs_2eviewer");
 
     /*! \brief Starts the bus and the service; ends the process if either fails. */
-    BusFixture(int &argc, char **argv);
-
-    /*! \brief The unique name on the bus of the connection that the library uses. */
-    QString uniqueName() const;
+    BusFixture(int &argc, char **argv) : application(argc, argv), service(bus.address())
+    {
+        QCoreApplication::setOrganizationName(QStringLiteral("acme.labs"));
+        QCoreApplication::setApplicationName(QStringLiteral("viewer"));
+        qputenv("DBUS_SYSTEM_BUS_ADDRESS", bus.address().toUtf8());
+        if (!bus.start())
+            qFatal("%s", qUtf8Printable(bus.errorString()));
+        if (!service.start())
+            qFatal("the service did not start");
+    }
 
     CatchingApplication application;
-    Testing::PrivateBus bus;
+    PrivateBus bus;
     FakeService service;
 };
 
@@ -53,7 +65,10 @@ public:
  *
  * If not, it is one that stands in for it, with limits and messages of its own.
  */
-bool isOnDBusDaemon();
+inline bool isOnDBusDaemon()
+{
+    return qEnvironmentVariableIsEmpty("TARNVEL_TEST_BUS_STANDS_IN");
+}
 
 /*! \brief The main function of a test \a Class that takes a BusFixture. */
 #define TARNVEL_BUS_TEST_MAIN(Class)                                                               \

@@ -9,17 +9,26 @@
 #include <QtCore/QString>
 
 #include <functional>
+#include <memory>
+#include <optional>
 
 namespace Tarnvel::Testing {
 
 /*! \brief A value in GVariant's text form, such as "({'theme': <'dark'>},)". */
-GVariant *parseValue(const QString &text);
+inline GVariant *parseValue(const QString &text)
+{
+    g_autoptr(GError) error = nullptr;
+    GVariant *value = g_variant_parse(nullptr, text.toUtf8().constData(), nullptr, nullptr, &error);
+    if (!value)
+        qFatal("%s: %s", qUtf8Printable(text), error->message);
+    return value;
+}
 
 /*!
  * \brief A service under a test's command, which records what it is asked.
  *
  * It sees the calls as GDBus does, and so is an observer of the wire that shares nothing with
- * QtDBus.
+ * QtDBus. What it replies is a tuple in GVariant's text form.
  */
 class FakeService
 {
@@ -33,39 +42,106 @@ public:
         QString arguments;
     };
 
-    using Handler = Testing::RawService::Handler;
+    using Handler = RawService::Handler;
 
     /*! \brief A service for the bus at \a address that is not running yet. */
-    explicit FakeService(const QString &address);
+    explicit FakeService(const QString &address) : m_address(address)
+    {
+        reset();
+    }
 
     /*! \brief Appears on the bus. */
-    bool start();
+    bool start()
+    {
+        const bool isOpen = m_service->open(m_address);
+        if (!isOpen)
+            qWarning("%s", qUtf8Printable(m_service->errorString()));
+        return isOpen;
+    }
 
     /*! \brief Drops off the bus, with calls unanswered if there are any. */
-    void stop();
+    void stop()
+    {
+        m_service->close();
+    }
 
-    /*! \brief From now on, answers every call with \a values, a tuple in GVariant's text form. */
-    void answerWith(const QString &values);
+    /*! \brief Drops off the bus and forgets its calls and its handler: as if it were new. */
+    void reset()
+    {
+        // A new raw service, so that no call to the old one still comes in.
+        m_service.emplace([this](const MethodCall &call) { receive(call); });
+        m_calls.clear();
+        m_unanswered.clear();
+        answerWith(QStringLiteral("(@a{sv} {},)"));
+    }
+
+    /*! \brief From now on, answers every call with \a values. */
+    void answerWith(const QString &values)
+    {
+        const std::shared_ptr<GVariant> body(parseValue(values), g_variant_unref);
+        answerThrough([body](const MethodCall &call) { call.reply(body.get()); });
+    }
 
     /*! \brief From now on, answers every call with an error. */
-    void answerWithError(const QString &name, const QString &message);
+    void answerWithError(const QString &name, const QString &message)
+    {
+        answerThrough([=](const MethodCall &call) { call.replyError(name, message); });
+    }
 
     /*! \brief From now on, leaves the answer to every call to \a handler. */
-    void answerThrough(const Handler &handler);
+    void answerThrough(const Handler &handler)
+    {
+        m_handler = handler;
+    }
+
+    /*! \brief From now on, answers no call before replyTo() says so. */
+    void leaveUnanswered()
+    {
+        m_unanswered.clear();
+        answerThrough([this](const MethodCall &call) { m_unanswered.append(call); });
+    }
+
+    /*! \brief How many calls have been left unanswered since then. */
+    int unanswered() const
+    {
+        return m_unanswered.count();
+    }
+
+    /*! \brief Answers the one at \a index of these calls, oldest first; may be repeated. */
+    void replyTo(int index, const QString &values) const
+    {
+        g_autoptr(GVariant) body = parseValue(values);
+        m_unanswered.at(index).reply(body);
+    }
 
     /*! \brief The calls received so far, oldest first. */
-    const QList<Call> &calls() const;
+    const QList<Call> &calls() const
+    {
+        return m_calls;
+    }
 
     /*! \brief Announces a change at \a path; see RawService::announceChange(). */
-    void announceChange(const QString &path, const QString &arguments = QString());
+    void announceChange(const QString &path, const QString &arguments = QString())
+    {
+        g_autoptr(GVariant) values = arguments.isEmpty() ? nullptr : parseValue(arguments);
+        m_service->announceChange(path, values);
+    }
 
 private:
-    void receive(const Testing::MethodCall &call);
+    void receive(const MethodCall &call)
+    {
+        g_autofree gchar *arguments = g_variant_print(call.arguments(), TRUE);
+        m_calls.append({call.path(), call.method(), QString::fromUtf8(arguments)});
+        // A copy: the handler may set another one.
+        const Handler handler = m_handler;
+        handler(call);
+    }
 
     QString m_address;
     QList<Call> m_calls;
+    QList<MethodCall> m_unanswered;
     Handler m_handler;
-    Testing::RawService m_service;
+    std::optional<RawService> m_service;
 };
 
 } // namespace Tarnvel::Testing

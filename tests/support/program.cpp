@@ -3,18 +3,13 @@
 
 #include "program.h"
 
+#include "waiting.h"
+
 #include <QtCore/QDir>
-#include <QtTest/QTest>
 
 #include <csignal>
 
 namespace Tarnvel::Testing {
-
-namespace {
-
-constexpr int timeoutMs = 60000;
-
-} // namespace
 
 Program::Program(const QString &name)
     : m_name(QDir(QStringLiteral(INSTALLED_PROGRAMS)).filePath(name)),
@@ -29,7 +24,7 @@ Program::~Program()
     if (m_process.state() == QProcess::NotRunning)
         return;
     m_process.kill();
-    m_process.waitForFinished(timeoutMs);
+    m_process.waitForFinished(waitTimeoutMs);
 }
 
 void Program::setVariable(const QString &name, const QString &value)
@@ -64,7 +59,7 @@ QString Program::readErrorLine()
 Outcome Program::finish()
 {
     const bool isOver = QTest::qWaitFor(
-        [this] { return m_process.state() == QProcess::NotRunning; }, timeoutMs);
+        [this] { return m_process.state() == QProcess::NotRunning; }, waitTimeoutMs);
     const bool hasStatus = isOver && m_process.error() == QProcess::UnknownError
         && m_process.exitStatus() == QProcess::NormalExit;
     return {hasStatus ? m_process.exitCode() : -1,
@@ -83,7 +78,7 @@ QString Program::readLine(QProcess::ProcessChannel channel)
     m_process.setReadChannel(channel);
     const bool isThere = QTest::qWaitFor(
         [this] { return m_process.canReadLine() || m_process.state() == QProcess::NotRunning; },
-        timeoutMs);
+        waitTimeoutMs);
     if (!isThere || !m_process.canReadLine())
         return QStringLiteral("no line: ") + QString::fromUtf8(m_process.readAllStandardOutput())
             + QString::fromUtf8(m_process.readAllStandardError());

@@ -3,13 +3,15 @@
 
 // An application that does with its managed configuration what its arguments say, one step after
 // the other, and prints a line for each: "get", "set KEY=VALUE" (an integer, or else a string), or
-// "follow", which waits for the next change. What it has not waited for is told at the end.
+// "follow", which waits for the next change. Says at the end how many changes it has not waited
+// for.
 
 #include <Tarnvel/ManagedConfiguration/Configuration>
 #include <Tarnvel/ManagedConfiguration/ConfigurationManager>
 #include <Tarnvel/ManagedConfiguration/Error>
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QEventLoop>
 #include <QtCore/QTextStream>
 
 #include "configuration_p.h"
@@ -32,81 +34,34 @@ QString described(const Error &error)
     return QString("error %1: %2").arg(error.code()).arg(error.message());
 }
 
-void print(const QString &line)
+QString get(ConfigurationManager &manager)
 {
-    QTextStream(stdout) << line << Qt::endl;
+    QString result;
+    QEventLoop loop;
+    manager.getConfiguration([&](const Configuration &configuration, const Error &error) {
+        result = error ? described(error) : described(configuration);
+        loop.quit();
+    });
+    loop.exec();
+    return result;
 }
 
-class Steps
+QString set(ConfigurationManager &manager, const QString &assignment)
 {
-public:
-    explicit Steps(const QStringList &steps) : m_steps(steps)
-    {
-        QObject::connect(m_manager, &ConfigurationManager::configurationChanged, m_manager,
-                         [this](const Configuration &configuration) {
-                             m_changes.append(described(configuration));
-                             if (m_isFollowing)
-                                 follow();
-                         });
-    }
-
-    void next()
-    {
-        if (m_steps.isEmpty())
-            return end();
-        const QString step = m_steps.takeFirst();
-        if (step == "get")
-            get();
-        else if (step.startsWith("set "))
-            set(step.mid(4));
-        else
-            follow();
-    }
-
-private:
-    void get()
-    {
-        m_manager->getConfiguration([this](const Configuration &configuration, const Error &error) {
-            print("got " + (error ? described(error) : described(configuration)));
-            next();
-        });
-    }
-
-    void set(const QString &assignment)
-    {
-        const QString key = assignment.section('=', 0, 0);
-        const QString text = assignment.section('=', 1);
-        bool isInteger = false;
-        const int number = text.toInt(&isInteger);
-        Configuration change;
-        change.set(key, isInteger ? QVariant(number) : QVariant(text));
-        m_manager->changeConfiguration(change, [this](const Error &error) {
-            print("set " + (error ? described(error) : QString("done")));
-            next();
-        });
-    }
-
-    void follow()
-    {
-        m_isFollowing = m_changes.isEmpty();
-        if (m_isFollowing)
-            return;
-        print("changed to " + m_changes.takeFirst());
-        next();
-    }
-
-    void end()
-    {
-        if (!m_changes.isEmpty())
-            print(QString("%1 more changes").arg(m_changes.size()));
-        QCoreApplication::quit();
-    }
-
-    ConfigurationManager *m_manager = ConfigurationManager::instance();
-    QStringList m_steps;
-    QStringList m_changes;
-    bool m_isFollowing = false;
-};
+    const QString text = assignment.section('=', 1);
+    bool isInteger = false;
+    const int number = text.toInt(&isInteger);
+    Configuration change;
+    change.set(assignment.section('=', 0, 0), isInteger ? QVariant(number) : QVariant(text));
+    QString result;
+    QEventLoop loop;
+    manager.changeConfiguration(change, [&](const Error &error) {
+        result = error ? described(error) : QString("done");
+        loop.quit();
+    });
+    loop.exec();
+    return result;
+}
 
 } // namespace
 
@@ -115,8 +70,28 @@ int main(int argc, char *argv[])
     QCoreApplication application(argc, argv);
     QCoreApplication::setOrganizationName("acme");
     QCoreApplication::setApplicationName("viewer");
-    Steps steps(QCoreApplication::arguments().mid(1));
-    QMetaObject::invokeMethod(
-        &application, [&steps] { steps.next(); }, Qt::QueuedConnection);
-    return QCoreApplication::exec();
+    ConfigurationManager &manager = *ConfigurationManager::instance();
+    QStringList changes;
+    QEventLoop changed;
+    QObject::connect(&manager, &ConfigurationManager::configurationChanged, &changed,
+                     [&](const Configuration &configuration) {
+                         changes.append(described(configuration));
+                         changed.quit();
+                     });
+
+    QTextStream out(stdout);
+    const QStringList steps = QCoreApplication::arguments().mid(1);
+    for (const QString &step : steps) {
+        if (step == "get") {
+            out << "got " << get(manager) << Qt::endl;
+        } else if (step.startsWith("set ")) {
+            out << "set " << set(manager, step.mid(4)) << Qt::endl;
+        } else {
+            if (changes.isEmpty())
+                changed.exec();
+            out << "changed to " << changes.takeFirst() << Qt::endl;
+        }
+    }
+    if (!changes.isEmpty())
+        out << changes.size() << " more changes" << Qt::endl;
 }

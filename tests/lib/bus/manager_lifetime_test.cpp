@@ -1,86 +1,76 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "announcements.h"
-#include "answers.h"
-#include "bus_fixture.h"
-#include "configuration_manager_p.h"
-
-#include <QtTest/QTest>
-#include <Tarnvel/ManagedConfiguration/configuration_manager.h>
+#include "bus_test.h"
 
 #include <memory>
 
 using namespace Tarnvel::Application::ManagedConfiguration;
 using namespace Tarnvel::Testing;
-using Tarnvel::Testing::MethodCall;
 
-class ManagerLifetimeTest : public QObject
+class ManagerLifetimeTest : public BusTest
 {
     Q_OBJECT
 
 public:
-    explicit ManagerLifetimeTest(BusFixture &fixture) : m_service(fixture.service) { }
+    using BusTest::BusTest;
 
 private Q_SLOTS:
-    void init();
+    void init() override;
     void callbacksOfADestroyedManagerAreNeverCalled();
     void reReadsOfADestroyedManagerAreNotAnnounced();
     void aManagerMayBeDeletedInsideACallback_data();
     void aManagerMayBeDeletedInsideACallback();
     void aManagerMayBeDeletedWhileItAnnounces();
-    void requestsOfAnotherManagerGoOn();
-    void aCallbackDiesWithItsManager();
+    void callbacksAreDestroyedBeforeTheirManager();
 
 private:
-    FakeService &m_service;
+    std::unique_ptr<ConfigurationManager> m_manager;
 };
 
 void ManagerLifetimeTest::init()
 {
-    m_service.answerWith("({'key': <7>},)");
+    BusTest::init();
+    m_manager = std::make_unique<ConfigurationManager>();
+    // By the time the service replies, the bus has the subscription too.
+    QCOMPARE(awaitRead(*m_manager), R"({"key": int 7})");
 }
 
 void ManagerLifetimeTest::callbacksOfADestroyedManagerAreNeverCalled()
 {
-    QList<MethodCall> calls;
-    m_service.answerThrough([&](const MethodCall &call) { calls.append(call); });
-    Answers dropped;
-    auto manager = std::make_unique<ConfigurationManager>();
-    manager->getConfiguration(dropped.forReading());
-    manager->changeConfiguration(Configuration(), dropped.forChanging());
-    QTRY_COMPARE(calls.count(), 2);
-    manager.reset();
-    for (const MethodCall &call : qAsConst(calls))
-        call.reply(parseValue("(@a{sv} {},)"));
-
-    m_service.answerWith("({'key': <7>},)");
-    ConfigurationManager later;
-    Answers answers;
-    later.getConfiguration(answers.forReading());
+    m_service.leaveUnanswered();
+    ConfigurationManager other;
+    const Answers dropped;
+    const Answers answers;
+    m_manager->getConfiguration(dropped.forReading());
+    m_manager->changeConfiguration(Configuration(), dropped.forChanging());
+    other.getConfiguration(answers.forReading());
+    TRY_COMPARE(m_service.unanswered(), 3);
+    m_manager.reset();
+    for (const int call : {0, 1, 2})
+        m_service.replyTo(call, "({'key': <7>},)");
     QVERIFY(answers.waitFor(1));
     QCOMPARE(dropped.count(), 0);
 }
 
 void ManagerLifetimeTest::reReadsOfADestroyedManagerAreNotAnnounced()
 {
-    QList<MethodCall> calls;
-    auto manager = std::make_unique<ConfigurationManager>();
-    const Announcements announcements(*manager);
-    Answers answers;
-    manager->getConfiguration(answers.forReading());
-    QVERIFY(answers.waitFor(1));
-    m_service.answerThrough([&](const MethodCall &call) { calls.append(call); });
+    ConfigurationManager other;
+    QCOMPARE(awaitRead(other), R"({"key": int 7})");
+    const Announcements dropped(*m_manager);
+    const Announcements announcements(other);
+    m_service.leaveUnanswered();
     m_service.announceChange(BusFixture::path);
-    QTRY_COMPARE(calls.count(), 1);
-    manager.reset();
-    calls.first().reply(parseValue("(@a{sv} {},)"));
+    TRY_COMPARE(m_service.unanswered(), 2);
+    m_manager.reset();
+    for (const int call : {0, 1})
+        m_service.replyTo(call, "({'key': <7>},)");
 
-    m_service.answerWith("({'key': <7>},)");
-    ConfigurationManager later;
-    later.getConfiguration(answers.forReading());
-    QVERIFY(answers.waitFor(2));
-    QCOMPARE(announcements.count(), 0);
+    // The subscription of the other manager is its own.
+    m_service.answerWith("({'key': <8>},)");
+    m_service.announceChange(BusFixture::path);
+    TRY_COMPARE(announcements.texts(), QStringList({R"({"key": int 7})", R"({"key": int 8})"}));
+    QCOMPARE(dropped.count(), 0);
 }
 
 void ManagerLifetimeTest::aManagerMayBeDeletedInsideACallback_data()
@@ -95,68 +85,41 @@ void ManagerLifetimeTest::aManagerMayBeDeletedInsideACallback()
 
     if (isRefused)
         m_service.answerWithError("org.brenvik.ManagedConfiguration.Error.Forbidden", "no");
-    auto manager = std::make_unique<ConfigurationManager>();
     const QString captured = QStringLiteral("still here");
-    QString afterwards;
-    const auto deleteManager = [&manager, &afterwards, captured] {
-        manager.reset();
+    const auto afterwards = std::make_shared<QString>();
+    const auto deleteManager = [this, afterwards, captured] {
+        m_manager.reset();
         // What the callback holds lives until it returns.
-        afterwards = captured;
+        *afterwards = captured;
     };
     if (isChange)
-        manager->changeConfiguration(Configuration(), [=](const Error &) { deleteManager(); });
+        m_manager->changeConfiguration(Configuration(), [=](const Error &) { deleteManager(); });
     else
-        manager->getConfiguration([=](const Configuration &, const Error &) { deleteManager(); });
-    QTRY_COMPARE(afterwards, captured);
-    QVERIFY(!manager);
+        m_manager->getConfiguration([=](const Configuration &, const Error &) { deleteManager(); });
+    TRY_COMPARE(*afterwards, captured);
+    QVERIFY(!m_manager);
 }
 
 void ManagerLifetimeTest::aManagerMayBeDeletedWhileItAnnounces()
 {
-    auto manager = std::make_unique<ConfigurationManager>();
-    Answers answers;
-    manager->getConfiguration(answers.forReading());
-    QVERIFY(answers.waitFor(1));
-    QObject::connect(manager.get(), &ConfigurationManager::configurationChanged, this,
-                     [&] { manager.reset(); });
+    QObject::connect(m_manager.get(), &ConfigurationManager::configurationChanged, this,
+                     [this] { m_manager.reset(); });
     m_service.announceChange(BusFixture::path);
-    QTRY_VERIFY(!manager);
+    TRY_VERIFY(!m_manager);
 }
 
-void ManagerLifetimeTest::requestsOfAnotherManagerGoOn()
+void ManagerLifetimeTest::callbacksAreDestroyedBeforeTheirManager()
 {
-    QList<MethodCall> calls;
-    m_service.answerThrough([&](const MethodCall &call) { calls.append(call); });
-    ConfigurationManager stays;
-    auto goes = std::make_unique<ConfigurationManager>();
-    Answers answers;
-    Answers dropped;
-    goes->getConfiguration(dropped.forReading());
-    stays.getConfiguration(answers.forReading());
-    QTRY_COMPARE(calls.count(), 2);
-    goes.reset();
-    for (const MethodCall &call : qAsConst(calls))
-        call.reply(parseValue("({'key': <7>},)"));
-    QVERIFY(answers.waitFor(1));
-    QCOMPARE(dropped.count(), 0);
-
-    // The subscription of the manager that stays is its own.
-    const Announcements announcements(stays);
-    m_service.answerWith("({'key': <8>},)");
-    m_service.announceChange(BusFixture::path);
-    QTRY_COMPARE(announcements.texts(), QStringList("{\"key\": int 8}"));
-}
-
-void ManagerLifetimeTest::aCallbackDiesWithItsManager()
-{
-    m_service.answerThrough([](const MethodCall &) {});
+    m_service.leaveUnanswered();
     const auto held = std::make_shared<int>(7);
-    auto manager = std::make_unique<ConfigurationManager>();
-    manager->getConfiguration([held](const Configuration &, const Error &) {});
-    manager->changeConfiguration(Configuration(), [held](const Error &) {});
+    m_manager->getConfiguration([held](const Configuration &, const Error &) {});
+    m_manager->changeConfiguration(Configuration(), [held](const Error &) {});
     QCOMPARE(held.use_count(), 3L);
-    manager.reset();
-    QCOMPARE(held.use_count(), 1L);
+    long countAtDestruction = 0;
+    const auto record = [&] { countAtDestruction = held.use_count(); };
+    QObject::connect(m_manager.get(), &QObject::destroyed, m_manager.get(), record);
+    m_manager.reset();
+    QCOMPARE(countAtDestruction, 1L);
 }
 
 TARNVEL_BUS_TEST_MAIN(ManagerLifetimeTest)

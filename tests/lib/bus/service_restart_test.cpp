@@ -1,26 +1,18 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "announcements.h"
-#include "answers.h"
-#include "bus_fixture.h"
-#include "configuration_manager_p.h"
-#include "description.h"
+#include "bus_test.h"
 #include "message_log.h"
-
-#include <QtTest/QTest>
-#include <Tarnvel/ManagedConfiguration/configuration_manager.h>
 
 using namespace Tarnvel::Application::ManagedConfiguration;
 using namespace Tarnvel::Testing;
-using Tarnvel::Testing::MethodCall;
 
 namespace {
 
 // The messages are the bus's own.
 const QString noService = isOnDBusDaemon()
-    ? QStringLiteral("{} error 1: The name org.brenvik.ManagedConfiguration was not "
-                     "provided by any .service files")
+    ? QStringLiteral("{} error 1: The name org.brenvik.ManagedConfiguration was not provided by "
+                     "any .service files")
     : QStringLiteral("{} error 1: The name is not activatable");
 const QString died = isOnDBusDaemon()
     ? QStringLiteral("{} error 1: Message recipient disconnected from message bus without replying")
@@ -28,109 +20,87 @@ const QString died = isOnDBusDaemon()
 
 } // namespace
 
-class ServiceRestartTest : public QObject
+class ServiceRestartTest : public BusTest
 {
     Q_OBJECT
 
 public:
-    explicit ServiceRestartTest(BusFixture &fixture) : m_service(fixture.service) { }
+    using BusTest::BusTest;
 
 private Q_SLOTS:
-    void init();
     void withoutAServiceEveryRequestFails();
     void aServiceThatAppearsLaterIsFound();
     void aServiceThatDiesInMidCallFailsTheCall();
     void aServiceThatDiesDuringAReReadAnnouncesAnEmptyConfiguration();
     void changesAreAnnouncedFromEachServiceThatAppears();
-
-private:
-    FakeService &m_service;
 };
-
-void ServiceRestartTest::init()
-{
-    m_service.stop();
-    m_service.answerWith("({'key': <7>},)");
-}
 
 void ServiceRestartTest::withoutAServiceEveryRequestFails()
 {
+    m_service.stop();
     MessageLog log;
     ConfigurationManager manager;
-    Answers answers;
+    const Answers answers;
     manager.getConfiguration(answers.forReading());
     manager.changeConfiguration(Configuration(), answers.forChanging());
     QCOMPARE(answers.count(), 0);
     QVERIFY(answers.waitFor(2));
-
     QCOMPARE(answers.texts(), QStringList({noService, noService}));
     QCOMPARE(log.take(), QStringList());
 }
 
 void ServiceRestartTest::aServiceThatAppearsLaterIsFound()
 {
+    m_service.stop();
     ConfigurationManager manager;
-    Answers answers;
-    manager.getConfiguration(answers.forReading());
-    QVERIFY(answers.waitFor(1));
-    QCOMPARE(answers.texts(), QStringList(noService));
-
+    QCOMPARE(awaitRead(manager), noService);
     QVERIFY(m_service.start());
-    manager.getConfiguration(answers.forReading());
-    QVERIFY(answers.waitFor(2));
-    QVERIFY(!answers.at(1).error);
-    QCOMPARE(describe(answers.at(1).configuration), QStringLiteral("{\"key\": int 7}"));
+    QCOMPARE(awaitRead(manager), R"({"key": int 7})");
 }
 
 void ServiceRestartTest::aServiceThatDiesInMidCallFailsTheCall()
 {
-    QVERIFY(m_service.start());
-    int calls = 0;
-    m_service.answerThrough([&](const MethodCall &) {
-        if (++calls == 2)
-            m_service.stop();
-    });
+    m_service.leaveUnanswered();
     ConfigurationManager manager;
-    Answers answers;
+    const Answers answers;
     manager.getConfiguration(answers.forReading());
     manager.changeConfiguration(Configuration(), answers.forChanging());
+    TRY_COMPARE(m_service.unanswered(), 2);
+    m_service.stop();
     QVERIFY(answers.waitFor(2));
-
     QCOMPARE(answers.texts(), QStringList({died, died}));
-    QVERIFY(m_service.start());
+
     m_service.answerWith("({'key': <8>},)");
-    manager.getConfiguration(answers.forReading());
-    QVERIFY(answers.waitFor(3));
-    QCOMPARE(describe(answers.at(2).configuration), QStringLiteral("{\"key\": int 8}"));
+    QVERIFY(m_service.start());
+    QCOMPARE(awaitRead(manager), R"({"key": int 8})");
 }
 
 void ServiceRestartTest::aServiceThatDiesDuringAReReadAnnouncesAnEmptyConfiguration()
 {
-    QVERIFY(m_service.start());
     ConfigurationManager manager;
     const Announcements announcements(manager);
-    Answers answers;
-    manager.getConfiguration(answers.forReading());
-    QVERIFY(answers.waitFor(1));
-    m_service.answerThrough([&](const MethodCall &) { m_service.stop(); });
+    QCOMPARE(awaitRead(manager), R"({"key": int 7})");
+    m_service.leaveUnanswered();
     m_service.announceChange(BusFixture::path);
-    QTRY_COMPARE(announcements.texts(), QStringList("{}"));
+    TRY_COMPARE(m_service.unanswered(), 1);
+    m_service.stop();
+    TRY_COMPARE(announcements.texts(), QStringList("{}"));
 }
 
 void ServiceRestartTest::changesAreAnnouncedFromEachServiceThatAppears()
 {
+    m_service.stop();
     ConfigurationManager manager;
     const Announcements announcements(manager);
-    Answers answers;
     for (int life = 1; life <= 3; ++life) {
+        m_service.answerWith(QString("({'life': <%1>},)").arg(life));
         QVERIFY(m_service.start());
-        m_service.answerWith(QStringLiteral("({'life': <%1>},)").arg(life));
         // The answer tells that the bus layer knows of the new owner of the name.
-        manager.getConfiguration(answers.forReading());
-        QVERIFY(answers.waitFor(life));
+        const QString configuration = QString(R"({"life": int %1})").arg(life);
+        QCOMPARE(awaitRead(manager), configuration);
         m_service.announceChange(BusFixture::path);
-        QTRY_COMPARE(announcements.count(), life);
-        QCOMPARE(announcements.texts().constLast(), QStringLiteral("{\"life\": int %1}").arg(life));
+        TRY_COMPARE(announcements.count(), life);
+        QCOMPARE(announcements.texts().constLast(), configuration);
         m_service.stop();
     }
 }
