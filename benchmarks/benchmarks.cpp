@@ -4,12 +4,12 @@
 // The times that the library and its peers take, on Google Benchmark; see --help. Names are
 // "<what>/<client>/<shape>".
 
-#include "bench.h"
-#include "by_hand.h"
-#include "client.h"
+#include "clients/client.h"
 #include "configuration_manager_p.h"
-#include "plain_lookup.h"
-#include "shapes.h"
+#include "fixture.h"
+#include "payloads.h"
+#include "references/by_hand.h"
+#include "references/step_by_step_lookup.h"
 
 #include <QtCore/QElapsedTimer>
 #include <QtDBus/QDBusArgument>

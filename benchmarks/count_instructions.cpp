@@ -5,12 +5,12 @@
 // --instr-atstart=no. Each measurement makes a dump of its own, named "<what>/<times>": what was
 // measured, and how often it was done.
 
-#include "bench.h"
-#include "by_hand.h"
 #include "configuration_manager_p.h"
 #include "configuration_p.h"
-#include "plain_lookup.h"
-#include "shapes.h"
+#include "fixture.h"
+#include "payloads.h"
+#include "references/by_hand.h"
+#include "references/step_by_step_lookup.h"
 
 #include <QtDBus/QDBusArgument>
 #include <QtDBus/QDBusMetaType>

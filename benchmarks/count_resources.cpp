@@ -5,11 +5,11 @@
 // cost, and the bytes that stay.
 
 #include "application.h"
-#include "bench.h"
-#include "by_hand.h"
 #include "configuration_manager_p.h"
+#include "fixture.h"
 #include "heap.h"
-#include "shapes.h"
+#include "payloads.h"
+#include "references/by_hand.h"
 #include "traffic.h"
 
 #include <QtCore/QEventLoop>

@@ -6,8 +6,8 @@
 // nothing.
 
 #include "endpoint.h"
+#include "payloads.h"
 #include "raw_service.h"
-#include "shapes.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QHash>

@@ -17,12 +17,6 @@ OBJECT = re.compile(r"(c?)ob=\((\d+)\)(?: (.*))?$")
 COST = re.compile(r"[\d+*-]\S* (\d+)$")
 
 
-def build():
-    """Builds the benchmarks."""
-    subprocess.run(["cmake", "--preset", "benchmark"], check=True, stdout=subprocess.DEVNULL)
-    subprocess.run(["cmake", "--build", "build/benchmark"], check=True)
-
-
 def resources(runs=5):
     """The allocations, messages and bytes, by name: the median of some runs."""
     numbers = {}

@@ -1,4 +1,3 @@
-#!/usr/bin/env python3
 # SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 # SPDX-License-Identifier: BSD-3-Clause
 
@@ -13,9 +12,6 @@ import subprocess
 import sys
 from pathlib import Path
 
-os.chdir(Path(__file__).resolve().parent.parent)
-sys.dont_write_bytecode = True
-sys.path.insert(0, "benchmarks")
 import counts
 from chart import draw
 
@@ -184,8 +180,6 @@ def write(tables):
 
 
 def main():
-    subprocess.run(["scripts/setup"], check=True)
-    counts.build()
     resources = counts.resources()
     instructions = counts.instructions()
     results = run_benchmarks()

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "plain_lookup.h"
+#include "step_by_step_lookup.h"
 
 #include <QtCore/QStringList>
 #include <Tarnvel/ManagedConfiguration/xpath.h>

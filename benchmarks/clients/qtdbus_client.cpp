@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
 #include "application.h"
-#include "by_hand.h"
 #include "client.h"
+#include "references/by_hand.h"
 
 #include <QtCore/QEventLoop>
 #include <QtDBus/QDBusArgument>
