@@ -10,7 +10,7 @@
 
 namespace Tarnvel::Benchmarks {
 
-Bench::Bench(int &argc, char **argv) : m_application(argc, argv)
+BenchmarkFixture::BenchmarkFixture(int &argc, char **argv) : m_application(argc, argv)
 {
     if (const QString error = m_bus.start(); !error.isNull())
         qFatal("%s", qUtf8Printable(error));
@@ -22,13 +22,13 @@ Bench::Bench(int &argc, char **argv) : m_application(argc, argv)
     }
 }
 
-Bench::~Bench()
+BenchmarkFixture::~BenchmarkFixture()
 {
     m_service.kill();
     m_service.waitForFinished();
 }
 
-QString Bench::address() const
+QString BenchmarkFixture::address() const
 {
     return m_bus.address();
 }

@@ -12,22 +12,22 @@
 namespace Tarnvel::Benchmarks {
 
 /*!
- * \brief What a program of the benchmarks stands on: a private bus, and the service on it.
+ * \brief A private bus with the service of the benchmarks.
  *
- * Make one before the bus is first used: it directs the system bus of this process, and of those
- * that it starts, to the private one. Its programs end with it.
+ * Create it before the first use of the bus: it makes the private bus the system bus of this
+ * process and of the processes it starts.
  */
-class Bench
+class BenchmarkFixture
 {
 public:
     /*! \brief Starts the bus and the service; ends the process if either fails. */
-    Bench(int &argc, char **argv);
+    BenchmarkFixture(int &argc, char **argv);
 
     /*! \brief Stops the service. */
-    ~Bench();
+    ~BenchmarkFixture();
 
-    Bench(const Bench &) = delete;
-    Bench &operator=(const Bench &) = delete;
+    BenchmarkFixture(const BenchmarkFixture &) = delete;
+    BenchmarkFixture &operator=(const BenchmarkFixture &) = delete;
 
     /*! \brief The address of the bus. */
     QString address() const;
@@ -39,8 +39,9 @@ private:
 };
 
 /*!
- * \brief What QtDBus has received as the shape called \a name: a QDBusArgument, which can be read
- * any number of times as long as only copies are read. Ends the process on an error.
+ * \brief Returns the payload called \a name as QtDBus received it: a QDBusArgument.
+ *
+ * Read only copies of it, then it can be read any number of times. Ends the process on an error.
  */
 QVariant receive(const QString &name);
 

@@ -135,7 +135,7 @@ int countEntries(GVariant *dictionary)
 
 } // namespace
 
-QStringList shapeNames()
+QStringList payloadNames()
 {
     QStringList names {QStringLiteral("small"), QStringLiteral("large"), QStringLiteral("fleet")};
     for (const int count : {10, 100, 1000, 20000, 100000}) {
@@ -145,7 +145,7 @@ QStringList shapeNames()
     return names;
 }
 
-GVariant *makeShape(const QString &name)
+GVariant *makePayload(const QString &name)
 {
     if (name == QLatin1String("small"))
         return makeSmall();
@@ -161,8 +161,8 @@ GVariant *makeShape(const QString &name)
 
 int countEntries(const QString &name)
 {
-    g_autoptr(GVariant) shape = g_variant_ref_sink(makeShape(name));
-    return countEntries(shape);
+    g_autoptr(GVariant) payload = g_variant_ref_sink(makePayload(name));
+    return countEntries(payload);
 }
 
 } // namespace Tarnvel::Benchmarks

@@ -11,22 +11,22 @@
 namespace Tarnvel::Benchmarks {
 
 /*!
- * \brief The names of the configurations that the service of the benchmarks keeps.
+ * \brief The names of the payloads, the configurations that the service of the benchmarks keeps.
  *
- * Real ones: "small", an application of 10 values; "large", a few hundred values in six levels;
- * "fleet", 2,000 devices of 9 values each, 20,000 entries in all. Made ones: "mixed_<count>",
- * so many entries of all kinds in the order of their keys, "unsorted_<count>", the same in no
- * order, and "list_<count>", one list of so many items under the key "list".
+ * Realistic: "small", an application of 10 values; "large", 440 entries in six levels; "fleet",
+ * 2,000 devices of 9 values each, 20,000 entries in all. Synthetic: "mixed_<count>", that many
+ * entries of all types in the order of their keys; "unsorted_<count>", the same in random order;
+ * "list_<count>", one list of that many items under the key "list".
  *
- * Each is kept for an application of its own: of the organization "acme", and with the name of the
- * configuration.
+ * Each belongs to an application of its own: its organization is "acme", its name that of the
+ * payload.
  */
-QStringList shapeNames();
+QStringList payloadNames();
 
-/*! \brief The configuration called \a name, of type a{sv}. The reference is floating. */
-GVariant *makeShape(const QString &name);
+/*! \brief The payload called \a name, of type a{sv}. The reference is floating. */
+GVariant *makePayload(const QString &name);
 
-/*! \brief The number of entries of the configuration called \a name, those inside included. */
+/*! \brief The number of entries of the payload called \a name, nested ones included. */
 int countEntries(const QString &name);
 
 } // namespace Tarnvel::Benchmarks

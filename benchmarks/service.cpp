@@ -1,9 +1,8 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-// The service of the benchmarks: benchmark_service ADDRESS. A process of its own, so that what the
-// client costs can be told from what the service costs. Each change is announced, and changes
-// nothing.
+// The service of the benchmarks: benchmark_service ADDRESS. It is a process of its own, so that its
+// costs are not counted as the client's. It announces each change, but changes nothing.
 
 #include "endpoint.h"
 #include "payloads.h"
@@ -20,19 +19,19 @@ using namespace Tarnvel;
 
 namespace {
 
-GVariant *answerTo(const Testing::MethodCall &call)
+GVariant *replyTo(const Testing::MethodCall &call)
 {
-    static QHash<QString, GVariant *> answers;
+    static QHash<QString, GVariant *> replies;
 
     if (call.method() != QLatin1String(DBus::getConfigurationMethod))
         return g_variant_new_tuple(nullptr, 0);
-    GVariant *&answer = answers[call.path()];
-    const QStringList names = Benchmarks::shapeNames();
+    GVariant *&reply = replies[call.path()];
+    const QStringList names = Benchmarks::payloadNames();
     for (const QString &name : names) {
-        if (!answer && call.path() == DBus::applicationPath(QStringLiteral("acme"), name))
-            answer = g_variant_ref_sink(g_variant_new("(@a{sv})", Benchmarks::makeShape(name)));
+        if (!reply && call.path() == DBus::applicationPath(QStringLiteral("acme"), name))
+            reply = g_variant_ref_sink(g_variant_new("(@a{sv})", Benchmarks::makePayload(name)));
     }
-    return answer;
+    return reply;
 }
 
 } // namespace
@@ -42,8 +41,8 @@ int main(int argc, char *argv[])
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     QCoreApplication application(argc, argv);
     Testing::RawService service([&service](const Testing::MethodCall &call) {
-        if (GVariant *answer = answerTo(call))
-            call.reply(answer);
+        if (GVariant *reply = replyTo(call))
+            call.reply(reply);
         else
             call.replyError(QStringLiteral("com.example.Unknown"), call.path());
         if (call.method() == QLatin1String(DBus::changeConfigurationMethod))

@@ -11,23 +11,22 @@
 namespace Tarnvel::Benchmarks {
 
 /*!
- * \brief Reads a configuration into values of its own, and returns the number of entries.
+ * \brief Reads a configuration and returns the number of its entries, nested ones included.
  *
- * Of nested configurations, the entries count too. Ends the process if the configuration cannot be
- * read.
+ * Ends the process if the configuration cannot be read.
  */
 using Read = std::function<int()>;
 
-/*! \brief A client of the configuration called \a shape that uses the library. */
-Read makeTarnvelClient(const QString &shape);
+/*! \brief A client that reads the payload called \a payload through the library. */
+Read makeTarnvelClient(const QString &payload);
 
-/*! \brief One that does by hand, with QtDBus, what the library does. */
-Read makeQtDBusClient(const QString &shape);
+/*! \brief One that does on QtDBus, by hand, what the library does. */
+Read makeQtDBusClient(const QString &payload);
 
-/*! \brief One on GDBus, which reads into hash tables of texts and GVariants. */
-Read makeGDBusClient(const QString &shape);
+/*! \brief One on GDBus, which reads into hash tables of strings and GVariants. */
+Read makeGDBusClient(const QString &payload);
 
-/*! \brief One on sdbus-c++, which reads into maps of texts and variants. */
-Read makeSdbusClient(const QString &shape);
+/*! \brief One on sdbus-c++, which reads into maps of strings and variants. */
+Read makeSdbusClient(const QString &payload);
 
 } // namespace Tarnvel::Benchmarks

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-// Reads the small configuration once: the whole life of a program that wants no more than that.
-// MAKE_CLIENT says with what.
+// Reads the payload "small" once and ends, to measure the whole life of such a program. MAKE_CLIENT
+// names the client.
 
 #include "client.h"
 

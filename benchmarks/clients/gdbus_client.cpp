@@ -12,7 +12,7 @@ namespace Tarnvel::Benchmarks {
 
 namespace {
 
-// Nested dictionaries become tables of their own, beside the values that they were.
+// A nested dictionary stays in the table as a value, and also becomes a table of its own.
 int readInto(GHashTable *table, GVariant *dictionary, GPtrArray *nestedTables)
 {
     int count = 0;
@@ -46,7 +46,7 @@ int readAll(GVariant *reply)
     return readInto(table, dictionary, nestedTables);
 }
 
-struct Answer
+struct CallResult
 {
     GVariant *reply = nullptr;
     GError *error = nullptr;
@@ -55,34 +55,34 @@ struct Answer
 
 void finish(GObject *connection, GAsyncResult *result, gpointer data)
 {
-    auto &answer = *static_cast<Answer *>(data);
-    answer.reply = g_dbus_connection_call_finish(G_DBUS_CONNECTION(connection), result,
-                                                 &answer.error);
-    g_main_loop_quit(answer.loop);
+    auto &outcome = *static_cast<CallResult *>(data);
+    outcome.reply = g_dbus_connection_call_finish(G_DBUS_CONNECTION(connection), result,
+                                                  &outcome.error);
+    g_main_loop_quit(outcome.loop);
 }
 
 } // namespace
 
-Read makeGDBusClient(const QString &shape)
+Read makeGDBusClient(const QString &payload)
 {
     const std::shared_ptr<GDBusConnection> connection(
         g_bus_get_sync(G_BUS_TYPE_SYSTEM, nullptr, nullptr), g_object_unref);
     if (!connection)
         qFatal("GDBus cannot connect to the bus");
-    const QByteArray path = DBus::applicationPath(QStringLiteral("acme"), shape).toUtf8();
+    const QByteArray path = DBus::applicationPath(QStringLiteral("acme"), payload).toUtf8();
     return [connection, path] {
-        Answer answer;
-        answer.loop = g_main_loop_new(nullptr, FALSE);
+        CallResult outcome;
+        outcome.loop = g_main_loop_new(nullptr, FALSE);
         g_dbus_connection_call(connection.get(), DBus::serviceName, path.constData(),
                                DBus::applicationInterface, DBus::getConfigurationMethod, nullptr,
                                G_VARIANT_TYPE("(a{sv})"), G_DBUS_CALL_FLAGS_NONE, -1, nullptr,
-                               finish, &answer);
-        g_main_loop_run(answer.loop);
-        g_main_loop_unref(answer.loop);
-        if (!answer.reply)
-            qFatal("%s", answer.error->message);
-        const int count = readAll(answer.reply);
-        g_variant_unref(answer.reply);
+                               finish, &outcome);
+        g_main_loop_run(outcome.loop);
+        g_main_loop_unref(outcome.loop);
+        if (!outcome.reply)
+            qFatal("%s", outcome.error->message);
+        const int count = readAll(outcome.reply);
+        g_variant_unref(outcome.reply);
         return count;
     };
 }

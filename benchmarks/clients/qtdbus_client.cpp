@@ -27,9 +27,9 @@ int countEntries(const QVariantMap &map)
 
 } // namespace
 
-Read makeQtDBusClient(const QString &shape)
+Read makeQtDBusClient(const QString &payload)
 {
-    return [call = readCall(shape)] {
+    return [call = readCall(payload)] {
         QEventLoop loop;
         QDBusPendingCallWatcher watcher(QDBusConnection::systemBus().asyncCall(call));
         QObject::connect(&watcher, &QDBusPendingCallWatcher::finished, &loop, &QEventLoop::quit);

@@ -15,7 +15,7 @@ namespace {
 
 using Dictionary = std::map<std::string, sdbus::Variant>;
 
-// Every value is taken out of its variant, as whoever wants to use it must.
+// Takes every value out of its variant, as an application that uses it must.
 int readAll(const Dictionary &dictionary)
 {
     int count = 0;
@@ -40,9 +40,9 @@ int readAll(const Dictionary &dictionary)
 
 } // namespace
 
-Read makeSdbusClient(const QString &shape)
+Read makeSdbusClient(const QString &payload)
 {
-    const std::string path = DBus::applicationPath(QStringLiteral("acme"), shape).toStdString();
+    const std::string path = DBus::applicationPath(QStringLiteral("acme"), payload).toStdString();
     const std::shared_ptr<sdbus::IProxy> proxy = sdbus::createProxy(
         sdbus::createSystemBusConnection(), DBus::serviceName, path);
     return [proxy] {

@@ -27,10 +27,10 @@ int countEntries(const Configuration &configuration)
 
 } // namespace
 
-Read makeTarnvelClient(const QString &shape)
+Read makeTarnvelClient(const QString &payload)
 {
-    becomeApplication(shape);
-    // A manager of its own for each: the path is fixed when it is made.
+    setApplication(payload);
+    // One manager per payload: it takes its object path from the names at its creation.
     const auto manager = std::make_shared<ConfigurationManager>();
     return [manager] {
         QEventLoop loop;

@@ -1,8 +1,8 @@
 # SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Measures what the library costs, beside what others cost, and writes the tables and the chart of
-docs/performance.md afresh."""
+"""Measures the library and the alternatives to it, and rewrites the tables and the chart of
+docs/performance.md; scripts/benchmark starts it."""
 
 import json
 import os
@@ -17,8 +17,8 @@ from chart import draw
 
 PAGE = Path("docs/performance.md")
 CHART = Path("docs/performance.svg")
-SHAPES = ["small", "large", "fleet", "mixed_10", "mixed_100", "mixed_1000", "mixed_20000"]
-SHAPES += ["unsorted_1000"]
+PAYLOADS = ["small", "large", "fleet", "mixed_10", "mixed_100", "mixed_1000", "mixed_20000"]
+PAYLOADS += ["unsorted_1000"]
 CLIENTS = ["library", "QtDBus by hand", "GDBus", "sdbus-c++"]
 REPETITIONS = 9
 
@@ -29,7 +29,7 @@ def table(header, rows):
 
 
 def run_benchmarks():
-    """What Google Benchmark has measured: the medians of some repetitions, by name."""
+    """The results of Google Benchmark by name and aggregate, of some repetitions."""
     command = [counts.BUILD / "benchmarks", "--benchmark_format=json", "--benchmark_min_time=0.05"]
     command += [f"--benchmark_repetitions={REPETITIONS}", "--benchmark_report_aggregates_only=true"]
     command += ["--benchmark_enable_random_interleaving=true"]
@@ -41,9 +41,9 @@ def run_benchmarks():
     return results
 
 
-def median(results, what, client, shape):
-    """The median of what starts so, or None if that client was left out."""
-    pattern = re.compile(re.escape(f"{what}/{client}/{shape}") + r"(/(iter|process).*)?$")
+def median(results, what, client, payload):
+    """The median of this benchmark, or None if the client is not installed."""
+    pattern = re.compile(re.escape(f"{what}/{client}/{payload}") + r"(/(iter|process).*)?$")
     for (name, aggregate), result in results.items():
         if aggregate == "median" and pattern.match(name):
             return result
@@ -59,7 +59,7 @@ def machine():
     return (
         f"{cpu[1] if cpu else platform.machine()}, {os.cpu_count()} cores, "
         f"{round(int(memory[1]) / 1024 / 1024)} GiB of memory; {system[1]}; gcc {compiler}, Release; "
-        f"{REPETITIONS} repetitions, of which each time given is the median."
+        f"each time is the median of {REPETITIONS} repetitions."
     )
 
 
@@ -70,12 +70,12 @@ def ratio(ours, others, excluded=None):
 
 def wire_table(instructions, action):
     rows = []
-    for shape in SHAPES:
-        ours = instructions[f"instructions.{action}.{shape}"]
-        others = instructions[f"instructions.{action}_by_hand.{shape}"]
-        row = [shape, f"{sum(ours.values()):,.0f}", f"{sum(others.values()):,.0f}"]
+    for payload in PAYLOADS:
+        ours = instructions[f"instructions.{action}.{payload}"]
+        others = instructions[f"instructions.{action}_by_hand.{payload}"]
+        row = [payload, f"{sum(ours.values()):,.0f}", f"{sum(others.values()):,.0f}"]
         rows.append(row + [f"{ratio(ours, others):.3f}", f"{ratio(ours, others, 'libc'):.3f}"])
-    return table([action, "library", "by hand", "ratio", "but for the C library"], rows)
+    return table([action, "library", "by hand", "ratio", "without the C library"], rows)
 
 
 def growth_table(instructions):
@@ -87,7 +87,7 @@ def growth_table(instructions):
         ]
         name = f"{action}, {'sorted' if kind == 'mixed' else 'unsorted'} keys"
         rows.append([name, f"{each[0]:,.0f}", f"{each[1]:,.0f}", f"{each[1] / each[0]:.2f}"])
-    return table(["instructions an entry", "of 1000", "of 100,000", "ratio"], rows)
+    return table(["instructions per entry", "of 1000", "of 100,000", "ratio"], rows)
 
 
 def lookup_table(instructions, resources):
@@ -96,7 +96,7 @@ def lookup_table(instructions, resources):
     names += [f"depth_{depth}" for depth in range(1, 7)]
     for name in names:
         ours = sum(instructions[f"instructions.lookup.{name}"].values())
-        plain = sum(instructions[f"instructions.lookup_plainly.{name}"].values())
+        plain = sum(instructions[f"instructions.lookup_step_by_step.{name}"].values())
         allocations = resources.get(f"allocations.lookup.{name}")
         rows.append(
             [
@@ -107,7 +107,7 @@ def lookup_table(instructions, resources):
                 "" if allocations is None else f"{allocations:.0f}",
             ]
         )
-    header = ["look up", "library", "step by step", "ratio", "allocations of the library"]
+    header = ["lookup", "library", "step by step", "ratio", "allocations by the library"]
     return table(header, rows)
 
 
@@ -124,11 +124,11 @@ def share_table(instructions):
 def request_table(resources):
     names = {
         "messages.request": "messages: a read request",
-        "messages.change_and_notification": "messages: a change, its announcement and the re-read",
+        "messages.change_and_announcement": "messages: a change, its announcement and the re-read",
         "messages.instance_and_request": "messages: `instance()` and a read request",
         "allocations.request": "allocations: a read request of 10 values",
         "allocations.instance_and_request": "allocations: `instance()` and a read request",
-        "bytes.notification": "bytes kept: a notification",
+        "bytes.announcement": "bytes kept per announcement",
     }
     return table(
         ["what", "count"], [[text, f"{resources[name]:.0f}"] for name, text in names.items()]
@@ -137,18 +137,18 @@ def request_table(resources):
 
 def memory_table(resources):
     rows = []
-    for shape in ("small", "large", "fleet", "mixed_1000"):
-        ours, map_ = (resources[f"bytes.{kind}.{shape}"] for kind in ("entry", "entry_by_hand"))
-        rows.append([shape, f"{ours:.0f}", f"{map_:.0f}", f"{ours / map_:.2f}"])
-    return table(["bytes an entry", "Configuration", "QVariantMap", "ratio"], rows)
+    for payload in ("small", "large", "fleet", "mixed_1000"):
+        ours, map_ = (resources[f"bytes.{kind}.{payload}"] for kind in ("entry", "entry_by_hand"))
+        rows.append([payload, f"{ours:.0f}", f"{map_:.0f}", f"{ours / map_:.2f}"])
+    return table(["bytes per entry", "Configuration", "QVariantMap", "ratio"], rows)
 
 
 def round_trip_table(results):
     rows = []
     for client in CLIENTS:
         row = [client]
-        for shape in ("small", "large", "fleet", "mixed_20000"):
-            result = median(results, "round trip", client, shape)
+        for payload in ("small", "large", "fleet", "mixed_20000"):
+            result = median(results, "round trip", client, payload)
             row.append(f"{result['cpu_time'] / 1e6:.2f}" if result else "not installed")
         first = median(results, "first configuration", client, "small")
         row.append(f"{first['real_time'] / 1e6:.1f}" if first else "not installed")
@@ -166,7 +166,7 @@ def fit_table(results):
             growth = results[name, "BigO"]["big_o"].replace("(1)", "1")
             error = results[name, "RMS"]["rms"]
             rows.append([f"{what}, {client}, {kind}", f"O({growth})", f"{error:.0%}"])
-    return table(["times", "grow as", "error of the fit"], rows)
+    return table(["time of", "growth", "error of the fit"], rows)
 
 
 def write(tables):
@@ -175,7 +175,7 @@ def write(tables):
         pattern = re.compile(rf"(<!-- {name} -->\n).*?(<!-- end -->)", re.DOTALL)
         text, replaced = pattern.subn(lambda match: f"{match[1]}{content}\n{match[2]}", text)
         if replaced != 1:
-            sys.exit(f"{PAGE} has no place for {name}")
+            sys.exit(f"{PAGE} must mark the place of {name} once")
     PAGE.write_text(text)
 
 
@@ -199,11 +199,11 @@ def main():
     )
     bars = []
     for action in ("decode", "encode"):
-        for shape in SHAPES:
-            ours = instructions[f"instructions.{action}.{shape}"]
-            others = instructions[f"instructions.{action}_by_hand.{shape}"]
-            bars.append((f"{action} {shape}", ratio(ours, others)))
-    CHART.write_text(draw("Instructions, as a part of those by hand", bars))
+        for payload in PAYLOADS:
+            ours = instructions[f"instructions.{action}.{payload}"]
+            others = instructions[f"instructions.{action}_by_hand.{payload}"]
+            bars.append((f"{action} {payload}", ratio(ours, others)))
+    CHART.write_text(draw("Instructions of the library relative to reading and writing by hand", bars))
 
 
 main()

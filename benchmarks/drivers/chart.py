@@ -7,7 +7,7 @@ LEFT, WIDTH, LINE, TOP = 190, 420, 22, 40
 
 
 def draw(title, bars):
-    """The bars, pairs of a name and a ratio, beside a line that stands for 1."""
+    """An SVG image of the bars, pairs of a name and a ratio, with a line at the ratio 1."""
     longest = max(ratio for _, ratio in bars)
     one = LEFT + WIDTH / longest
     height = TOP + LINE * len(bars) + 10

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Takes the counts that do not depend on how busy the machine is."""
+"""Takes the counts, which do not depend on how busy the machine is."""
 
 import os
 import re
@@ -31,7 +31,7 @@ def resources(runs=5):
 
 
 def read_dump(text):
-    """The instructions in each shared object, without those of what they call."""
+    """The instructions spent in each shared object itself."""
     names, cost, current, is_callee = {}, Counter(), None, False
     for line in text.splitlines():
         if match := OBJECT.match(line):
@@ -41,7 +41,7 @@ def read_dump(text):
             if not callee:
                 current = number
         elif line.startswith("calls="):
-            # The next line is what the callee has cost, which is counted where it was spent.
+            # The next line is the cost of the callee, which is counted in its own shared object.
             is_callee = True
         elif match := COST.match(line):
             if not is_callee:
@@ -53,7 +53,7 @@ def read_dump(text):
 def instructions():
     """The instructions of each action, by name: a Counter over the shared objects."""
     counts = {}
-    # The same layout of hashes and of calls into other libraries, every time.
+    # The same hash seeds and the same binding of symbols in every run.
     environment = dict(os.environ, LD_BIND_NOW="1", QT_HASH_SEED="0")
     with tempfile.TemporaryDirectory() as directory:
         command = ["valgrind", "--quiet", "--tool=callgrind", "--instr-atstart=no"]
@@ -68,5 +68,5 @@ def instructions():
                     {name: number / times for name, number in cost.items()}
                 )
     if not counts:
-        raise SystemExit("callgrind has counted nothing")
+        raise SystemExit("callgrind has written no counts")
     return counts

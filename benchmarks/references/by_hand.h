@@ -10,10 +10,10 @@ class QDBusArgument;
 namespace Tarnvel::Benchmarks {
 
 /*!
- * \brief Reads a dictionary a{sv} as a Qt programmer writes it who has no library for it.
+ * \brief Reads a dictionary a{sv} as a Qt programmer would without the library.
  *
- * Nested dictionaries become maps, arrays of integers and of booleans become typed lists. What is
- * read is trusted.
+ * Nested dictionaries become maps, arrays of integers and of booleans become typed lists. The input
+ * is not checked.
  */
 QVariantMap readByHand(const QDBusArgument &argument);
 

@@ -12,7 +12,7 @@ using namespace Application::ManagedConfiguration;
 
 namespace {
 
-QList<XpathAccess> parsePlainly(const QString &xpath)
+QList<XpathAccess> parseStepByStep(const QString &xpath)
 {
     QList<XpathAccess> accesses;
     const QStringList parts = xpath.split(QLatin1Char('/'), Qt::SkipEmptyParts, Qt::CaseSensitive);
@@ -36,9 +36,9 @@ QList<XpathAccess> parsePlainly(const QString &xpath)
 
 } // namespace
 
-QVariant getByXpathPlainly(const Configuration &configuration, const QString &xpath)
+QVariant getByXpathStepByStep(const Configuration &configuration, const QString &xpath)
 {
-    const QList<XpathAccess> accesses = parsePlainly(xpath);
+    const QList<XpathAccess> accesses = parseStepByStep(xpath);
     if (accesses.isEmpty())
         return {};
     QVariant current = QVariant::fromValue(configuration);

@@ -9,12 +9,12 @@
 namespace Tarnvel::Benchmarks {
 
 /*!
- * \brief Configuration::getByXpath() in its plainest form, for paths that fit the data.
+ * \brief The simplest way to write Configuration::getByXpath(), for paths that fit the data.
  *
- * Each step wraps or copies the configuration that it looks into, or turns the whole list into one
- * of QVariants. An invalid value stands for every fault, and nothing is logged.
+ * Each step copies a configuration, or converts a list to a QVariantList. Returns an invalid value
+ * on every error, and logs nothing.
  */
-QVariant getByXpathPlainly(const Application::ManagedConfiguration::Configuration &configuration,
-                           const QString &xpath);
+QVariant getByXpathStepByStep(const Application::ManagedConfiguration::Configuration &configuration,
+                              const QString &xpath);
 
 } // namespace Tarnvel::Benchmarks
