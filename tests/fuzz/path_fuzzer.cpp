@@ -6,10 +6,10 @@
 
 #include "configuration_p.h"
 #include "description.h"
+#include "generated_configuration.h"
 #include "message_log.h"
+#include "outcome.h"
 #include "path_model.h"
-#include "report.h"
-#include "value_tree.h"
 
 using namespace Tarnvel::Application::ManagedConfiguration;
 using namespace Tarnvel::Testing;

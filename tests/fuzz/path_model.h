@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "value_tree.h"
+#include "generated_configuration.h"
 
 #include <QtCore/QStringList>
 #include <QtCore/QVector>

@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "body.h"
 #include "configuration_manager_p.h"
+#include "dbus_peer.h"
 #include "description.h"
+#include "generated_dictionary.h"
 #include "message_log.h"
-#include "peer.h"
 #include "reading_model.h"
 
 #include <QtCore/QCoreApplication>

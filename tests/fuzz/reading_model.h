@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "report.h"
+#include "outcome.h"
 
 #include <gio/gio.h>
 

@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "body.h"
+#include "generated_dictionary.h"
 
 #include <QtCore/QMutex>
 #include <QtCore/QTemporaryDir>

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "value_tree.h"
+#include "generated_configuration.h"
 
 #include "configuration_p.h"
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "report.h"
+#include "outcome.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "peer.h"
+#include "dbus_peer.h"
 
-#include "report.h"
+#include "outcome.h"
 
 #include <QtCore/QMutexLocker>
 #include <QtDBus/QDBusError>

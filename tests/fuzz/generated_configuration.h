@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "input.h"
+#include "fuzzer_input.h"
 
 #include <QtCore/QMap>
 #include <QtCore/QString>
