@@ -3,92 +3,32 @@
 
 #include "dbus_peer.h"
 
-#include "outcome.h"
-
-#include <QtCore/QMutexLocker>
-#include <QtDBus/QDBusError>
+#include <QtCore/QTemporaryDir>
+#include <QtDBus/QDBusConnection>
 #include <QtDBus/QDBusMessage>
 
 #include <fcntl.h>
 #include <gio/gunixfdlist.h>
-#include <unistd.h>
 
 namespace Tarnvel::Testing {
 
 namespace {
 
-GUnixFDList *oneOpenFile()
+// GDBus's thread reads this while receive() waits for the reply.
+GVariant *replyArgument = nullptr;
+GDBusConnection *callerConnection = nullptr;
+
+// Runs in GDBus's own thread, so that it replies although the caller blocks.
+GDBusMessage *reply(GDBusConnection *connection, GDBusMessage *message, gboolean isIncoming,
+                    gpointer /*data*/)
 {
-    const int file = open("/dev/null", O_RDONLY | O_CLOEXEC);
-    return g_unix_fd_list_new_from_array(&file, 1);
-}
-
-} // namespace
-
-Peer::Peer() : m_files(oneOpenFile()), m_caller(QString())
-{
-    const QByteArray address = "unix:path=" + m_directory.filePath("socket").toUtf8();
-    gchar *const guid = g_dbus_generate_guid();
-    GError *error = nullptr;
-    m_server = g_dbus_server_new_sync(address.constData(), G_DBUS_SERVER_FLAGS_NONE, guid, nullptr,
-                                      nullptr, &error);
-    g_free(guid);
-    if (m_server == nullptr)
-        fail(QStringLiteral("the peer cannot listen"), QString::fromUtf8(error->message));
-    g_signal_connect(m_server, "new-connection", G_CALLBACK(accept), this);
-    g_dbus_server_start(m_server);
-
-    m_caller = QDBusConnection::connectToPeer(QString::fromUtf8(address), QStringLiteral("peer"));
-    if (!m_caller.isConnected())
-        fail(QStringLiteral("the peer cannot be reached"), m_caller.lastError().message());
-    while (m_connection == nullptr)
-        g_main_context_iteration(nullptr, TRUE);
-}
-
-Peer::~Peer()
-{
-    QDBusConnection::disconnectFromPeer(QStringLiteral("peer"));
-    g_dbus_server_stop(m_server);
-    g_clear_object(&m_connection);
-    g_object_unref(m_server);
-    g_object_unref(m_files);
-}
-
-QVariant Peer::receive(const Body &body)
-{
-    {
-        const QMutexLocker locker(&m_mutex);
-        m_body = body;
-    }
-    const QDBusMessage call = QDBusMessage::createMethodCall(QString(), QStringLiteral("/"),
-                                                             QString(), QStringLiteral("Get"));
-    const QDBusMessage reply = m_caller.call(call);
-    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().size() != 1)
-        fail(QLatin1String("the body did not arrive: ") + reply.errorMessage(), textOf(body));
-    return reply.arguments().constFirst();
-}
-
-gboolean Peer::accept(GDBusServer * /*server*/, GDBusConnection *connection, gpointer peer)
-{
-    auto *const self = static_cast<Peer *>(peer);
-    self->m_connection = G_DBUS_CONNECTION(g_object_ref(connection));
-    g_dbus_connection_add_filter(connection, answer, peer, nullptr);
-    return TRUE;
-}
-
-GDBusMessage *Peer::answer(GDBusConnection *connection, GDBusMessage *message, gboolean incoming,
-                           gpointer peer)
-{
-    if (!incoming || g_dbus_message_get_message_type(message) != G_DBUS_MESSAGE_TYPE_METHOD_CALL)
+    static const int file = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    static GUnixFDList *const files = g_unix_fd_list_new_from_array(&file, 1);
+    if (!isIncoming || g_dbus_message_get_message_type(message) != G_DBUS_MESSAGE_TYPE_METHOD_CALL)
         return message;
-
-    auto *const self = static_cast<Peer *>(peer);
-    const Body body = self->body();
-    GVariant *argument = body.argument.get();
     GDBusMessage *const reply = g_dbus_message_new_method_reply(message);
-    g_dbus_message_set_body(reply, g_variant_new_tuple(&argument, 1));
-    if (body.hasHandles)
-        self->attachFile(reply);
+    g_dbus_message_set_body(reply, g_variant_new_tuple(&replyArgument, 1));
+    g_dbus_message_set_unix_fd_list(reply, files);
     g_dbus_connection_send_message(connection, reply, G_DBUS_SEND_MESSAGE_FLAGS_NONE, nullptr,
                                    nullptr);
     g_object_unref(reply);
@@ -96,15 +36,38 @@ GDBusMessage *Peer::answer(GDBusConnection *connection, GDBusMessage *message, g
     return nullptr;
 }
 
-void Peer::attachFile(GDBusMessage *reply) const
+gboolean accept(GDBusServer * /*server*/, GDBusConnection *connection, gpointer /*data*/)
 {
-    g_dbus_message_set_unix_fd_list(reply, m_files);
+    callerConnection = G_DBUS_CONNECTION(g_object_ref(connection));
+    g_dbus_connection_add_filter(connection, reply, nullptr, nullptr);
+    return TRUE;
 }
 
-Body Peer::body()
+QDBusConnection connectToPeer()
 {
-    const QMutexLocker locker(&m_mutex);
-    return m_body;
+    static const QTemporaryDir directory;
+    const QByteArray address = "unix:path=" + directory.filePath("socket").toUtf8();
+    g_autofree gchar *guid = g_dbus_generate_guid();
+    static GDBusServer *const server = g_dbus_server_new_sync(
+        address.constData(), G_DBUS_SERVER_FLAGS_NONE, guid, nullptr, nullptr, nullptr);
+    g_signal_connect(server, "new-connection", G_CALLBACK(accept), nullptr);
+    g_dbus_server_start(server);
+    QDBusConnection caller = QDBusConnection::connectToPeer(QString::fromUtf8(address), "peer");
+    while (callerConnection == nullptr)
+        g_main_context_iteration(nullptr, TRUE);
+    return caller;
+}
+
+} // namespace
+
+QVariant receive(GVariant *value)
+{
+    static const QDBusConnection caller = connectToPeer();
+    replyArgument = value;
+    const QDBusMessage reply = caller.call(QDBusMessage::createMethodCall({}, "/", {}, "Get"));
+    if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().size() != 1)
+        qFatal("the value did not arrive: %s", qUtf8Printable(reply.errorMessage()));
+    return reply.arguments().constFirst();
 }
 
 } // namespace Tarnvel::Testing

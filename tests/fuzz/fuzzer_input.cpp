@@ -4,60 +4,39 @@
 #include "fuzzer_input.h"
 
 #include <algorithm>
-#include <array>
+#include <cstring>
 #include <glib.h>
 
 namespace Tarnvel::Testing {
 
-namespace {
-
-const QByteArray &hostileText(int number)
+FuzzerInput::FuzzerInput(const std::uint8_t *data, std::size_t size)
+    : m_next(data), m_end(data + size)
 {
-    static const std::array<QByteArray, 20> texts {
-        QByteArray(),
-        QByteArray(300, 'k'),
-        QByteArray(1000, 'x'),
-        QByteArrayLiteral("\xef\xbb\xbf"),
-        QByteArrayLiteral("\xef\xbb\xbfmarked"),
-        QByteArrayLiteral("\xef\xbf\xbd"),
-        QByteArrayLiteral("\xef\xbf\xbe"),
-        QByteArrayLiteral("\xef\xbf\xbf"),
-        QByteArrayLiteral("\xef\xb7\x90"),
-        QByteArrayLiteral("\xf4\x8f\xbf\xbf"),
-        QByteArrayLiteral("a\n"),
-        QByteArrayLiteral("e\xcc\x81"),
-        QByteArrayLiteral("\xcc\x81"),
-        QByteArrayLiteral("\xf0\x9f\x98\x80"),
-        QByteArrayLiteral("\xe2\x80\xae"),
-        QByteArrayLiteral("\"\\\""),
-        QByteArrayLiteral("%1%2"),
-        QByteArrayLiteral("a/b[2]"),
-        QByteArrayLiteral("12]"),
-        QByteArrayLiteral("\x01\x7f\xc2\x80"),
-    };
-    return texts.at(number % texts.size());
 }
 
-} // namespace
-
-Input::Input(const std::uint8_t *data, std::size_t size) : m_next(data), m_end(data + size) { }
-
-bool Input::isEmpty() const
+bool FuzzerInput::isEmpty() const
 {
     return m_next == m_end;
 }
 
-std::uint8_t Input::peek() const
+std::uint8_t FuzzerInput::peek() const
 {
     return isEmpty() ? 0 : *m_next;
 }
 
-std::uint8_t Input::byte()
+std::uint8_t FuzzerInput::byte()
 {
     return isEmpty() ? 0 : *m_next++;
 }
 
-std::uint64_t Input::number(int size)
+char FuzzerInput::code(const char *codes)
+{
+    const std::uint8_t code = byte();
+    const bool isValid = code != 0 && std::strchr(codes, code) != nullptr;
+    return isValid ? char(code) : codes[code % std::strlen(codes)];
+}
+
+std::uint64_t FuzzerInput::number(int size)
 {
     std::uint64_t number = 0;
     for (int i = 0; i < size; ++i)
@@ -65,32 +44,43 @@ std::uint64_t Input::number(int size)
     return number;
 }
 
-QByteArray Input::line()
+QByteArray FuzzerInput::line()
 {
     const auto *const end = std::find(m_next, m_end, '\n');
-    const QByteArray line = bytes(int(end - m_next));
+    const QByteArray line(reinterpret_cast<const char *>(m_next), int(end - m_next));
+    m_next = end;
     byte();
     return line;
 }
 
-QByteArray Input::bytes(int size)
+QByteArray FuzzerInput::text()
 {
-    const int available = int(std::min<std::ptrdiff_t>(size, m_end - m_next));
-    const QByteArray bytes(reinterpret_cast<const char *>(m_next), available);
-    m_next += available;
-    return bytes;
-}
-
-QByteArray Input::text()
-{
+    static const QByteArray difficult[] = {"",
+                                           QByteArray(300, 'k'),
+                                           QByteArray(1000, 'x'),
+                                           "\xef\xbb\xbf",
+                                           "\xef\xbb\xbfmarked",
+                                           "\xef\xbf\xbd",
+                                           "\xef\xbf\xbe",
+                                           "\xef\xbf\xbf",
+                                           "\xef\xb7\x90",
+                                           "\xf4\x8f\xbf\xbf",
+                                           "a\n",
+                                           "e\xcc\x81",
+                                           "\xcc\x81",
+                                           "\xf0\x9f\x98\x80",
+                                           "\xe2\x80\xae",
+                                           "\"\\\"",
+                                           "%1%2",
+                                           "a/b[2]",
+                                           "12]",
+                                           "\x01\x7f\xc2\x80"};
     if (!isEmpty() && peek() < 0x20 && peek() != '\n')
-        return hostileText(byte());
+        return difficult[byte() % std::size(difficult)];
 
     const QByteArray raw = line();
-    gchar *const valid = g_utf8_make_valid(raw.constData(), raw.size());
-    const QByteArray text(valid);
-    g_free(valid);
-    return text;
+    g_autofree gchar *valid = g_utf8_make_valid(raw.constData(), raw.size());
+    return valid;
 }
 
 } // namespace Tarnvel::Testing

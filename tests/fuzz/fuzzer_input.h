@@ -11,30 +11,30 @@
 namespace Tarnvel::Testing {
 
 /*!
- * \brief The bytes that a fuzzer hands over, read from front to back.
+ * \brief The bytes that libFuzzer provides, read from front to back.
  *
- * What is read behind their end is zero or empty.
+ * Reading past their end gives zeros and empty texts.
  */
-class Input
+class FuzzerInput
 {
 public:
-    Input(const std::uint8_t *data, std::size_t size);
+    FuzzerInput(const std::uint8_t *data, std::size_t size);
 
     bool isEmpty() const;
-    /*! \brief The next byte, left unread. */
+    /*! \brief The next byte, which stays unread. */
     std::uint8_t peek() const;
     std::uint8_t byte();
-    /*! \brief An unsigned number of \a size bytes, the least significant first. */
+    /*! \brief The next byte if it is one of \a codes, otherwise one of them in its place. */
+    char code(const char *codes);
+    /*! \brief An unsigned number of \a size bytes in little-endian order. */
     std::uint64_t number(int size);
-    /*! \brief The bytes before the next line feed, which is read too. */
+    /*! \brief The bytes up to the next line feed, which is read too. */
     QByteArray line();
-    /*! \brief The next \a size bytes, or as many as there are. */
-    QByteArray bytes(int size);
 
     /*!
-     * \brief A line as UTF-8 without a null character; U+FFFD stands for what is no UTF-8.
+     * \brief A line as UTF-8 without null characters; U+FFFD replaces what is not valid UTF-8.
      *
-     * A first byte below 0x20 stands for one of a list of ready-made hostile texts instead.
+     * If the first byte is below 0x20, it selects one of several difficult texts instead.
      */
     QByteArray text();
 

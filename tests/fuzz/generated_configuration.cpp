@@ -8,46 +8,29 @@
 #include <QtCore/QDate>
 #include <QtCore/QStringList>
 
-#include <cstring>
-
 namespace Tarnvel::Testing {
+
+using namespace Application::ManagedConfiguration;
 
 namespace {
 
-constexpr char kinds[] = "{ibsIBSTdulyLMD0";
 constexpr int deepestConfiguration = 30;
 
-ValueTree readEntries(Input &input, int level);
+ValueTree readEntries(FuzzerInput &input, int level);
 
-char readKind(Input &input)
+bool readBool(FuzzerInput &input)
 {
-    const std::uint8_t byte = input.byte();
-    return byte != 0 && std::strchr(kinds, byte) != nullptr ? char(byte)
-                                                            : kinds[byte % std::strlen(kinds)];
+    return (input.byte() & 1) != 0;
 }
 
-int readInt(Input &input)
+int readInt(FuzzerInput &input)
 {
     return int(std::uint32_t(input.number(4)));
 }
 
-QString readString(Input &input)
+QString readString(FuzzerInput &input)
 {
     return QString::fromUtf8(input.text());
-}
-
-template<typename List, typename ReadItem>
-ValueTree readList(Input &input, ReadItem readItem)
-{
-    ValueTree tree;
-    tree.kind = ValueTree::List;
-    List list;
-    for (int count = input.byte() % 16; count > 0; --count) {
-        list.append(readItem(input));
-        tree.items.append(list.constLast());
-    }
-    tree.value = QVariant::fromValue(list);
-    return tree;
 }
 
 ValueTree leaf(ValueTree::Kind kind, const QVariant &value)
@@ -58,54 +41,68 @@ ValueTree leaf(ValueTree::Kind kind, const QVariant &value)
     return tree;
 }
 
-ValueTree readRefused(Input &input, char kind)
+template<typename List, typename ReadItem>
+ValueTree readList(FuzzerInput &input, ReadItem readItem)
 {
-    switch (kind) {
+    List list;
+    QVector<ValueTree> items;
+    for (int count = input.byte() % 16; count > 0; --count) {
+        list.append(readItem(input));
+        items.append(leaf(ValueTree::Scalar, list.constLast()));
+    }
+    ValueTree tree = leaf(ValueTree::List, QVariant::fromValue(list));
+    tree.items = items;
+    return tree;
+}
+
+QVariant readUnsupported(FuzzerInput &input, char code)
+{
+    switch (code) {
     case 'd':
-        return leaf(ValueTree::Refused, readInt(input) / 8.0);
+        return readInt(input) / 8.0;
     case 'u':
-        return leaf(ValueTree::Refused, uint(readInt(input)));
+        return uint(readInt(input));
     case 'l':
-        return leaf(ValueTree::Refused, qlonglong(input.number(8)));
+        return qlonglong(input.number(8));
     case 'y':
-        return leaf(ValueTree::Refused, input.line());
+        return input.line();
     case 'L':
-        return leaf(ValueTree::Refused, QVariantList {readInt(input), readString(input)});
+        return QVariantList {readInt(input), readString(input)};
     case 'M':
-        return leaf(ValueTree::Refused, QVariantMap {{readString(input), readInt(input)}});
+        return QVariantMap {{readString(input), readInt(input)}};
     case 'D':
-        return leaf(ValueTree::Refused, QDate::fromJulianDay(input.byte()));
+        return QDate::fromJulianDay(input.byte());
     default:
-        return leaf(ValueTree::Refused, QVariant());
+        return {};
     }
 }
 
-ValueTree readValue(Input &input, int level)
+ValueTree readValue(FuzzerInput &input, int level)
 {
-    const char kind = readKind(input);
-    switch (kind) {
+    const char code = input.code("{ibsIBSTdulyLMD0");
+    switch (code) {
     case '{':
         return level < deepestConfiguration ? readEntries(input, level + 1) : ValueTree();
     case 'i':
         return leaf(ValueTree::Scalar, readInt(input));
     case 'b':
-        return leaf(ValueTree::Scalar, (input.byte() & 1) != 0);
+        return leaf(ValueTree::Scalar, readBool(input));
     case 's':
         return leaf(ValueTree::Scalar, readString(input));
     case 'I':
         return readList<QList<int>>(input, readInt);
     case 'B':
-        return readList<QList<bool>>(input, [](Input &in) { return (in.byte() & 1) != 0; });
+        return readList<QList<bool>>(input, readBool);
     case 'S':
         return readList<QStringList>(input, readString);
     case 'T':
         return readList<QList<QString>>(input, readString);
     default:
-        return readRefused(input, kind);
+        return leaf(ValueTree::Unsupported, readUnsupported(input, code));
     }
 }
 
-ValueTree readEntries(Input &input, int level)
+ValueTree readEntries(FuzzerInput &input, int level)
 {
     ValueTree tree;
     while (!input.isEmpty() && input.peek() != '}') {
@@ -118,22 +115,19 @@ ValueTree readEntries(Input &input, int level)
 
 } // namespace
 
-ValueTree readConfiguration(Input &input)
+ValueTree generateConfiguration(FuzzerInput &input)
 {
     return readEntries(input, 1);
 }
 
 QVariant toVariant(const ValueTree &tree)
 {
-    using namespace Application::ManagedConfiguration;
-
     if (tree.kind != ValueTree::Configuration)
         return tree.value;
     QMap<QString, QVariant> entries;
     for (auto entry = tree.entries.cbegin(); entry != tree.entries.cend(); ++entry)
         entries.insert(entry.key(), toVariant(entry.value()));
-    return QVariant::fromValue(
-        Application::ManagedConfiguration::Configuration(new ConfigurationPrivate(entries)));
+    return QVariant::fromValue(Configuration(new ConfigurationPrivate(entries)));
 }
 
 } // namespace Tarnvel::Testing

@@ -8,42 +8,32 @@
 #include <QtCore/QMap>
 #include <QtCore/QString>
 #include <QtCore/QVariant>
+#include <QtCore/QVector>
 
 namespace Tarnvel::Testing {
 
-/*!
- * \brief A value of a configuration, in a form that shares nothing with the library's.
- *
- * Configurations themselves are values too.
- */
+/*! \brief A value of a configuration, or a configuration, in a form independent of the library. */
 struct ValueTree
 {
-    enum Kind {
-        Configuration,
-        /*! One of the four kinds of list that a configuration stores. */
-        List,
-        /*! Int, bool or string. */
-        Scalar,
-        /*! Of a type that no configuration stores, or invalid. */
-        Refused,
-    };
+    /*! Unsupported: of a type that no configuration stores, or invalid. */
+    enum Kind { Configuration, List, Scalar, Unsupported };
 
     Kind kind = Configuration;
     /*! The entries of a configuration. */
     QMap<QString, ValueTree> entries;
     /*! The items of a list. */
-    QVariantList items;
-    /*! All but a configuration as a configuration holds it. */
+    QVector<ValueTree> items;
+    /*! Anything but a configuration, as a configuration holds it. */
     QVariant value;
 };
 
 /*!
- * \brief Makes of \a input a configuration.
+ * \brief Generates a configuration from \a input.
  *
- * Each entry is a key, which ends with a line feed, a letter for the kind of its value, and the
- * value. A byte that is no such letter stands for one. '}' ends a nested configuration.
+ * Each entry is a key, which ends with a line feed, a letter for the type of its value, and the
+ * value. A byte that is no such letter selects one. '}' ends a nested configuration.
  */
-ValueTree readConfiguration(Input &input);
+ValueTree generateConfiguration(FuzzerInput &input);
 
 /*! \brief The value as a configuration holds it. */
 QVariant toVariant(const ValueTree &tree);
