@@ -9,7 +9,7 @@
 
 namespace Tarnvel::Benchmarks {
 
-void becomeApplication(const QString &name)
+void setApplication(const QString &name)
 {
     QCoreApplication::setOrganizationName(QStringLiteral("acme"));
     QCoreApplication::setApplicationName(name);

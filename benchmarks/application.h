@@ -8,10 +8,10 @@
 
 namespace Tarnvel::Benchmarks {
 
-/*! \brief Takes the identity under which the service keeps the shape called \a name. */
-void becomeApplication(const QString &name);
+/*! \brief Sets the application for which the service keeps the payload called \a name. */
+void setApplication(const QString &name);
 
-/*! \brief The call that reads the shape called \a name. */
+/*! \brief A call that reads the payload called \a name. */
 QDBusMessage readCall(const QString &name);
 
 } // namespace Tarnvel::Benchmarks

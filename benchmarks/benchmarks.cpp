@@ -1,15 +1,15 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-// The times that the library and its peers take, on Google Benchmark; see --help. Names are
-// "<what>/<client>/<shape>".
+// Measures the times of the library and the alternatives to it with Google Benchmark; see --help.
+// Names are // "<what>/<client>/<payload>".
 
-#include "bench.h"
-#include "by_hand.h"
-#include "client.h"
+#include "clients/client.h"
 #include "configuration_manager_p.h"
-#include "plain_lookup.h"
-#include "shapes.h"
+#include "fixture.h"
+#include "payloads.h"
+#include "references/by_hand.h"
+#include "references/step_by_step_lookup.h"
 
 #include <QtCore/QElapsedTimer>
 #include <QtDBus/QDBusArgument>
@@ -24,26 +24,26 @@ using namespace Tarnvel::Benchmarks;
 
 namespace {
 
-std::string nameOf(const char *what, const QString &client, const QString &shape)
+std::string nameOf(const char *what, const QString &client, const QString &payload)
 {
-    return QStringLiteral("%1/%2/%3").arg(QLatin1String(what), client, shape).toStdString();
+    return QStringLiteral("%1/%2/%3").arg(QLatin1String(what), client, payload).toStdString();
 }
 
-QString mixedShape(const char *kind, const benchmark::State &state)
+QString mixedPayload(const char *kind, const benchmark::State &state)
 {
     return QStringLiteral("%1_%2").arg(QLatin1String(kind)).arg(state.range(0));
 }
 
-void decode(benchmark::State &state, const QString &shape)
+void decode(benchmark::State &state, const QString &payload)
 {
-    const QVariant received = receive(shape);
+    const QVariant received = receive(payload);
     for (auto _ : state)
         benchmark::DoNotOptimize(qdbus_cast<Configuration>(received));
 }
 
-void decodeByHand(benchmark::State &state, const QString &shape)
+void decodeByHand(benchmark::State &state, const QString &payload)
 {
-    const QVariant received = receive(shape);
+    const QVariant received = receive(payload);
     for (auto _ : state)
         benchmark::DoNotOptimize(readByHand(received.value<QDBusArgument>()));
 }
@@ -58,27 +58,27 @@ void encodeValue(benchmark::State &state, const Value &value)
     }
 }
 
-void encode(benchmark::State &state, const QString &shape)
+void encode(benchmark::State &state, const QString &payload)
 {
-    encodeValue(state, qdbus_cast<Configuration>(receive(shape)));
+    encodeValue(state, qdbus_cast<Configuration>(receive(payload)));
 }
 
-void encodeByHand(benchmark::State &state, const QString &shape)
+void encodeByHand(benchmark::State &state, const QString &payload)
 {
-    encodeValue(state, readByHand(receive(shape).value<QDBusArgument>()));
+    encodeValue(state, readByHand(receive(payload).value<QDBusArgument>()));
 }
 
-using OnShape = void (*)(benchmark::State &, const QString &);
+using OnPayload = void (*)(benchmark::State &, const QString &);
 
-void registerWire(const char *what, const char *client, OnShape measure)
+void registerWire(const char *what, const char *client, OnPayload measure)
 {
-    for (const char *shape : {"small", "large", "fleet"}) {
-        benchmark::RegisterBenchmark(nameOf(what, client, shape).c_str(),
-                                     [=](benchmark::State &state) { measure(state, shape); });
+    for (const char *payload : {"small", "large", "fleet"}) {
+        benchmark::RegisterBenchmark(nameOf(what, client, payload).c_str(),
+                                     [=](benchmark::State &state) { measure(state, payload); });
     }
     for (const char *kind : {"mixed", "unsorted"}) {
         const auto onCount = [=](benchmark::State &state) {
-            measure(state, mixedShape(kind, state));
+            measure(state, mixedPayload(kind, state));
             state.SetComplexityN(state.range(0));
         };
         benchmark::RegisterBenchmark(nameOf(what, client, kind).c_str(), onCount)
@@ -96,12 +96,12 @@ using LookUp = QVariant (*)(const Configuration &, const QString &);
 void registerLookups(const char *client, LookUp lookUp)
 {
     const auto byIndex = [=](benchmark::State &state) {
-        const auto configuration = qdbus_cast<Configuration>(receive(mixedShape("list", state)));
+        const auto configuration = qdbus_cast<Configuration>(receive(mixedPayload("list", state)));
         for (auto _ : state)
             benchmark::DoNotOptimize(lookUp(configuration, QStringLiteral("list[7]")));
         state.SetComplexityN(state.range(0));
     };
-    benchmark::RegisterBenchmark(nameOf("look up", client, "an item of so many").c_str(), byIndex)
+    benchmark::RegisterBenchmark(nameOf("lookup", client, "by list length").c_str(), byIndex)
         ->Arg(10)
         ->Arg(1000)
         ->Arg(100000)
@@ -115,7 +115,7 @@ void registerLookups(const char *client, LookUp lookUp)
             benchmark::DoNotOptimize(lookUp(configuration, path));
         state.SetComplexityN(state.range(0));
     };
-    benchmark::RegisterBenchmark(nameOf("look up", client, "so deep").c_str(), byDepth)
+    benchmark::RegisterBenchmark(nameOf("lookup", client, "by depth").c_str(), byDepth)
         ->DenseRange(1, 6)
         ->Complexity();
 }
@@ -124,23 +124,23 @@ using MakeClient = Read (*)(const QString &);
 
 void registerRoundTrips(const QString &client, MakeClient makeClient)
 {
-    for (const char *shape : {"small", "large", "fleet", "mixed_20000"}) {
+    for (const char *payload : {"small", "large", "fleet", "mixed_20000"}) {
         const auto measure = [=](benchmark::State &state) {
-            const Read read = makeClient(shape);
-            const int entries = countEntries(shape);
+            const Read read = makeClient(payload);
+            const int entries = countEntries(payload);
             for (auto _ : state) {
                 if (read() != entries)
                     state.SkipWithError("not all entries were read");
             }
         };
         // The bus layers have threads of their own.
-        benchmark::RegisterBenchmark(nameOf("round trip", client, shape).c_str(), measure)
+        benchmark::RegisterBenchmark(nameOf("round trip", client, payload).c_str(), measure)
             ->MeasureProcessCPUTime()
             ->UseRealTime();
     }
 }
 
-double childrensSeconds()
+double childProcessSeconds()
 {
     constexpr double microsecond = 1e-6;
     rusage usage {};
@@ -153,7 +153,7 @@ void registerFirst(const QString &client, const QString &program)
 {
     const auto measure = [=](benchmark::State &state) {
         constexpr double nanosecond = 1e-9;
-        const double before = childrensSeconds();
+        const double before = childProcessSeconds();
         for (auto _ : state) {
             QElapsedTimer timer;
             timer.start();
@@ -161,7 +161,7 @@ void registerFirst(const QString &client, const QString &program)
                 state.SkipWithError("the program failed");
             state.SetIterationTime(static_cast<double>(timer.nsecsElapsed()) * nanosecond);
         }
-        state.counters["processor_ms"] = benchmark::Counter((childrensSeconds() - before) * 1e3,
+        state.counters["processor_ms"] = benchmark::Counter((childProcessSeconds() - before) * 1e3,
                                                             benchmark::Counter::kAvgIterations);
     };
     constexpr int processes = 20;
@@ -179,7 +179,7 @@ void registerAll()
     registerLookups("library", [](const Configuration &configuration, const QString &path) {
         return configuration.getByXpath(path);
     });
-    registerLookups("plainly", getByXpathPlainly);
+    registerLookups("step by step", getByXpathStepByStep);
     const QString first = QStringLiteral(FIRST_CONFIGURATION);
     const auto registerClient = [&first](const QString &client, MakeClient makeClient,
                                          const char *program) {
@@ -199,7 +199,7 @@ void registerAll()
 int main(int argc, char *argv[])
 {
     benchmark::Initialize(&argc, argv);
-    Bench bench(argc, argv);
+    BenchmarkFixture fixture(argc, argv);
     qRegisterMetaType<Configuration>();
     qDBusRegisterMetaType<Configuration>();
     registerAll();

@@ -1,16 +1,16 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-// Runs what costs, so that callgrind can count its instructions: to be run under callgrind, with
-// --instr-atstart=no. Each measurement makes a dump of its own, named "<what>/<times>": what was
-// measured, and how often it was done.
+// Runs what is measured under callgrind, which counts the instructions. Start it with
+// --instr-atstart=no. Each measurement writes a dump named "<what>/<times>": what was measured, and
+// how often it was run.
 
-#include "bench.h"
-#include "by_hand.h"
 #include "configuration_manager_p.h"
 #include "configuration_p.h"
-#include "plain_lookup.h"
-#include "shapes.h"
+#include "fixture.h"
+#include "payloads.h"
+#include "references/by_hand.h"
+#include "references/step_by_step_lookup.h"
 
 #include <QtDBus/QDBusArgument>
 #include <QtDBus/QDBusMetaType>
@@ -25,7 +25,7 @@ namespace {
 template<typename Action>
 void measure(const QString &what, int times, Action action)
 {
-    // What is set up at the first use is no part of the cost.
+    // Set-up at the first use does not count.
     action();
     const QByteArray name = QStringLiteral("%1/%2").arg(what).arg(times).toUtf8();
     CALLGRIND_START_INSTRUMENTATION;
@@ -36,25 +36,25 @@ void measure(const QString &what, int times, Action action)
     CALLGRIND_STOP_INSTRUMENTATION;
 }
 
-void measureWire(const QString &shape, int times)
+void measureWire(const QString &payload, int times)
 {
-    const QVariant received = receive(shape);
+    const QVariant received = receive(payload);
     const auto configuration = qdbus_cast<Configuration>(received);
-    measure(QStringLiteral("decode.") + shape, times,
+    measure(QStringLiteral("decode.") + payload, times,
             [&received] { qdbus_cast<Configuration>(received); });
-    measure(QStringLiteral("encode.") + shape, times, [&configuration] {
+    measure(QStringLiteral("encode.") + payload, times, [&configuration] {
         QDBusArgument argument;
         argument << configuration;
     });
 }
 
-void measureWireByHand(const QString &shape, int times)
+void measureWireByHand(const QString &payload, int times)
 {
-    const QVariant received = receive(shape);
+    const QVariant received = receive(payload);
     const QVariantMap map = readByHand(received.value<QDBusArgument>());
-    measure(QStringLiteral("decode_by_hand.") + shape, times,
+    measure(QStringLiteral("decode_by_hand.") + payload, times,
             [&received] { readByHand(received.value<QDBusArgument>()); });
-    measure(QStringLiteral("encode_by_hand.") + shape, times, [&map] {
+    measure(QStringLiteral("encode_by_hand.") + payload, times, [&map] {
         QDBusArgument argument;
         argument << map;
     });
@@ -63,21 +63,21 @@ void measureWireByHand(const QString &shape, int times)
 void measureLookup(const QString &what, const Configuration &configuration, const QString &path)
 {
     constexpr int times = 10;
-    if (configuration.getByXpath(path) != getByXpathPlainly(configuration, path)
+    if (configuration.getByXpath(path) != getByXpathStepByStep(configuration, path)
         || !configuration.getByXpath(path).isValid())
         qFatal("the lookups of %s differ", qUtf8Printable(path));
     measure(QStringLiteral("lookup.") + what, times,
             [&configuration, &path] { configuration.getByXpath(path); });
-    measure(QStringLiteral("lookup_plainly.") + what, times,
-            [&configuration, &path] { getByXpathPlainly(configuration, path); });
+    measure(QStringLiteral("lookup_step_by_step.") + what, times,
+            [&configuration, &path] { getByXpathStepByStep(configuration, path); });
 }
 
 void measureLookups()
 {
     for (const int count : {10, 1000, 100000}) {
-        const QString shape = QStringLiteral("list_%1").arg(count);
+        const QString payload = QStringLiteral("list_%1").arg(count);
         measureLookup(QStringLiteral("index_of_%1").arg(count),
-                      qdbus_cast<Configuration>(receive(shape)), QStringLiteral("list[7]"));
+                      qdbus_cast<Configuration>(receive(payload)), QStringLiteral("list[7]"));
     }
     const auto large = qdbus_cast<Configuration>(receive(QStringLiteral("large")));
     QString path = QStringLiteral("maximum");
@@ -91,17 +91,17 @@ void measureLookups()
 
 int main(int argc, char *argv[])
 {
-    Bench bench(argc, argv);
+    BenchmarkFixture fixture(argc, argv);
     qRegisterMetaType<Configuration>();
     qDBusRegisterMetaType<Configuration>();
-    for (const char *shape : {"small", "large", "fleet", "mixed_10", "mixed_100", "mixed_1000",
-                              "mixed_20000", "unsorted_1000"}) {
-        const int times = countEntries(shape) < 1000 ? 100 : 1;
-        measureWire(shape, times);
-        measureWireByHand(shape, times);
+    for (const char *payload : {"small", "large", "fleet", "mixed_10", "mixed_100", "mixed_1000",
+                                "mixed_20000", "unsorted_1000"}) {
+        const int times = countEntries(payload) < 1000 ? 100 : 1;
+        measureWire(payload, times);
+        measureWireByHand(payload, times);
     }
-    // What these cost by hand takes long, and nobody asks for it.
-    for (const char *shape : {"mixed_100000", "unsorted_100000"})
-        measureWire(shape, 1);
+    // By hand these take long, and nothing is compared with them.
+    for (const char *payload : {"mixed_100000", "unsorted_100000"})
+        measureWire(payload, 1);
     measureLookups();
 }

@@ -1,15 +1,15 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-// Prints, one "<name> <number>" a line, the allocations and the messages that requests and lookups
-// cost, and the bytes that stay.
+// Prints, as lines "<name> <number>", the allocations and messages of requests and lookups, and the
+// bytes that stay allocated.
 
 #include "application.h"
-#include "bench.h"
-#include "by_hand.h"
 #include "configuration_manager_p.h"
+#include "fixture.h"
 #include "heap.h"
-#include "shapes.h"
+#include "payloads.h"
+#include "references/by_hand.h"
 #include "traffic.h"
 
 #include <QtCore/QEventLoop>
@@ -31,8 +31,8 @@ void print(const QString &name, Number number)
     std::printf("%s %.10g\n", qUtf8Printable(name), static_cast<double>(number));
 }
 
-// The other threads of the bus layers take and give back at times of their own, so that a single
-// count may be off by a few.
+// Other threads of QtDBus allocate and release at the same time, so a single count may be off by a
+// few.
 template<typename Action>
 qint64 medianAllocations(Action action)
 {
@@ -56,7 +56,7 @@ void request(ConfigurationManager &manager)
         loop.quit();
     });
     loop.exec();
-    // The watcher goes when the event loop gets to it.
+    // Deletes the watcher of the call.
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
 }
 
@@ -78,8 +78,8 @@ void countStart(Traffic &traffic)
 {
     const qint64 before = readHeap().allocations;
     ConfigurationManager &manager = *ConfigurationManager::instance();
-    // Its answer comes behind all that was sent before, which the thread of QtDBus still handles
-    // when instance() returns.
+    // When instance() returns, QtDBus's thread is still sending. The reply to this request comes
+    // after the replies to all of that.
     request(manager);
     print(QStringLiteral("allocations.instance_and_request"), readHeap().allocations - before);
     print(QStringLiteral("messages.instance_and_request"), traffic.take());
@@ -91,40 +91,41 @@ void countRequests(Traffic &traffic)
     request(manager);
     print(QStringLiteral("messages.request"), traffic.take());
     changeAndFollow(manager);
-    print(QStringLiteral("messages.change_and_notification"), traffic.take());
+    print(QStringLiteral("messages.change_and_announcement"), traffic.take());
     print(QStringLiteral("allocations.request"),
           medianAllocations([&manager] { request(manager); }));
 
-    constexpr int notifications = 1000;
+    constexpr int announcements = 1000;
     const qint64 before = readHeap().bytes;
-    for (int time = 0; time < notifications; ++time)
+    for (int time = 0; time < announcements; ++time)
         changeAndFollow(manager);
-    print(QStringLiteral("bytes.notification"),
-          static_cast<double>(readHeap().bytes - before) / notifications);
+    print(QStringLiteral("bytes.announcement"),
+          static_cast<double>(readHeap().bytes - before) / announcements);
 }
 
-void countReading(const QString &shape)
+void countReading(const QString &payload)
 {
-    const QVariant received = receive(shape);
+    const QVariant received = receive(payload);
     const auto decode = [&received] { return qdbus_cast<Configuration>(received); };
     const auto decodeByHand = [&received] { return readByHand(received.value<QDBusArgument>()); };
-    print(QStringLiteral("allocations.decode.") + shape, medianAllocations(decode));
-    print(QStringLiteral("allocations.decode_by_hand.") + shape, medianAllocations(decodeByHand));
+    print(QStringLiteral("allocations.decode.") + payload, medianAllocations(decode));
+    print(QStringLiteral("allocations.decode_by_hand.") + payload, medianAllocations(decodeByHand));
 
     const qint64 before = readHeap().bytes;
     const Configuration configuration = decode();
     const qint64 between = readHeap().bytes;
     const QVariantMap map = decodeByHand(); // clazy:exclude=unused-non-trivial-variable
     const qint64 after = readHeap().bytes;
-    const double entries = countEntries(shape);
-    print(QStringLiteral("bytes.entry.") + shape, static_cast<double>(between - before) / entries);
-    print(QStringLiteral("bytes.entry_by_hand.") + shape,
+    const double entries = countEntries(payload);
+    print(QStringLiteral("bytes.entry.") + payload,
+          static_cast<double>(between - before) / entries);
+    print(QStringLiteral("bytes.entry_by_hand.") + payload,
           static_cast<double>(after - between) / entries);
 }
 
-void countLookup(const QString &name, const QString &shape, const QString &path)
+void countLookup(const QString &name, const QString &payload, const QString &path)
 {
-    const auto configuration = qdbus_cast<Configuration>(receive(shape));
+    const auto configuration = qdbus_cast<Configuration>(receive(payload));
     print(QStringLiteral("allocations.lookup.") + name,
           medianAllocations([&configuration, &path] { configuration.getByXpath(path); }));
 }
@@ -133,18 +134,18 @@ void countLookup(const QString &name, const QString &shape, const QString &path)
 
 int main(int argc, char *argv[])
 {
-    Bench bench(argc, argv);
+    BenchmarkFixture fixture(argc, argv);
     {
-        Traffic traffic(bench.address());
-        becomeApplication(QStringLiteral("small"));
+        Traffic traffic(fixture.address());
+        setApplication(QStringLiteral("small"));
         countStart(traffic);
         countRequests(traffic);
     }
-    for (const char *shape : {"small", "large", "fleet", "mixed_1000"})
-        countReading(QLatin1String(shape));
+    for (const char *payload : {"small", "large", "fleet", "mixed_1000"})
+        countReading(QLatin1String(payload));
     for (const int count : {10, 1000, 100000}) {
-        const QString shape = QStringLiteral("list_%1").arg(count);
-        countLookup(QStringLiteral("index_of_%1").arg(count), shape, QStringLiteral("list[7]"));
+        const QString payload = QStringLiteral("list_%1").arg(count);
+        countLookup(QStringLiteral("index_of_%1").arg(count), payload, QStringLiteral("list[7]"));
     }
     countLookup(QStringLiteral("depth_1"), QStringLiteral("large"), QStringLiteral("maximum"));
     countLookup(QStringLiteral("depth_6"), QStringLiteral("large"),

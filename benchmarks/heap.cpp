@@ -13,7 +13,7 @@ namespace {
 std::atomic<qint64> allocations {0};
 std::atomic<qint64> bytes {0};
 
-void *taken(void *block)
+void *recordAllocation(void *block)
 {
     if (block) {
         ++allocations;
@@ -22,7 +22,7 @@ void *taken(void *block)
     return block;
 }
 
-void givenBack(void *block)
+void recordRelease(void *block)
 {
     if (block)
         bytes -= static_cast<qint64>(malloc_usable_size(block));
@@ -30,7 +30,7 @@ void givenBack(void *block)
 
 } // namespace
 
-// The C library's own functions, under the names that it keeps for those who replace the others.
+// Under these names, the C library keeps its own functions for programs that replace the others.
 extern "C" {
 
 void *__libc_malloc(std::size_t size);
@@ -41,23 +41,23 @@ void __libc_free(void *block);
 
 void *malloc(std::size_t size)
 {
-    return taken(__libc_malloc(size));
+    return recordAllocation(__libc_malloc(size));
 }
 
 void *calloc(std::size_t count, std::size_t size)
 {
-    return taken(__libc_calloc(count, size));
+    return recordAllocation(__libc_calloc(count, size));
 }
 
 void *realloc(void *block, std::size_t size)
 {
-    givenBack(block);
-    return taken(__libc_realloc(block, size));
+    recordRelease(block);
+    return recordAllocation(__libc_realloc(block, size));
 }
 
 void *aligned_alloc(std::size_t alignment, std::size_t size)
 {
-    return taken(__libc_memalign(alignment, size));
+    return recordAllocation(__libc_memalign(alignment, size));
 }
 
 int posix_memalign(void **block, std::size_t alignment, std::size_t size)
@@ -68,7 +68,7 @@ int posix_memalign(void **block, std::size_t alignment, std::size_t size)
 
 void free(void *block)
 {
-    givenBack(block);
+    recordRelease(block);
     __libc_free(block);
 }
 

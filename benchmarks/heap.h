@@ -8,19 +8,19 @@
 namespace Tarnvel::Benchmarks {
 
 /*!
- * \brief What the process has taken from the heap so far, in all threads and libraries.
+ * \brief The heap use of this process, in all threads and libraries.
  *
- * A program that asks for it has malloc() and its kin replaced by functions that count.
+ * In a program that links heap.cpp, counting functions replace malloc() and the related functions.
  */
 struct Heap
 {
-    /*! How often memory was taken. */
+    /*! How many blocks have been allocated so far. */
     qint64 allocations;
-    /*! What is in use, as the sizes of the blocks handed out. */
+    /*! The total size of the blocks in use. */
     qint64 bytes;
 };
 
-/*! \brief The heap as it is now. */
+/*! \brief The present heap use. */
 Heap readHeap();
 
 } // namespace Tarnvel::Benchmarks

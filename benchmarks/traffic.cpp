@@ -16,7 +16,7 @@ constexpr int busTimeoutMs = 10000;
 void require(bool isDone, const GError *error)
 {
     if (!isDone)
-        qFatal("the bus cannot be watched: %s", error->message);
+        qFatal("cannot monitor the bus: %s", error->message);
 }
 
 } // namespace
@@ -36,8 +36,8 @@ Traffic::Traffic(const QString &address)
         "org.freedesktop.DBus.Monitoring", "BecomeMonitor", g_variant_new("(asu)", nullptr, 0),
         nullptr, G_DBUS_CALL_FLAGS_NONE, busTimeoutMs, nullptr, &error);
     require(result, error);
-    g_dbus_connection_add_filter(m_connection, see, this, nullptr);
-    // What this object itself has caused.
+    g_dbus_connection_add_filter(m_connection, receive, this, nullptr);
+    // Does not count the messages of this constructor.
     take();
 }
 
@@ -49,17 +49,17 @@ Traffic::~Traffic()
 
 int Traffic::take()
 {
-    m_hasSeenFence = false;
+    m_isFenceReceived = false;
     m_fenceConnection.send(QDBusMessage::createSignal(QStringLiteral("/"), QLatin1String(fence),
                                                       QStringLiteral("Passed")));
-    while (!m_hasSeenFence)
+    while (!m_isFenceReceived)
         QThread::yieldCurrentThread();
     return m_messages.exchange(0);
 }
 
 // Runs in GDBus's own thread.
-GDBusMessage *Traffic::see(GDBusConnection *, GDBusMessage *message, gboolean isIncoming,
-                           gpointer traffic)
+GDBusMessage *Traffic::receive(GDBusConnection *, GDBusMessage *message, gboolean isIncoming,
+                               gpointer traffic)
 {
     if (isIncoming)
         static_cast<Traffic *>(traffic)->count(message);
@@ -70,7 +70,7 @@ GDBusMessage *Traffic::see(GDBusConnection *, GDBusMessage *message, gboolean is
 void Traffic::count(GDBusMessage *message)
 {
     if (g_strcmp0(g_dbus_message_get_interface(message), fence) == 0) {
-        m_hasSeenFence = true;
+        m_isFenceReceived = true;
         return;
     }
     ++m_messages;

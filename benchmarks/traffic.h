@@ -12,38 +12,36 @@
 namespace Tarnvel::Benchmarks {
 
 /*!
- * \brief Counts the messages on the bus, as a monitor of the bus sees them.
- *
- * All count: calls, answers and signals, to the service and to the bus itself.
+ * \brief Counts all messages on the bus: calls, replies and signals, also those of the bus itself.
  */
 class Traffic
 {
 public:
-    /*! \brief Starts to watch the bus at \a address; ends the process if it cannot. */
+    /*! \brief Starts monitoring the bus at \a address; ends the process on failure. */
     explicit Traffic(const QString &address);
 
-    /*! \brief Stops. */
+    /*! \brief Stops monitoring. */
     ~Traffic();
 
     Traffic(const Traffic &) = delete;
     Traffic &operator=(const Traffic &) = delete;
 
     /*!
-     * \brief How many messages there have been since the last call.
+     * \brief How many messages there were since the last call.
      *
-     * Whoever asks has had the answer to the last message of its own.
+     * Call it after the reply to the last message that is to count.
      */
     int take();
 
 private:
-    static GDBusMessage *see(GDBusConnection *connection, GDBusMessage *message,
-                             gboolean isIncoming, gpointer traffic);
+    static GDBusMessage *receive(GDBusConnection *connection, GDBusMessage *message,
+                                 gboolean isIncoming, gpointer traffic);
     void count(GDBusMessage *message);
 
     QDBusConnection m_fenceConnection;
     GDBusConnection *m_connection = nullptr;
     std::atomic<int> m_messages {0};
-    std::atomic<bool> m_hasSeenFence {false};
+    std::atomic<bool> m_isFenceReceived {false};
 };
 
 } // namespace Tarnvel::Benchmarks

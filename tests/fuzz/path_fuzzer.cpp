@@ -4,12 +4,11 @@
 #include <Tarnvel/ManagedConfiguration/configuration.h>
 #include <Tarnvel/ManagedConfiguration/xpath.h>
 
-#include "configuration_p.h"
 #include "description.h"
+#include "failure.h"
+#include "generated_configuration.h"
 #include "message_log.h"
 #include "path_model.h"
-#include "report.h"
-#include "value_tree.h"
 
 using namespace Tarnvel::Application::ManagedConfiguration;
 using namespace Tarnvel::Testing;
@@ -18,8 +17,8 @@ namespace {
 
 constexpr int mostPaths = 20;
 
-/*! \brief A line of UTF-8, or behind 'U' and a length that many units of UTF-16. */
-QString readPath(Input &input)
+// A line of UTF-8; after 'U' and a length, that many UTF-16 code units.
+QString readPath(FuzzerInput &input)
 {
     if (input.byte() != 'U')
         return QString::fromUtf8(input.line());
@@ -29,59 +28,33 @@ QString readPath(Input &input)
     return path;
 }
 
-QVector<Step> stepsOf(const Xpath &xpath)
-{
-    QVector<Step> steps;
-    for (const XpathAccess &access : xpath.accesses())
-        steps.append({access.type() == XpathAccess::Key, access.toKey(), access.toIndex()});
-    return steps;
-}
-
-QString textOf(const QVector<Step> &steps)
-{
-    QStringList texts;
-    for (const Step &step : steps)
-        texts.append(step.isKey ? QLatin1String("key ") + step.key
-                                : QLatin1String("position ") + QString::number(step.position));
-    return texts.join(QLatin1String(", "));
-}
-
 void checkParse(const QString &path)
 {
     MessageLog log;
     const Xpath xpath(path);
-    const QStringList warnings = log.take();
-    const QVector<Step> steps = stepsOf(xpath);
-    const Parse expected = expectedParse(path);
-    if (!(steps == expected.steps) || warnings != expected.warnings)
-        failWith({textOf(steps), warnings}, {textOf(expected.steps), expected.warnings}, path);
-    if (xpath.isValid() == steps.isEmpty() || xpath.toString() != path)
-        fail(QStringLiteral("a path that does not know its text or whether it is valid"), path);
-
-    const Xpath again(join(steps));
-    const QStringList warningsOfJoined = log.take();
-    if (!steps.isEmpty() && (!(stepsOf(again) == steps) || !warningsOfJoined.isEmpty()))
-        failWith({textOf(stepsOf(again)), warningsOfJoined}, {textOf(steps), {}}, again.toString());
+    QStringList actual;
+    for (const XpathAccess &access : xpath.accesses())
+        actual.append(access.type() == XpathAccess::Key
+                          ? QLatin1String("key ") + access.toKey()
+                          : QStringLiteral("index %1").arg(access.toIndex()));
+    actual += log.take();
+    const QStringList expected = expectedParse(path);
+    if (actual != expected || xpath.toString() != path
+        || xpath.isValid() == xpath.accesses().isEmpty())
+        fail(path, actual, expected);
 }
 
-void checkWalk(const Configuration &configuration, const ValueTree &tree, const QString &path)
+void checkLookup(const Configuration &configuration, const ValueTree &tree, const QString &path)
 {
     MessageLog log;
-    const QVariant got = configuration.getByXpath(path);
-    const QStringList warnings = log.take();
-    const Walk walk = expectedWalk(tree, path);
-    QVariant expected = walk.item;
-    if (!expected.isValid() && walk.value != nullptr)
-        expected = toVariant(*walk.value);
-
-    const bool comparesByContent = expected.userType() < QMetaType::User;
-    if (describe(got) != describe(expected) || (comparesByContent && got != expected)
-        || warnings != walk.warnings)
-        failWith({describe(got), warnings}, {describe(expected), walk.warnings},
-                 path + QLatin1String(" in ") + describe(configuration));
+    const QString value = describe(configuration.getByXpath(path));
+    const QStringList actual = QStringList(value) + log.take();
+    const QStringList expected = expectedLookup(tree, path);
+    if (actual != expected)
+        fail(path + QLatin1String(" in ") + describe(configuration), actual, expected);
 }
 
-/*! \brief Paths to the values of \a tree, and to items within and behind its lists. */
+// Paths to the values of \a tree, and to items inside and past the end of its lists.
 void appendPaths(const ValueTree &tree, const QString &prefix, QStringList &paths)
 {
     for (auto entry = tree.entries.cbegin(); entry != tree.entries.cend(); ++entry) {
@@ -89,22 +62,21 @@ void appendPaths(const ValueTree &tree, const QString &prefix, QStringList &path
         if (paths.size() >= mostPaths)
             return;
         paths.append(path);
-        for (const int position : {0, entry->items.size() - 1, entry->items.size()})
-            paths.append(path + u'[' + QString::number(position) + u']');
+        for (const int index : {0, entry->items.size() - 1, entry->items.size()})
+            paths.append(path + u'[' + QString::number(index) + u']');
         appendPaths(*entry, path, paths);
     }
 }
 
-/*! \brief Stores the entries of \a tree one by one; only what is refused may be refused. */
 void checkStoring(const ValueTree &tree)
 {
     Configuration configuration;
     for (auto entry = tree.entries.cbegin(); entry != tree.entries.cend(); ++entry) {
-        const bool isStorable = entry->kind != ValueTree::Refused;
+        const bool isSupported = entry->kind != ValueTree::Unsupported;
         const QVariant value = toVariant(*entry);
-        if (configuration.set(entry.key(), value) != isStorable
-            || configuration.containsKey(entry.key()) != isStorable)
-            fail(QStringLiteral("stored or refused wrongly"), describe(value));
+        if (configuration.set(entry.key(), value) != isSupported
+            || configuration.containsKey(entry.key()) != isSupported)
+            fail(describe(value), {"stored, or refused"}, {"the opposite"});
     }
 }
 
@@ -112,16 +84,16 @@ void checkStoring(const ValueTree &tree)
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t *data, std::size_t size)
 {
-    Input input(data, size);
+    FuzzerInput input(data, size);
     const QString path = readPath(input);
-    const ValueTree tree = readConfiguration(input);
+    const ValueTree tree = generateConfiguration(input);
     const Configuration configuration = Configuration::fromVariant(toVariant(tree));
 
     QStringList paths {path};
     appendPaths(tree, QString(), paths);
     for (const QString &one : qAsConst(paths)) {
         checkParse(one);
-        checkWalk(configuration, tree, one);
+        checkLookup(configuration, tree, one);
     }
     checkStoring(tree);
     return 0;

@@ -3,48 +3,17 @@
 
 #pragma once
 
-#include "value_tree.h"
+#include "generated_configuration.h"
 
 #include <QtCore/QStringList>
-#include <QtCore/QVector>
 
 namespace Tarnvel::Testing {
 
-/*! \brief A step of a path: the key of an entry or the position of an item. */
-struct Step
-{
-    bool isKey;
-    QString key;
-    int position;
+/*! \brief What parsing \a path gives: its steps as "key <key>" and "index <index>", and the
+ * warnings. */
+QStringList expectedParse(const QString &path);
 
-    bool operator==(const Step &other) const;
-};
-
-/*! \brief What must come of parsing a path. */
-struct Parse
-{
-    /*! None if the path is not valid. */
-    QVector<Step> steps;
-    QStringList warnings;
-};
-
-/*! \brief What must come of walking a path. */
-struct Walk
-{
-    /*! Null if the path leads nowhere; points into the configuration walked. */
-    const ValueTree *value = nullptr;
-    /*! Set if the path ends at an item of a list. */
-    QVariant item;
-    QStringList warnings;
-};
-
-/*! \brief The parse of \a path, by the grammar. */
-Parse expectedParse(const QString &path);
-
-/*! \brief The walk along \a path through \a configuration, with the warnings of its parse. */
-Walk expectedWalk(const ValueTree &configuration, const QString &path);
-
-/*! \brief A path of these \a steps, which must be those of some path. */
-QString join(const QVector<Step> &steps);
+/*! \brief What looking \a path up gives: the value in the form of describe(), and the warnings. */
+QStringList expectedLookup(const ValueTree &configuration, const QString &path);
 
 } // namespace Tarnvel::Testing

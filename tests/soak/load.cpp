@@ -3,11 +3,13 @@
 
 #include "load.h"
 
-#include "agreement.h"
-
 #include <QtCore/QCoreApplication>
+#include <QtCore/QTimer>
 
 #include "configuration_p.h"
+
+#include <cstdio>
+#include <utility>
 
 namespace Tarnvel::Soak {
 
@@ -15,27 +17,26 @@ using namespace Application::ManagedConfiguration;
 
 namespace {
 
-// The bus lets 128 calls of a connection be outstanding. Some thirty are those that the service
-// never answers, and some more those it answers to clients that wait no longer.
+// The bus allows 128 outstanding calls of a connection. About thirty are calls that the service
+// never answers, and some more are late replies that nobody waits for any more.
 constexpr int callsMost = 60;
 constexpr int overrunCalls = 160;
-constexpr int callsWhileDownMost = 20;
-constexpr std::size_t residents = 2;
+constexpr int requestsWithoutService = 20;
+constexpr int stallTimeoutMs = 120000;
+constexpr std::size_t residentClients = 2;
 constexpr std::size_t clientsMost = 6;
-constexpr int faultsMost = 20;
-// In requests.
-constexpr unsigned int lifeMost = 1400;
 
-// Each of these happens once in about so many turns.
-constexpr unsigned int overrunPeriod = 2000;
-constexpr unsigned int clientPeriod = 100;
-constexpr unsigned int impatientPeriod = 20;
-constexpr unsigned int announcementPeriod = 4;
+// Each happens about once in so many requests.
+constexpr int overrunPeriod = 2000;
+constexpr int clientPeriod = 100;
+constexpr int announcementPeriod = 100;
+constexpr int servicePeriod = 700;
+constexpr int impatientPeriod = 20;
 
-bool isRefusedByBus(const Error &error)
-{
-    return error.message().contains(QLatin1String("pending replies"));
-}
+// Parts of the messages of internal errors. The soak must meet all of them.
+constexpr const char *internalErrors[] = {"pending replies",  "nested too deep",
+                                          "disconnected",     "Did not receive",
+                                          "was not provided", "Unexpected reply"};
 
 bool isWhole(const Configuration &configuration)
 {
@@ -47,123 +48,87 @@ bool isWhole(const Configuration &configuration)
         && (!inner.isValid() || isWhole(Configuration::fromVariant(inner)));
 }
 
+Configuration make(const QMap<QString, QVariant> &entries)
+{
+    return Configuration(new ConfigurationPrivate(entries));
+}
+
 Configuration nest(int levels)
 {
-    Configuration configuration;
-    configuration.set(QStringLiteral("level"), levels);
+    Configuration configuration = make({{"level", levels}});
     if (levels > 1)
-        configuration.set(QLatin1String(innerKey), QVariant::fromValue(nest(levels - 1)));
+        configuration.set(innerKey, QVariant::fromValue(nest(levels - 1)));
     return configuration;
 }
 
+// The last two are for rare use: a huge one, and one that is nested too deep for D-Bus.
 std::vector<Configuration> makeConfigurations()
 {
-    constexpr int tooDeep = 22;
-    constexpr int hugeSize = 100 * 1024;
-    Configuration plain;
-    plain.set(QStringLiteral("volume"), 7);
-    plain.set(QStringLiteral("muted"), true);
-    plain.set(QStringLiteral("theme"), QStringLiteral("dark"));
-    Configuration lists;
-    lists.set(QStringLiteral("numbers"), QVariant::fromValue(QList<int> {1, 2, 3}));
-    lists.set(QStringLiteral("switches"), QVariant::fromValue(QList<bool> {true, false}));
-    lists.set(QStringLiteral("names"), QStringList {QStringLiteral("a"), QStringLiteral("b")});
-    lists.set(QStringLiteral("texts"), QVariant::fromValue(QList<QString> {QString()}));
-    Configuration huge;
-    huge.set(QStringLiteral("text"), QString(hugeSize, QLatin1Char('x')));
-
-    std::vector<Configuration> configurations;
-    for (int copies = 0; copies < 25; ++copies)
-        configurations.insert(configurations.end(), {plain, lists, nest(3), Configuration()});
-    configurations.insert(configurations.end(), {huge, nest(tooDeep)});
-    return configurations;
+    return {make({{"volume", 7}, {"muted", true}, {"theme", "dark"}}),
+            make({{"numbers", QVariant::fromValue(QList<int> {1, 2, 3})},
+                  {"switches", QVariant::fromValue(QList<bool> {true, false})},
+                  {"names", QStringList {"a", "b"}},
+                  {"texts", QVariant::fromValue(QList<QString> {QString()})}}),
+            nest(3),
+            make({}),
+            make({{"text", QString(100 * 1024, 'x')}}),
+            nest(22)};
 }
 
 } // namespace
 
-Load::Load(Supervisor &supervisor, unsigned int seed, int capacity)
-    : m_supervisor(supervisor),
-      m_engine(seed),
-      m_configurations(makeConfigurations()),
-      m_states(static_cast<std::size_t>(capacity), State::Open)
+Load::Load(MisbehavingService &service, quint32 seed, Tally &tally)
+    : m_service(service), m_random(seed), m_tally(tally), m_configurations(makeConfigurations())
 {
-    m_states.clear();
     QCoreApplication::setOrganizationName(QStringLiteral("acme"));
 }
 
-bool Load::run(int requests, int notifications)
+bool Load::run(int requests)
 {
-    m_firstRequest = static_cast<int>(m_states.size());
-    m_firstNotification = m_counts.notifications;
-    m_wantedRequests = requests;
-    m_endOfLife = 0;
-    m_wantedNotifications = notifications;
-    m_isAtFence = false;
-    m_isServiceKnown = false;
-    m_isRunning = true;
+    m_left = requests;
+    m_leftAtAnnouncement = requests - announcementPeriod;
+    m_isLastFenceSent = false;
     addClient(false);
     addClient(true);
-    if (m_supervisor.isUp())
-        beReady();
-    else
-        m_supervisor.start([this] { beReady(); });
-    return m_loop.exec() == 0;
+    startService();
+    proceed();
+
+    QTimer stallTimer;
+    stallTimer.callOnTimeout([this, before = -1]() mutable {
+        if (std::exchange(before, m_answers) == m_answers)
+            fail(QStringLiteral("%1 requests are unanswered").arg(m_openRequests.size()));
+    });
+    stallTimer.start(stallTimeoutMs);
+    m_loop.exec();
+    m_service.stop();
+    return !m_hasFailed;
 }
 
-void Load::dismissAll()
+void Load::destroyManagers()
 {
     while (!m_clients.empty())
-        dismiss(m_clients.size() - 1);
+        destroyClient(m_clients.size() - 1);
 }
 
-void Load::giveUp()
+int Load::receivedAnnouncements() const
 {
-    addFault(QStringLiteral("the time is up, with %1 requests unanswered and %2 announcements "
-                            "missing, after %3 requests and %4 notifications")
-                 .arg(m_open)
-                 .arg(m_owed)
-                 .arg(m_states.size())
-                 .arg(m_counts.notifications));
-    m_isRunning = false;
-    m_loop.exit(1);
-}
-
-int Load::keptNotifications() const
-{
-    int kept = 0;
+    int received = 0;
     for (const auto &client : m_clients)
-        kept += client->announced;
-    return kept;
-}
-
-const Counts &Load::counts() const
-{
-    return m_counts;
-}
-
-const QStringList &Load::faults() const
-{
-    return m_faults;
-}
-
-void Load::beReady()
-{
-    // The answer tells that the bus layer knows of the new owner of the name, without which it
-    // passes no announcement on.
-    letAnnounce(false, 0);
-    goOn();
+        received += client->receivedAnnouncements;
+    return received;
 }
 
 void Load::addClient(bool isImpatient)
 {
     auto client = std::make_unique<Client>();
+    // The manager of an impatient client has a path of its own, at which nothing happens.
     QCoreApplication::setApplicationName(isImpatient ? QStringLiteral("bystander")
                                                      : QStringLiteral("patient"));
     client->manager = std::make_unique<ConfigurationManager>();
     if (isImpatient) {
         QCoreApplication::setApplicationName(QStringLiteral("impatient"));
         client->impatient = std::make_unique<ConfigurationManagerPrivate>(client->manager.get());
-        client->impatient->setTimeout(patienceMs);
+        client->impatient->setTimeout(shortTimeoutMs);
     }
     QObject::connect(client->manager.get(), &ConfigurationManager::configurationChanged,
                      client->manager.get(),
@@ -171,205 +136,144 @@ void Load::addClient(bool isImpatient)
                          receive(*client, configuration);
                      });
     m_clients.push_back(std::move(client));
-    ++m_counts.managers;
 }
 
-void Load::dismiss(std::size_t index)
+void Load::destroyClient(std::size_t index)
 {
-    const Client &client = *m_clients.at(index);
-    for (const int id : client.open)
-        m_states.at(static_cast<std::size_t>(id)) = State::Abandoned;
-    m_open -= client.open.size();
-    m_counts.abandonedRequests += client.open.size();
-    const int missing = client.expected - client.announced;
-    m_owed -= missing;
-    m_counts.abandonedAnnouncements += missing;
+    const Client *const client = m_clients.at(index).get();
+    for (auto request = m_openRequests.begin(); request != m_openRequests.end();) {
+        const bool isAbandoned = request.value() == client;
+        m_tally[QStringLiteral("abandoned requests")] += isAbandoned ? 1 : 0;
+        request = isAbandoned ? m_openRequests.erase(request) : std::next(request);
+    }
+    const int missing = client->expectedAnnouncements - client->receivedAnnouncements;
+    m_missingAnnouncements -= missing;
+    m_tally[QStringLiteral("abandoned announcements")] += missing;
     m_clients.erase(m_clients.begin() + static_cast<std::ptrdiff_t>(index));
 }
 
 Load::Client &Load::pickClient()
 {
-    const bool isImpatient = below(impatientPeriod) == 0;
+    const bool isImpatient = m_random.bounded(impatientPeriod) == 0;
     for (;;) {
-        Client &client = *m_clients.at(below(static_cast<unsigned int>(m_clients.size())));
+        Client &client = *m_clients.at(m_random.bounded(static_cast<quint32>(m_clients.size())));
         if (isImpatient == static_cast<bool>(client.impatient))
             return client;
     }
 }
 
-void Load::goOn()
+void Load::proceed()
 {
-    while (m_isRunning && step()) { }
-    if (m_isRunning && !m_isAtFence && isDrained()) {
-        m_isAtFence = true;
-        letAnnounce(false, 0);
-    }
+    while (m_openRequests.size() + m_missingAnnouncements < callsMost && step()) { }
 }
 
+// False if there is nothing to do before the next answer.
 bool Load::step()
 {
-    const bool isUp = m_supervisor.isUp();
-    if (callsUnderWay() >= callsMost || (!isUp && m_askedWhileDown >= callsWhileDownMost))
+    int &left = m_service.isRunning() ? m_left : m_leftWithoutService;
+    if (left <= 0) {
+        if (m_openRequests.isEmpty() && m_missingAnnouncements == 0)
+            endPhase();
         return false;
-    if (isUp && m_isServiceKnown && !m_isOrderUnderWay && giveOrder())
+    }
+    if (m_service.isRunning() && !m_isFenceUnderWay && m_left <= m_leftAtStop) {
+        m_service.stop();
+        m_leftWithoutService = requestsWithoutService;
         return true;
-    if (isAsked())
-        return false;
-
-    m_askedWhileDown += isUp ? 0 : 1;
-    if (below(overrunPeriod) == 0)
-        overrun();
-    else if (below(clientPeriod) == 0)
-        changeClients();
-    ask();
+    }
+    if (m_service.isRunning() && !m_isFenceUnderWay && m_left <= m_leftAtAnnouncement)
+        announce();
+    if (m_random.bounded(clientPeriod) == 0)
+        addOrDestroyClient();
+    const int calls = m_random.bounded(overrunPeriod) == 0 ? overrunCalls : 1;
+    for (int call = 0; call < calls; ++call)
+        request();
+    left -= calls;
     return true;
 }
 
-bool Load::giveOrder()
+void Load::endPhase()
 {
-    if (!isAsked() && requestsMade() >= m_endOfLife) {
-        endService();
-        return true;
+    if (!m_service.isRunning()) {
+        startService();
+    } else if (!m_isLastFenceSent) {
+        // Whatever comes once too often comes before the answer to this.
+        m_isLastFenceSent = true;
+        sendFence();
+    } else {
+        m_loop.quit();
     }
-    // Announcements leave room for what cannot be done while one is under way.
-    if (isAnnouncementDue() && (isAsked() || below(announcementPeriod) == 0)) {
-        const bool isImpatient = below(impatientPeriod) == 0;
-        letAnnounce(isImpatient, static_cast<int>(1 + below(isImpatient ? 3 : 20)));
-        return true;
-    }
-    return false;
 }
 
-int Load::requestsMade() const
+void Load::addOrDestroyClient()
 {
-    return static_cast<int>(m_states.size()) - m_firstRequest;
+    const auto visitors = static_cast<quint32>(m_clients.size() - residentClients);
+    if (visitors > 0 && m_random.bounded(2) == 0)
+        destroyClient(residentClients + m_random.bounded(visitors));
+    else if (m_clients.size() < clientsMost && !m_isFenceUnderWay)
+        addClient(m_random.bounded(2) == 0);
 }
 
-bool Load::isAsked() const
+// QtDBus passes announcements on once it knows the new owner of the service's name. The answer to a
+// fence comes later than that.
+void Load::startService()
 {
-    return requestsMade() >= m_wantedRequests;
+    m_leftAtStop = m_left - m_random.bounded(2 * servicePeriod);
+    m_service.start();
+    sendFence();
 }
 
-bool Load::isAnnouncementDue() const
+void Load::announce()
 {
-    const qint64 requests = requestsMade();
-    const qint64 notifications = m_counts.notifications - m_firstNotification;
-    return notifications < m_wantedNotifications
-        && notifications * m_wantedRequests <= requests * m_wantedNotifications;
-}
-
-bool Load::isDrained() const
-{
-    return isAsked() && m_counts.notifications - m_firstNotification >= m_wantedNotifications
-        && callsUnderWay() == 0 && m_isServiceKnown && !m_isOrderUnderWay;
-}
-
-int Load::callsUnderWay() const
-{
-    return m_open + m_owed;
-}
-
-void Load::overrun()
-{
-    for (int call = 0; call < overrunCalls; ++call)
-        ask();
-}
-
-void Load::changeClients()
-{
-    const auto visitors = static_cast<unsigned int>(m_clients.size() - residents);
-    if (visitors > 0 && below(2) == 0)
-        dismiss(residents + below(visitors));
-    else if (m_clients.size() < clientsMost && !m_isOrderUnderWay)
-        addClient(below(2) == 0);
-}
-
-void Load::endService()
-{
-    m_isServiceKnown = false;
-    m_askedWhileDown = 0;
-    m_endOfLife = requestsMade() + static_cast<int>(below(lifeMost));
-    if (below(3) == 0)
-        m_supervisor.end();
-    else
-        letDie();
-}
-
-void Load::letDie()
-{
-    m_supervisor.expectDeath();
-    Configuration order;
-    order.set(QLatin1String(orderKey), QLatin1String(dieOrder));
-    change(*m_clients.front(), order, [this](const Error &error) {
-        if (isRefusedByBus(error))
-            m_supervisor.end();
-    });
-}
-
-void Load::letAnnounce(bool isImpatient, int count)
-{
-    m_isOrderUnderWay = true;
-    expectAnnouncements(isImpatient, count);
-    Configuration order;
-    order.set(QLatin1String(orderKey), QLatin1String(announceOrder));
-    order.set(QLatin1String(countKey), count);
-    order.set(QLatin1String(pathKey), QLatin1String(isImpatient ? impatientPath : patientPath));
-    change(*m_clients.front(), order, [this, isImpatient, count](const Error &error) {
-        finishOrder(isImpatient, count, error);
-    });
-}
-
-void Load::expectAnnouncements(bool isImpatient, int count)
-{
-    m_counts.notifications += count;
+    m_leftAtAnnouncement = m_left - announcementPeriod;
+    const bool isImpatient = m_random.bounded(impatientPeriod) == 0;
+    const int count = m_random.bounded(1, isImpatient ? 4 : 21);
     for (const auto &client : m_clients) {
         if (isImpatient == static_cast<bool>(client->impatient)) {
-            client->expected += count;
-            m_owed += count;
+            client->expectedAnnouncements += count;
+            m_missingAnnouncements += count;
         }
     }
+    m_service.announceAtNextFence(isImpatient ? impatientPath : patientPath, count);
+    sendFence();
 }
 
-void Load::finishOrder(bool isImpatient, int count, const Error &error)
+void Load::sendFence()
 {
-    m_isOrderUnderWay = false;
-    if (!error) {
-        m_isServiceKnown = true;
-        if (m_isAtFence) {
-            m_isRunning = false;
-            m_loop.exit(0);
-        }
-        return;
-    }
-    if (!isRefusedByBus(error))
-        addFault(QStringLiteral("an order failed: %1").arg(error.message()));
-    expectAnnouncements(isImpatient, -count);
-    if (!m_isServiceKnown || m_isAtFence)
-        letAnnounce(false, 0);
+    m_isFenceUnderWay = true;
+    Configuration fence;
+    fence.set(QLatin1String(fenceKey), true);
+    change(*m_clients.front(), fence, [this](const Error &error) {
+        m_isFenceUnderWay = false;
+        if (error.message().contains(QLatin1String(internalErrors[0])))
+            sendFence();
+        else if (error)
+            fail(QStringLiteral("a fence failed: %1").arg(error.message()));
+    });
 }
 
-void Load::ask()
+void Load::request()
 {
+    constexpr int rarePeriod = 50;
     Client &client = pickClient();
-    if (below(2) == 0) {
+    if (m_random.bounded(2) == 0) {
         read(client);
         return;
     }
-    const auto index = below(static_cast<unsigned int>(m_configurations.size()));
+    const bool isRare = m_random.bounded(rarePeriod) == 0;
+    const auto index = static_cast<std::size_t>(isRare ? m_random.bounded(4, 6)
+                                                       : m_random.bounded(4));
     change(client, m_configurations.at(index), [](const Error &) {});
 }
 
 void Load::read(Client &client)
 {
-    ++m_counts.reads;
-    const int id = open(client);
-    const auto callback = [this, &client, id](const Configuration &configuration,
-                                              const Error &error) {
-        checkContent(configuration);
-        if (error && !configuration.isEmpty())
-            addFault(QStringLiteral("an error came with a configuration"));
-        close(client, id, error);
-        goOn();
+    const auto callback = [this, id = open(client)](const Configuration &configuration,
+                                                    const Error &error) {
+        if (!isWhole(configuration) || (error && !configuration.isEmpty()))
+            fail(QStringLiteral("a configuration came in part, or with an error"));
+        close(id, error);
+        proceed();
     };
     if (client.impatient)
         client.impatient->getConfiguration(callback);
@@ -380,12 +284,10 @@ void Load::read(Client &client)
 void Load::change(Client &client, const Configuration &configuration,
                   const std::function<void(const Error &)> &answered)
 {
-    ++m_counts.changes;
-    const int id = open(client);
-    const auto callback = [this, &client, id, answered](const Error &error) {
-        close(client, id, error);
+    const auto callback = [this, id = open(client), answered](const Error &error) {
+        close(id, error);
         answered(error);
-        goOn();
+        proceed();
     };
     if (client.impatient)
         client.impatient->changeConfiguration(configuration, callback);
@@ -395,60 +297,34 @@ void Load::change(Client &client, const Configuration &configuration,
 
 int Load::open(Client &client)
 {
-    const int id = static_cast<int>(m_states.size());
-    m_states.push_back(State::Open);
-    client.open.insert(id);
-    ++m_open;
-    return id;
+    m_openRequests.insert(++m_lastRequest, &client);
+    return m_lastRequest;
 }
 
-void Load::close(Client &client, int id, const Error &error)
+void Load::close(int id, const Error &error)
 {
-    State &state = m_states.at(static_cast<std::size_t>(id));
-    if (state != State::Open) {
-        addFault(QStringLiteral("request %1 was answered %2")
-                     .arg(id)
-                     .arg(state == State::Answered ? QStringLiteral("twice")
-                                                   : QStringLiteral("without a manager")));
-        return;
-    }
-    state = State::Answered;
-    client.open.remove(id);
-    --m_open;
-    ++m_counts.answers;
-    ++m_counts.codes[error.code()];
-    if (error.code() == Error::Internal)
-        ++m_counts.internalErrors[error.message()];
+    if (m_openRequests.remove(id) == 0)
+        fail(QStringLiteral("an answer came twice, or after its manager was destroyed"));
+    ++m_answers;
+    ++m_tally[QStringLiteral("answers with code %1").arg(error.code())];
+    for (const char *part : internalErrors)
+        m_tally[QLatin1String(part)] += error.message().contains(QLatin1String(part)) ? 1 : 0;
 }
 
 void Load::receive(Client &client, const Configuration &configuration)
 {
-    ++client.announced;
-    --m_owed;
-    ++m_counts.announcements;
-    if (client.announced > client.expected)
-        addFault(QStringLiteral("a manager announced %1 changes of %2")
-                     .arg(client.announced)
-                     .arg(client.expected));
-    checkContent(configuration);
-    goOn();
+    ++m_answers;
+    --m_missingAnnouncements;
+    if (++client.receivedAnnouncements > client.expectedAnnouncements || !isWhole(configuration))
+        fail(QStringLiteral("a change was announced twice, or with a part of the configuration"));
+    proceed();
 }
 
-void Load::checkContent(const Configuration &configuration)
+void Load::fail(const QString &what)
 {
-    if (!isWhole(configuration))
-        addFault(QStringLiteral("a configuration came without some of its entries"));
-}
-
-void Load::addFault(const QString &fault)
-{
-    if (m_faults.size() < faultsMost)
-        m_faults.append(fault);
-}
-
-unsigned int Load::below(unsigned int limit)
-{
-    return static_cast<unsigned int>(m_engine() % limit);
+    std::fprintf(stderr, "FAULT: %s\n", qUtf8Printable(what));
+    m_hasFailed = true;
+    m_loop.quit();
 }
 
 } // namespace Tarnvel::Soak

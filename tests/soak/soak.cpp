@@ -1,257 +1,119 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "footprint.h"
+#include "endpoint.h"
 #include "load.h"
-#include "supervisor.h"
+#include "misbehaving_service.h"
+#include "private_bus.h"
 
-#include <QtCore/QCommandLineParser>
 #include <QtCore/QCoreApplication>
-#include <QtCore/QElapsedTimer>
-#include <QtCore/QTimer>
+#include <QtCore/QDir>
+#include <QtCore/QLoggingCategory>
+#include <Tarnvel/ManagedConfiguration/error.h>
 
 #include <algorithm>
 #include <cstdio>
+#include <fstream>
+#include <malloc.h>
 #include <unistd.h>
 
-using namespace Tarnvel::Application::ManagedConfiguration;
 using namespace Tarnvel::Soak;
+using Tarnvel::Application::ManagedConfiguration::Error;
 
 namespace {
 
+// Fewer requests do not meet all requiredEvents().
 constexpr int fewestRequests = 10000;
-constexpr int fewestWarmUpRequests = 3000;
-constexpr int fewestWarmUpNotifications = 500;
 
-int loggedMessages = 0;
+// How many bytes the process may grow by after the warm-up: on the heap and in physical memory,
+// plus so many for each announcement that a living manager has received.
+constexpr qint64 heapBudget = 1 << 20;
+constexpr qint64 residentBudget = 1 << 22;
+constexpr qint64 announcementBudget = 1023;
 
-struct Options
+/*! \brief What this process occupies. */
+struct Footprint
 {
-    int requests;
-    int notifications;
-    unsigned int seed;
-
-    int warmUpRequests() const
-    {
-        return std::max(requests / 10, fewestWarmUpRequests);
-    }
-
-    int warmUpNotifications() const
-    {
-        return std::max(notifications / 10, fewestWarmUpNotifications);
-    }
-
-    // Some ten times as long as it takes on an idle machine.
-    int deadlineSeconds() const
-    {
-        return 100 + (requests + notifications) / 500;
-    }
+    qint64 heap;
+    qint64 resident;
+    int files;
+    int threads;
 };
 
-struct Result
+int countEntries(const char *directory)
 {
-    bool isComplete = false;
-    Footprint warm {};
-    Footprint full {};
-    Footprint end {};
-    int kept = 0;
-    QStringList faults;
-};
-
-// Warnings of arrays that do not fit are part of the load. Printed, they would be most of it.
-void countMessage(QtMsgType type, const QMessageLogContext &, const QString &text)
-{
-    if (type == QtFatalMsg)
-        std::fprintf(stderr, "%s\n", qUtf8Printable(text));
-    else
-        ++loggedMessages;
+    return QDir(QLatin1String(directory)).entryList(QDir::AllEntries | QDir::System).size();
 }
 
-Options parseOptions()
+Footprint takeFootprint(const char *when)
 {
-    const QCommandLineOption requests(QStringLiteral("requests"), QString(),
-                                      QStringLiteral("number"), QStringLiteral("20000"));
-    const QCommandLineOption notifications(QStringLiteral("notifications"), QString(),
-                                           QStringLiteral("number"), QStringLiteral("2000"));
-    const QCommandLineOption seed(QStringLiteral("seed"), QString(), QStringLiteral("number"),
-                                  QStringLiteral("1"));
-    QCommandLineParser parser;
-    parser.addOptions({requests, notifications, seed});
-    parser.process(QCoreApplication::arguments());
-    const Options options {parser.value(requests).toInt(), parser.value(notifications).toInt(),
-                           parser.value(seed).toUInt()};
-    if (options.requests < fewestRequests || options.notifications < 1)
-        qFatal("fewer than %d requests do not meet all that can happen, and no notifications are "
-               "no soak",
-               fewestRequests);
-    return options;
-}
-
-// Two runs of the load, so that the first one has filled all caches and pools. The managers are
-// gone whenever the footprints that must be equal are taken.
-Result soak(const Options &options, Load &load)
-{
-    Result result;
-    if (!load.run(options.warmUpRequests(), options.warmUpNotifications()))
-        return result;
-    load.dismissAll();
     QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    result.warm = takeFootprint();
-
-    if (!load.run(options.requests, options.notifications))
-        return result;
-    QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
-    result.full = takeFootprint();
-    result.kept = load.keptNotifications();
-    load.dismissAll();
-    result.end = takeFootprint();
-    result.isComplete = true;
-    return result;
+    malloc_trim(0);
+    const struct mallinfo2 info = mallinfo2();
+    qint64 totalPages = 0;
+    qint64 residentPages = 0;
+    std::ifstream("/proc/self/statm") >> totalPages >> residentPages;
+    const Footprint footprint {static_cast<qint64>(info.uordblks + info.hblkhd),
+                               residentPages * sysconf(_SC_PAGESIZE), countEntries("/proc/self/fd"),
+                               countEntries("/proc/self/task")};
+    std::printf("%s: heap %lld, resident %lld, files %d, threads %d\n", when, footprint.heap,
+                footprint.resident, footprint.files, footprint.threads);
+    return footprint;
 }
 
-void require(bool isMet, const QString &fault, QStringList &faults)
+bool require(bool isMet, const QString &fault)
 {
     if (!isMet)
-        faults.append(fault);
+        std::fprintf(stderr, "FAULT: %s\n", qUtf8Printable(fault));
+    return isMet;
 }
 
-void checkGrowth(const char *what, qint64 grown, qint64 allowed, QStringList &faults)
+bool checkMemory(const Footprint &before, const Footprint &after, int announcements)
 {
-    require(grown <= allowed,
-            QStringLiteral("%1 has grown by %2 bytes, %3 are allowed")
-                .arg(QLatin1String(what))
-                .arg(grown)
-                .arg(allowed),
-            faults);
+    if (!SOAK_MEASURES_MEMORY)
+        return true;
+    const qint64 heap = after.heap - before.heap;
+    const qint64 resident = after.resident - before.resident;
+    const qint64 kept = announcements * announcementBudget;
+    return require(heap <= heapBudget + kept && resident <= residentBudget + kept,
+                   QStringLiteral("the heap grew by %1, the physical memory by %2, with %3 "
+                                  "announcements kept")
+                       .arg(heap)
+                       .arg(resident)
+                       .arg(announcements));
 }
 
-void checkMemory(const Result &result, const Budget &budget, QStringList &faults)
+// Without any of these, the soak has not tested what it is for.
+Tally requiredEvents()
 {
-    const qint64 kept = result.kept * budget.notification;
-    checkGrowth("with the managers, the heap", result.full.heap - result.warm.heap,
-                budget.heap + kept, faults);
-    checkGrowth("with the managers, the resident memory",
-                result.full.resident - result.warm.resident, budget.resident + kept, faults);
-    checkGrowth("without the managers, the heap", result.end.heap - result.warm.heap, budget.heap,
-                faults);
-    checkGrowth("without the managers, the resident memory",
-                result.end.resident - result.warm.resident, budget.resident, faults);
-}
-
-void checkFootprint(const Result &result, const Budget &budget, QStringList &faults)
-{
-    if (SOAK_MEASURES_MEMORY)
-        checkMemory(result, budget, faults);
-    require(result.end.files == result.warm.files,
-            QStringLiteral("%1 files are open, there were %2")
-                .arg(result.end.files)
-                .arg(result.warm.files),
-            faults);
-    require(result.end.threads == result.warm.threads,
-            QStringLiteral("%1 threads run, there were %2")
-                .arg(result.end.threads)
-                .arg(result.warm.threads),
-            faults);
-}
-
-void checkCounts(const Counts &counts, QStringList &faults)
-{
-    const int requests = counts.reads + counts.changes;
-    require(counts.answers + counts.abandonedRequests == requests,
-            QStringLiteral("of %1 requests, %2 were answered and %3 abandoned")
-                .arg(requests)
-                .arg(counts.answers)
-                .arg(counts.abandonedRequests),
-            faults);
-}
-
-int countWith(const QMap<QString, int> &messages, const char *part)
-{
-    int count = 0;
-    for (auto entry = messages.begin(); entry != messages.end(); ++entry)
-        count += entry.key().contains(QLatin1String(part)) ? entry.value() : 0;
-    return count;
-}
-
-// A soak that has not met what it is for has shown nothing.
-void checkVariety(const Options &options, const Counts &counts, const Supervisor &supervisor,
-                  QStringList &faults)
-{
-    const int many = options.requests / 100;
-    const QMap<QString, qint64> &tally = supervisor.tally();
-    for (const char *manner : {"late", "unanswered", "twice", "other signature",
-                               "further arguments", "other error", "refused"})
-        require(tally.value(QLatin1String(manner)) >= many,
-                QStringLiteral("too few calls were dealt with so: %1").arg(QLatin1String(manner)),
-                faults);
+    Tally tally;
+    for (const char *event :
+         {"error replies", "replies of another type", "replies with further arguments",
+          "double replies", "late replies", "calls without a reply", "abandoned requests",
+          "abandoned announcements"})
+        tally.insert(event, 0);
     for (int code = Error::NoError; code <= Error::UnsupportedType; ++code)
-        require(counts.codes.value(static_cast<Error::Code>(code)) > 0,
-                QStringLiteral("no request ended in error %1").arg(code), faults);
-    for (const char *part : {"pending replies", "nested too deep", "disconnected",
-                             "Did not receive", "was not provided"})
-        require(countWith(counts.internalErrors, part) > 0,
-                QStringLiteral("no request ended so: %1").arg(QLatin1String(part)), faults);
-    require(counts.abandonedRequests > 0,
-            QStringLiteral("no manager was destroyed with calls under way"), faults);
-    require(counts.abandonedAnnouncements > 0,
-            QStringLiteral("no manager was destroyed with re-reads under way"), faults);
-    require(supervisor.deaths() > 0 && supervisor.goodEnds() > 1,
-            QStringLiteral("the service was not restarted in both ways"), faults);
+        tally.insert(QStringLiteral("answers with code %1").arg(code), 0);
+    return tally;
 }
 
-void print(const char *name, const QString &text)
+bool soak(Load &load, int requests)
 {
-    std::printf("%-22s %s\n", name, qUtf8Printable(text));
-}
-
-void printCounts(const Counts &counts, const Supervisor &supervisor)
-{
-    print("requests",
-          QStringLiteral("%1 reads, %2 changes; %3 answered, %4 abandoned")
-              .arg(counts.reads)
-              .arg(counts.changes)
-              .arg(counts.answers)
-              .arg(counts.abandonedRequests));
-    print("notifications",
-          QStringLiteral("%1; announced %2 times, %3 abandoned")
-              .arg(counts.notifications)
-              .arg(counts.announcements)
-              .arg(counts.abandonedAnnouncements));
-    print("managers", QString::number(counts.managers));
-    print("service",
-          QStringLiteral("%1 deaths, %2 ends in good order")
-              .arg(supervisor.deaths())
-              .arg(supervisor.goodEnds()));
-    print("messages logged", QString::number(loggedMessages));
-    for (auto entry = supervisor.tally().begin(); entry != supervisor.tally().end(); ++entry)
-        print("  dealt with", QStringLiteral("%1  %2").arg(entry.value(), 9).arg(entry.key()));
-    for (auto entry = counts.codes.begin(); entry != counts.codes.end(); ++entry)
-        print("  ended in", QStringLiteral("%1  code %2").arg(entry.value(), 9).arg(entry.key()));
-    for (auto entry = counts.internalErrors.begin(); entry != counts.internalErrors.end(); ++entry)
-        print("  internal error",
-              QStringLiteral("%1  %2").arg(entry.value(), 9).arg(entry.key().left(90)));
-}
-
-void printFootprint(const char *name, const Footprint &footprint)
-{
-    print(name,
-          QStringLiteral("heap %1, resident %2, files %3, threads %4")
-              .arg(footprint.heap)
-              .arg(footprint.resident)
-              .arg(footprint.files)
-              .arg(footprint.threads));
-}
-
-void printFootprints(const Result &result)
-{
-    printFootprint("after the warm-up", result.warm);
-    printFootprint("with the managers", result.full);
-    printFootprint("without the managers", result.end);
-    if (result.kept > 0)
-        print("notifications kept",
-              QStringLiteral("%1, %2 bytes each")
-                  .arg(result.kept)
-                  .arg((result.full.heap - result.end.heap) / result.kept));
+    // The warm-up fills caches and pools.
+    if (!load.run(std::max(requests / 10, fewestRequests / 2)))
+        return false;
+    load.destroyManagers();
+    const Footprint before = takeFootprint("after the warm-up");
+    if (!load.run(requests))
+        return false;
+    const int announcements = load.receivedAnnouncements();
+    bool isKept = checkMemory(before, takeFootprint("with managers"), announcements);
+    load.destroyManagers();
+    const Footprint after = takeFootprint("without managers");
+    isKept &= checkMemory(before, after, 0);
+    isKept &= require(after.files <= before.files && after.threads <= before.threads,
+                      QStringLiteral("files stay open, or threads running"));
+    return isKept;
 }
 
 } // namespace
@@ -259,36 +121,25 @@ void printFootprints(const Result &result)
 int main(int argc, char *argv[])
 {
     QCoreApplication application(argc, argv);
-    const Options options = parseOptions();
-    const Budget budget = readBudget(QStringLiteral(SOAK_BUDGET));
-    qInstallMessageHandler(countMessage);
-    // For an event loop that no longer turns.
-    alarm(static_cast<unsigned int>(2 * options.deadlineSeconds()));
+    const QStringList arguments = QCoreApplication::arguments();
+    const int requests = arguments.value(1, QStringLiteral("20000")).toInt();
+    const uint seed = arguments.value(2, QStringLiteral("1")).toUInt();
+    if (requests < fewestRequests)
+        qFatal("usage: soak [REQUESTS [SEED]], with at least %d requests", fewestRequests);
 
-    const QString address = qEnvironmentVariable("DBUS_SYSTEM_BUS_ADDRESS");
-    if (address.isEmpty())
-        qFatal("run this through soak_bus, on a bus of its own");
-    print("seed", QString::number(options.seed));
-    QElapsedTimer clock;
-    clock.start();
-    Supervisor supervisor(address, options.seed);
-    Load load(supervisor, options.seed,
-              2 * (options.requests + options.warmUpRequests() + options.notifications));
-    QTimer::singleShot(options.deadlineSeconds() * 1000, &application, [&load] { load.giveUp(); });
-    Result result = soak(options, load);
-    result.faults += load.faults();
-
-    if (result.isComplete) {
-        supervisor.stop();
-        checkCounts(load.counts(), result.faults);
-        checkVariety(options, load.counts(), supervisor, result.faults);
-        checkFootprint(result, budget, result.faults);
+    // Warnings of arrays of other types are part of the load.
+    QLoggingCategory::setFilterRules(QStringLiteral("default.warning=false"));
+    Tarnvel::Testing::PrivateBus bus;
+    if (const QString error = bus.start(); !error.isNull())
+        qFatal("%s", qUtf8Printable(error));
+    qputenv(Tarnvel::DBus::busAddressVariable, bus.address().toUtf8());
+    Tally tally = requiredEvents();
+    MisbehavingService service(bus.address(), seed, tally);
+    Load load(service, seed, tally);
+    bool isSound = soak(load, requests);
+    for (auto event = tally.cbegin(); event != tally.cend(); ++event) {
+        std::printf("%9d %s\n", event.value(), qUtf8Printable(event.key()));
+        isSound = isSound && require(event.value() > 0, event.key() + QLatin1String(": none"));
     }
-    printCounts(load.counts(), supervisor);
-    if (result.isComplete)
-        printFootprints(result);
-    print("seconds", QString::number(clock.elapsed() / 1000));
-    for (const QString &fault : qAsConst(result.faults))
-        print("FAULT", fault);
-    return result.faults.isEmpty() ? 0 : 1;
+    return isSound ? 0 : 1;
 }

@@ -49,8 +49,8 @@ public:
         QCoreApplication::setOrganizationName(QStringLiteral("acme.labs"));
         QCoreApplication::setApplicationName(QStringLiteral("viewer"));
         qputenv("DBUS_SYSTEM_BUS_ADDRESS", bus.address().toUtf8());
-        if (!bus.start())
-            qFatal("%s", qUtf8Printable(bus.errorString()));
+        if (const QString error = bus.start(); !error.isNull())
+            qFatal("%s", qUtf8Printable(error));
         if (!service.start())
             qFatal("the service did not start");
     }

@@ -53,10 +53,10 @@ public:
     /*! \brief Appears on the bus. */
     bool start()
     {
-        const bool isOpen = m_service->open(m_address);
-        if (!isOpen)
-            qWarning("%s", qUtf8Printable(m_service->errorString()));
-        return isOpen;
+        const QString error = m_service->open(m_address);
+        if (!error.isNull())
+            qWarning("%s", qUtf8Printable(error));
+        return error.isNull();
     }
 
     /*! \brief Drops off the bus, with calls unanswered if there are any. */

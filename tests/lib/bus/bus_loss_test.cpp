@@ -68,7 +68,7 @@ void BusLossTest::laterRequestsFailFromTheEventLoop()
 
 void BusLossTest::aBusThatComesBackIsNotRejoined()
 {
-    QVERIFY2(m_fixture.bus.start(), qPrintable(m_fixture.bus.errorString()));
+    QCOMPARE(m_fixture.bus.start(), QString());
     m_fixture.service.reset();
     QVERIFY(m_fixture.service.start());
     QCOMPARE(awaitRead(m_manager), notConnected);

@@ -60,7 +60,7 @@ private:
 void ServiceInSameProcessTest::initTestCase()
 {
     qputenv("DBUS_SYSTEM_BUS_ADDRESS", m_bus.address().toUtf8());
-    QVERIFY2(m_bus.start(), qPrintable(m_bus.errorString()));
+    QCOMPARE(m_bus.start(), QString());
     QCoreApplication::setOrganizationName("acme");
     QCoreApplication::setApplicationName("own");
     QDBusConnection bus = QDBusConnection::systemBus();

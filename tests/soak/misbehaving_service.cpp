@@ -1,0 +1,177 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "misbehaving_service.h"
+
+#include "endpoint.h"
+
+#include <QtCore/QTimer>
+
+#include <utility>
+
+namespace Tarnvel::Soak {
+
+using Testing::MethodCall;
+
+namespace {
+
+// The bus counts an unanswered call as outstanding until the service leaves, and allows a
+// connection 128 of them.
+constexpr int unansweredMost = 30;
+
+std::shared_ptr<GVariant> share(GVariant *value)
+{
+    return {g_variant_ref_sink(value), g_variant_unref};
+}
+
+GVariant *nest(int levels)
+{
+    GVariant *configuration = g_variant_new_parsed("@a{sv} {}");
+    for (int level = 0; level < levels; ++level)
+        configuration = g_variant_new_parsed("{'inner': <%@a{sv}>, 'entries': <2>}", configuration);
+    return configuration;
+}
+
+GVariant *makeHuge()
+{
+    constexpr int entries = 2000;
+    QByteArray text = "{'entries': <" + QByteArray::number(entries + 1) + '>';
+    for (int entry = 0; entry < entries; ++entry)
+        text += ", '" + QByteArray::number(entry)
+            + "': <'some fifty bytes, together with the key'>";
+    return g_variant_new_parsed((text + '}').constData());
+}
+
+} // namespace
+
+MisbehavingService::MisbehavingService(QString address, quint32 seed, Tally &tally)
+    : m_address(std::move(address)),
+      m_random(seed),
+      m_tally(tally),
+      m_service([this](const MethodCall &call) { receive(call); })
+{
+    for (const char *text :
+         {"{'volume': <7>, 'muted': <true>, 'theme': <'dark'>, 'entries': <4>}",
+          "{'numbers': <[1, 2, 3]>, 'switches': <[true, false]>, 'names': <['a', '', 'c']>,"
+          " 'empty, so left out': <@ai []>, 'entries': <4>}",
+          "{'known': <1>, 'ratio': <0.5>, 'pair': <(1, 'b')>, 'ratios': <[0.5, 1.5]>,"
+          " 'lists': <[[1], [2, 3]]>, 'entries': <2>}"})
+        m_configurations.push_back(share(g_variant_new_parsed(text)));
+    for (const int levels : {0, 1, 3, 8})
+        m_configurations.push_back(share(nest(levels)));
+    m_configurations.push_back(share(makeHuge()));
+}
+
+void MisbehavingService::start()
+{
+    m_unanswered = 0;
+    if (const QString error = m_service.open(m_address); !error.isNull())
+        qFatal("%s", qUtf8Printable(error));
+}
+
+void MisbehavingService::stop()
+{
+    m_service.close();
+}
+
+bool MisbehavingService::isRunning() const
+{
+    return m_service.isOpen();
+}
+
+void MisbehavingService::announceAtNextFence(const QString &path, int count)
+{
+    m_announcedPath = path;
+    m_announcements = count;
+}
+
+void MisbehavingService::receive(const MethodCall &call)
+{
+    if (call.method() == QLatin1String(DBus::changeConfigurationMethod)) {
+        g_autoptr(GVariant) configuration = g_variant_get_child_value(call.arguments(), 0);
+        if (g_variant_lookup(configuration, fenceKey, "b", nullptr)) {
+            receiveFence(call);
+            return;
+        }
+    }
+    if (call.path() == QLatin1String(impatientPath))
+        replyToImpatient(call);
+    else
+        replyToPatient(call);
+}
+
+void MisbehavingService::receiveFence(const MethodCall &call)
+{
+    for (; m_announcements > 0; --m_announcements)
+        m_service.announceChange(m_announcedPath);
+    call.reply(g_variant_new_tuple(nullptr, 0));
+}
+
+void MisbehavingService::replyToPatient(const MethodCall &call)
+{
+    static const char *const otherReplies[] = {"()",         "(1,)",          "({'a': 'b'},)",
+                                               "('a', 'b')", "([<1>, <2>],)", "({1: <2>},)"};
+    static const QStringList errors = DBus::errorNames() << QStringLiteral("Unknown");
+    switch (m_random.bounded(25)) {
+    case 0:
+        ++m_tally[QStringLiteral("error replies")];
+        call.replyError(DBus::errorPrefix + errors.at(m_random.bounded(errors.size())), "refused");
+        break;
+    case 1:
+        ++m_tally[QStringLiteral("replies of another type")];
+        call.reply(g_variant_new_parsed(otherReplies[m_random.bounded(6)]));
+        break;
+    case 2:
+        ++m_tally[QStringLiteral("replies with further arguments")];
+        call.reply(g_variant_new("(@a{sv}is)", randomConfiguration(), 1, "more"));
+        break;
+    case 3:
+        ++m_tally[QStringLiteral("double replies")];
+        reply(call);
+        reply(call);
+        break;
+    case 4:
+        replyLate(call, shortTimeoutMs / 5);
+        break;
+    default:
+        reply(call);
+    }
+}
+
+void MisbehavingService::replyToImpatient(const MethodCall &call)
+{
+    const int choice = m_random.bounded(5);
+    if (choice < 2 && m_unanswered < unansweredMost) {
+        ++m_unanswered;
+        ++m_tally[QStringLiteral("calls without a reply")];
+    } else if (choice < 4) {
+        replyLate(call, 2 * shortTimeoutMs);
+    } else {
+        reply(call);
+    }
+}
+
+void MisbehavingService::reply(const MethodCall &call)
+{
+    if (call.method() == QLatin1String(DBus::getConfigurationMethod))
+        call.reply(g_variant_new("(@a{sv})", randomConfiguration()));
+    else
+        call.reply(g_variant_new_tuple(nullptr, 0));
+}
+
+void MisbehavingService::replyLate(const MethodCall &call, int longestDelayMs)
+{
+    ++m_tally[QStringLiteral("late replies")];
+    QTimer::singleShot(m_random.bounded(longestDelayMs), &m_timerContext,
+                       [this, call] { reply(call); });
+}
+
+GVariant *MisbehavingService::randomConfiguration()
+{
+    constexpr int hugePeriod = 200;
+    const int common = static_cast<int>(m_configurations.size()) - 1;
+    const int index = m_random.bounded(hugePeriod) == 0 ? common : m_random.bounded(common);
+    return m_configurations.at(static_cast<std::size_t>(index)).get();
+}
+
+} // namespace Tarnvel::Soak

@@ -1,0 +1,78 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#pragma once
+
+#include "raw_service.h"
+
+#include <QtCore/QMap>
+#include <QtCore/QObject>
+#include <QtCore/QRandomGenerator>
+#include <QtCore/QString>
+
+#include <memory>
+#include <vector>
+
+namespace Tarnvel::Soak {
+
+/*! \brief How often each kind of event has happened, by its name. */
+using Tally = QMap<QString, int>;
+
+/*! \brief The key that marks a change as a fence, which the service always accepts. */
+constexpr char fenceKey[] = "fence";
+/*! \brief The key under which a nonempty dictionary says how many entries a reader keeps of it. */
+constexpr char entriesKey[] = "entries";
+/*! \brief The key of a nested dictionary. */
+constexpr char innerKey[] = "inner";
+
+/*! \brief How long a request with a short timeout waits for its reply. */
+constexpr int shortTimeoutMs = 100;
+/*! \brief The object path of an application with a short timeout. Some of its calls get no reply.
+ */
+constexpr char impatientPath[] = "/acme_2eimpatient";
+/*! \brief The object path of an application whose calls all get a reply. */
+constexpr char patientPath[] = "/acme_2epatient";
+
+/*!
+ * \brief A service that replies rightly, wrongly, late, twice or never, chosen at random.
+ */
+class MisbehavingService
+{
+public:
+    /*! \brief A service for the bus at \a address; \a tally counts what it does wrong. */
+    MisbehavingService(QString address, quint32 seed, Tally &tally);
+
+    /*! \brief Appears on the bus; ends the process on failure. */
+    void start();
+
+    /*! \brief Leaves the bus, with calls unanswered if there are any. */
+    void stop();
+
+    /*! \brief True between start() and stop(). */
+    bool isRunning() const;
+
+    /*! \brief Announces \a count changes at \a path when the next fence arrives, then replies. */
+    void announceAtNextFence(const QString &path, int count);
+
+private:
+    void receive(const Testing::MethodCall &call);
+    void receiveFence(const Testing::MethodCall &call);
+    void replyToPatient(const Testing::MethodCall &call);
+    void replyToImpatient(const Testing::MethodCall &call);
+    void reply(const Testing::MethodCall &call);
+    void replyLate(const Testing::MethodCall &call, int longestDelayMs);
+    GVariant *randomConfiguration();
+
+    QString m_address;
+    QRandomGenerator m_random;
+    Tally &m_tally;
+    std::vector<std::shared_ptr<GVariant>> m_configurations;
+    QString m_announcedPath;
+    int m_announcements = 0;
+    int m_unanswered = 0;
+    Testing::RawService m_service;
+    // Last, so that no timer outlives what it uses.
+    QObject m_timerContext;
+};
+
+} // namespace Tarnvel::Soak
