@@ -12,8 +12,8 @@ namespace Tarnvel::Benchmarks {
 
 Bench::Bench(int &argc, char **argv) : m_application(argc, argv)
 {
-    if (!m_bus.start())
-        qFatal("%s", qUtf8Printable(m_bus.errorString()));
+    if (const QString error = m_bus.start(); !error.isNull())
+        qFatal("%s", qUtf8Printable(error));
     qputenv(DBus::busAddressVariable, m_bus.address().toUtf8());
     m_service.start(QStringLiteral(BENCHMARK_SERVICE), {m_bus.address()});
     while (!m_service.canReadLine()) {

@@ -50,8 +50,10 @@ int main(int argc, char *argv[])
             service.announceChange(call.path());
     });
     const QStringList arguments = QCoreApplication::arguments();
-    if (arguments.size() != 2 || !service.open(arguments.at(1)))
-        qFatal("benchmark_service ADDRESS: %s", qUtf8Printable(service.errorString()));
+    if (arguments.size() != 2)
+        qFatal("usage: benchmark_service ADDRESS");
+    if (const QString error = service.open(arguments.at(1)); !error.isNull())
+        qFatal("%s", qUtf8Printable(error));
     std::puts("ready");
     std::fflush(stdout);
     return QCoreApplication::exec();

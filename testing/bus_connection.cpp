@@ -4,8 +4,7 @@
 #include "bus_connection.h"
 
 #include <chrono>
-#include <condition_variable>
-#include <mutex>
+#include <future>
 #include <thread>
 
 namespace Tarnvel::Testing {
@@ -16,15 +15,18 @@ namespace {
 class Deadline
 {
 public:
-    Deadline() : m_cancellable(g_cancellable_new()), m_thread([this] { wait(); }) { }
+    explicit Deadline(int timeoutMs)
+        : m_cancellable(g_cancellable_new()), m_thread([this, timeoutMs] {
+              const std::chrono::milliseconds timeout(timeoutMs);
+              if (m_isMet.get_future().wait_for(timeout) == std::future_status::timeout)
+                  g_cancellable_cancel(m_cancellable);
+          })
+    {
+    }
 
     ~Deadline()
     {
-        {
-            const std::lock_guard<std::mutex> lock(m_mutex);
-            m_isMet = true;
-        }
-        m_condition.notify_one();
+        m_isMet.set_value();
         m_thread.join();
         g_object_unref(m_cancellable);
     }
@@ -38,27 +40,17 @@ public:
     }
 
 private:
-    void wait()
-    {
-        std::unique_lock<std::mutex> lock(m_mutex);
-        if (!m_condition.wait_for(lock, std::chrono::milliseconds(busTimeoutMs),
-                                  [this] { return m_isMet; }))
-            g_cancellable_cancel(m_cancellable);
-    }
-
     GCancellable *m_cancellable;
-    std::mutex m_mutex;
-    std::condition_variable m_condition;
-    bool m_isMet = false;
+    std::promise<void> m_isMet;
     // Last, as it uses the others.
     std::thread m_thread;
 };
 
 } // namespace
 
-GDBusConnection *openConnection(const QString &address, GError **error)
+GDBusConnection *openConnection(const QString &address, GError **error, int timeoutMs)
 {
-    const Deadline deadline;
+    const Deadline deadline(timeoutMs);
     const auto flags = static_cast<GDBusConnectionFlags>(
         G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT
         | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
@@ -68,8 +60,16 @@ GDBusConnection *openConnection(const QString &address, GError **error)
 
 bool closeConnection(GDBusConnection *connection)
 {
-    const Deadline deadline;
+    const Deadline deadline(busTimeoutMs);
     return g_dbus_connection_close_sync(connection, deadline.cancellable(), nullptr);
+}
+
+GVariant *callBus(GDBusConnection *connection, const char *method, GVariant *arguments,
+                  const char *replyType, GError **error)
+{
+    return g_dbus_connection_call_sync(
+        connection, "org.freedesktop.DBus", "/org/freedesktop/DBus", "org.freedesktop.DBus", method,
+        arguments, G_VARIANT_TYPE(replyType), G_DBUS_CALL_FLAGS_NONE, busTimeoutMs, nullptr, error);
 }
 
 } // namespace Tarnvel::Testing

@@ -9,15 +9,18 @@
 
 namespace Tarnvel::Testing {
 
-/*! \brief What is asked of a bus is given up after so many milliseconds. */
-constexpr int busTimeoutMs = 10000;
+// Connections to a bus through GDBus, which shares no code with the library under test.
+
+/*! \brief How many milliseconds a bus has to answer. Only one that hangs takes so long. */
+constexpr int busTimeoutMs = 60000;
 
 /*!
  * \brief A new connection to the bus at \a address.
  *
- * Null, and \a error is set, if there is none within busTimeoutMs.
+ * Null, and \a error is set, if there is none within \a timeoutMs.
  */
-GDBusConnection *openConnection(const QString &address, GError **error);
+GDBusConnection *openConnection(const QString &address, GError **error,
+                                int timeoutMs = busTimeoutMs);
 
 /*!
  * \brief Sends what is still to be sent on \a connection and closes it.
@@ -25,5 +28,13 @@ GDBusConnection *openConnection(const QString &address, GError **error);
  * False if that has not succeeded within busTimeoutMs.
  */
 bool closeConnection(GDBusConnection *connection);
+
+/*!
+ * \brief Calls \a method of the bus itself, and returns its reply, a tuple of \a replyType.
+ *
+ * Null, and \a error is set, if the bus refuses or does not answer within busTimeoutMs.
+ */
+GVariant *callBus(GDBusConnection *connection, const char *method, GVariant *arguments,
+                  const char *replyType, GError **error);
 
 } // namespace Tarnvel::Testing

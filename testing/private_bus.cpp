@@ -3,6 +3,8 @@
 
 #include "private_bus.h"
 
+#include "bus_connection.h"
+
 #include <QtCore/QDeadlineTimer>
 #include <QtCore/QFile>
 #include <QtCore/QUrl>
@@ -15,10 +17,8 @@ namespace Tarnvel::Testing {
 
 namespace {
 
-constexpr int startTimeoutMs = 10000;
-
-// No <limit> elements: the daemon's own defaults are those of a system bus, and an application
-// should meet them on its developer's desk first.
+// No <limit> elements: the daemon's defaults are those of a system bus, and a developer should run
+// into them before the users do.
 const char configuration[] = R"(<!DOCTYPE busconfig PUBLIC
  "-//freedesktop//DTD D-Bus Bus Configuration 1.0//EN"
  "http://www.freedesktop.org/standards/dbus/1.0/busconfig.dtd">
@@ -50,23 +50,20 @@ PrivateBus::~PrivateBus()
     stop();
 }
 
-bool PrivateBus::start()
+QString PrivateBus::start()
 {
-    const QString configurationFile = m_directory.filePath(QStringLiteral("bus.conf"));
-    if (m_ownDirectory && !m_ownDirectory->isValid()) {
-        m_errorString = m_ownDirectory->errorString();
-        return false;
-    }
-    if (!writeConfiguration(configurationFile))
-        return false;
-
-    // There the daemon reports what its clients do wrong. Nobody reads that, and a pipe that nobody
-    // reads would fill, and the daemon would wait for ever to write into it.
+    if (m_ownDirectory && !m_ownDirectory->isValid())
+        return m_ownDirectory->errorString();
+    const QString error = writeConfiguration();
+    if (!error.isNull())
+        return error;
+    // Here the daemon reports what its clients do wrong. A pipe that nobody reads would fill up and
+    // block the daemon.
     m_daemon.setStandardErrorFile(QProcess::nullDevice());
     m_daemon.start(QStringLiteral("dbus-daemon"),
                    {QStringLiteral("--nofork"), QStringLiteral("--nopidfile"),
                     QStringLiteral("--print-address=1"),
-                    QStringLiteral("--config-file=") + configurationFile});
+                    QStringLiteral("--config-file=") + configurationFile()});
     return waitForAddress();
 }
 
@@ -79,7 +76,7 @@ void PrivateBus::stop()
 
 QString PrivateBus::address() const
 {
-    // The address keeps blanks, commas and the like for its own use.
+    // Blanks, commas and the like have a meaning of their own in an address.
     const QString socket = m_directory.filePath(QStringLiteral("socket"));
     return QStringLiteral("unix:path=")
         + QString::fromLatin1(QUrl::toPercentEncoding(socket, "/", "~"));
@@ -90,40 +87,37 @@ qint64 PrivateBus::processId() const
     return m_daemon.processId();
 }
 
-QString PrivateBus::errorString() const
+QString PrivateBus::configurationFile() const
 {
-    return m_errorString;
+    return m_directory.filePath(QStringLiteral("bus.conf"));
 }
 
-bool PrivateBus::writeConfiguration(const QString &fileName)
+QString PrivateBus::writeConfiguration() const
 {
-    QFile file(fileName);
+    QFile file(configurationFile());
     const QByteArray text = QString::fromLatin1(configuration).arg(address()).toUtf8();
-    if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size()) {
-        m_errorString = QStringLiteral("%1: %2").arg(fileName, file.errorString());
-        return false;
-    }
-    return true;
+    if (file.open(QIODevice::WriteOnly) && file.write(text) == text.size() && file.flush())
+        return {};
+    return QStringLiteral("%1: %2").arg(file.fileName(), file.errorString());
 }
 
-bool PrivateBus::waitForAddress()
+QString PrivateBus::waitForAddress()
 {
     // The daemon prints its address once it listens.
-    const QDeadlineTimer deadline(startTimeoutMs);
+    const QDeadlineTimer deadline(busTimeoutMs);
     while (!m_daemon.canReadLine()) {
         if (!m_daemon.waitForReadyRead(static_cast<int>(deadline.remainingTime()))) {
-            m_errorString = QStringLiteral("dbus-daemon did not start: %1")
-                                .arg(m_daemon.errorString());
+            const QString error = m_daemon.errorString();
             stop();
-            return false;
+            return QStringLiteral("dbus-daemon did not start: %1").arg(error);
         }
     }
-    return true;
+    return {};
 }
 
 void PrivateBus::Daemon::setupChildProcess()
 {
-    // What is typed at the terminal is for the applications on the bus.
+    // Ctrl+C at the terminal is for the applications, not for the bus.
     setsid();
     sigset_t none;
     sigemptyset(&none);

@@ -15,9 +15,10 @@ namespace Tarnvel::Testing {
 /*!
  * \brief A D-Bus daemon of type system that nobody else uses.
  *
- * It has the default limits of a system bus and activates no services. Its socket lies in a
- * directory that only the present user can enter. The daemon dies with this process, however this
- * process ends, and is out of the terminal's reach.
+ * For programs that must not touch the machine's bus: tests, benchmarks, the sandbox. It has the
+ * default limits of a system bus and activates no services. Only the current user can enter the
+ * directory of its socket. The daemon dies with this process, however this process ends; signals
+ * from the terminal do not reach it.
  */
 class PrivateBus
 {
@@ -35,12 +36,12 @@ public:
     PrivateBus &operator=(const PrivateBus &) = delete;
 
     /*!
-     * \brief Starts the daemon and waits, for at most ten seconds, until it accepts connections.
+     * \brief Starts the daemon and waits until it accepts connections.
      *
-     * False if it does not come up; errorString() then says why. A daemon that has been stopped may
-     * be started again, at the same address.
+     * What went wrong if it does not within busTimeoutMs; null otherwise. A daemon that has been
+     * stopped may be started again, at the same address.
      */
-    bool start();
+    QString start();
 
     /*! \brief Kills the daemon, as in a crash, and waits until it is gone. */
     void stop();
@@ -51,9 +52,6 @@ public:
     /*! \brief The process of the daemon; 0 if it is not running. */
     qint64 processId() const;
 
-    /*! \brief What went wrong in start(). */
-    QString errorString() const;
-
 private:
     class Daemon : public QProcess
     {
@@ -61,13 +59,13 @@ private:
         void setupChildProcess() override;
     };
 
-    bool writeConfiguration(const QString &fileName);
-    bool waitForAddress();
+    QString configurationFile() const;
+    QString writeConfiguration() const;
+    QString waitForAddress();
 
     std::optional<QTemporaryDir> m_ownDirectory;
     QDir m_directory;
     Daemon m_daemon;
-    QString m_errorString;
 };
 
 } // namespace Tarnvel::Testing

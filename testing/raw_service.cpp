@@ -6,18 +6,11 @@
 #include "bus_connection.h"
 #include "endpoint.h"
 
-#include <gio/gunixfdlist.h>
 #include <utility>
 
 namespace Tarnvel::Testing {
 
 namespace {
-
-template<typename Object>
-std::shared_ptr<Object> share(Object *object)
-{
-    return {static_cast<Object *>(g_object_ref(object)), g_object_unref};
-}
 
 struct Delivery
 {
@@ -31,16 +24,6 @@ gboolean deliver(gpointer data)
     if (const auto handler = delivery->handler.lock())
         (*handler)(delivery->call);
     return G_SOURCE_REMOVE;
-}
-
-// An error if the bus does not answer in time.
-GVariant *callBus(GDBusConnection *connection, const char *method, GVariant *arguments,
-                  const char *answerType, GError **error)
-{
-    return g_dbus_connection_call_sync(connection, "org.freedesktop.DBus", "/org/freedesktop/DBus",
-                                       "org.freedesktop.DBus", method, arguments,
-                                       G_VARIANT_TYPE(answerType), G_DBUS_CALL_FLAGS_NONE,
-                                       busTimeoutMs, nullptr, error);
 }
 
 bool isForApplication(GDBusMessage *message)
@@ -66,77 +49,6 @@ GDBusMessage *filterMessage(GDBusConnection *connection, GDBusMessage *message, 
 
 } // namespace
 
-MethodCall::MethodCall(GDBusConnection *connection, GDBusMessage *message)
-    : m_connection(share(connection)), m_message(share(message))
-{
-}
-
-QString MethodCall::path() const
-{
-    return QString::fromUtf8(g_dbus_message_get_path(m_message.get()));
-}
-
-QString MethodCall::method() const
-{
-    return QString::fromUtf8(g_dbus_message_get_member(m_message.get()));
-}
-
-QString MethodCall::sender() const
-{
-    return QString::fromUtf8(g_dbus_message_get_sender(m_message.get()));
-}
-
-Caller MethodCall::caller() const
-{
-    const char *const name = g_dbus_message_get_sender(m_message.get());
-    g_autoptr(GVariant) answer = callBus(m_connection.get(), "GetConnectionCredentials",
-                                         g_variant_new("(s)", name), "(a{sv})", nullptr);
-    if (!answer)
-        return {};
-    g_autoptr(GVariant) credentials = g_variant_get_child_value(answer, 0);
-    Caller caller;
-    guint32 number = 0;
-    if (g_variant_lookup(credentials, "ProcessID", "u", &number))
-        caller.processId = number;
-    if (g_variant_lookup(credentials, "UnixUserID", "u", &number))
-        caller.userId = number;
-    return caller;
-}
-
-GVariant *MethodCall::arguments() const
-{
-    static GVariant *const none = g_variant_ref_sink(g_variant_new_tuple(nullptr, 0));
-    GVariant *const body = g_dbus_message_get_body(m_message.get());
-    return body ? body : none;
-}
-
-void MethodCall::reply(GVariant *values, const QVector<int> &files) const
-{
-    GDBusMessage *answer = g_dbus_message_new_method_reply(m_message.get());
-    g_dbus_message_set_body(answer, values);
-    if (!files.isEmpty()) {
-        g_autoptr(GUnixFDList) list = g_unix_fd_list_new();
-        for (const int file : files)
-            g_unix_fd_list_append(list, file, nullptr);
-        g_dbus_message_set_unix_fd_list(answer, list);
-    }
-    send(answer);
-}
-
-void MethodCall::replyError(const QString &name, const QString &message) const
-{
-    send(g_dbus_message_new_method_error_literal(m_message.get(), name.toUtf8().constData(),
-                                                 message.toUtf8().constData()));
-}
-
-void MethodCall::send(GDBusMessage *answer) const
-{
-    // A caller or a bus that has gone away no longer wants the answer.
-    g_dbus_connection_send_message(m_connection.get(), answer, G_DBUS_SEND_MESSAGE_FLAGS_NONE,
-                                   nullptr, nullptr);
-    g_object_unref(answer);
-}
-
 RawService::RawService(Handler handler, LossHandler lossHandler)
     : m_handler(std::make_shared<Handler>(std::move(handler))),
       m_lossHandler(std::move(lossHandler))
@@ -148,7 +60,7 @@ RawService::~RawService()
     close();
 }
 
-bool RawService::open(const QString &address)
+QString RawService::open(const QString &address)
 {
     g_autoptr(GError) error = nullptr;
     m_connection = openConnection(address, &error);
@@ -156,11 +68,10 @@ bool RawService::open(const QString &address)
         g_signal_connect(m_connection, "closed", G_CALLBACK(receiveLoss), this);
         receiveCalls();
         if (ownName(&error))
-            return true;
+            return {};
     }
-    m_errorString = QString::fromUtf8(error->message);
     close();
-    return false;
+    return QString::fromUtf8(error->message);
 }
 
 void RawService::close()
@@ -187,11 +98,6 @@ void RawService::announceChange(const QString &path, GVariant *arguments)
     g_dbus_connection_emit_signal(m_connection, nullptr, path.toUtf8().constData(),
                                   DBus::applicationInterface, DBus::configurationChangedSignal,
                                   arguments, nullptr);
-}
-
-QString RawService::errorString() const
-{
-    return m_errorString;
 }
 
 void RawService::receiveLoss(GDBusConnection *, gboolean, GError *, gpointer service)

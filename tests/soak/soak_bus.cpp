@@ -23,8 +23,8 @@ int main(int argc, char *argv[])
         qFatal("usage: soak_bus COMMAND...");
 
     PrivateBus bus;
-    if (!bus.start())
-        qFatal("%s", qUtf8Printable(bus.errorString()));
+    if (const QString error = bus.start(); !error.isNull())
+        qFatal("%s", qUtf8Printable(error));
     QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
     environment.insert(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"), bus.address());
     Command command(words, environment, SignalState());

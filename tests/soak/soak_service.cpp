@@ -139,8 +139,7 @@ public:
     {
     }
 
-    bool open(const QString &address);
-    QString errorString() const;
+    QString open(const QString &address);
     void close();
 
 private:
@@ -164,14 +163,9 @@ private:
     RawService m_service;
 };
 
-bool SoakService::open(const QString &address)
+QString SoakService::open(const QString &address)
 {
     return m_service.open(address);
-}
-
-QString SoakService::errorString() const
-{
-    return m_service.errorString();
 }
 
 void SoakService::close()
@@ -334,8 +328,8 @@ int main(int argc, char *argv[])
         service.close();
         QCoreApplication::quit();
     });
-    if (!service.open(arguments.at(1)))
-        qFatal("%s", qUtf8Printable(service.errorString()));
+    if (const QString error = service.open(arguments.at(1)); !error.isNull())
+        qFatal("%s", qUtf8Printable(error));
     std::puts(readyLine);
     std::fflush(stdout);
     return QCoreApplication::exec();

@@ -31,8 +31,8 @@ BusFixture::BusFixture(int &argc, char **argv) : application(argc, argv), servic
     QCoreApplication::setOrganizationName(QStringLiteral("acme.labs"));
     QCoreApplication::setApplicationName(QStringLiteral("viewer"));
     qputenv("DBUS_SYSTEM_BUS_ADDRESS", bus.address().toUtf8());
-    if (!bus.start())
-        qFatal("%s", qUtf8Printable(bus.errorString()));
+    if (const QString error = bus.start(); !error.isNull())
+        qFatal("%s", qUtf8Printable(error));
     if (!service.start())
         qFatal("the service did not start");
 }

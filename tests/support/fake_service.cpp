@@ -32,10 +32,10 @@ FakeService::FakeService(const QString &address)
 
 bool FakeService::start()
 {
-    const bool isOpen = m_service.open(m_address);
-    if (!isOpen)
-        qWarning("%s", qUtf8Printable(m_service.errorString()));
-    return isOpen;
+    const QString error = m_service.open(m_address);
+    if (!error.isNull())
+        qWarning("%s", qUtf8Printable(error));
+    return error.isNull();
 }
 
 void FakeService::stop()

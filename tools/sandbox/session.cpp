@@ -66,11 +66,10 @@ bool Session::openLog()
 bool Session::startService()
 {
     m_service.emplace(m_scenario, &m_log, [this] { m_bus.stop(); });
-    if (!m_bus.start())
-        return fail(m_bus.errorString(), busStatus);
-    if (!m_service->open(m_bus.address()))
-        return fail(m_service->errorString(), busStatus);
-    return true;
+    QString error = m_bus.start();
+    if (error.isNull())
+        error = m_service->open(m_bus.address());
+    return error.isNull() || fail(error, busStatus);
 }
 
 int Session::stay()

@@ -80,7 +80,7 @@ void BusLossTest::aManagerMadeAfterwardsFailsLikewise()
 
 void BusLossTest::aBusThatComesBackIsNotRejoined()
 {
-    QVERIFY2(m_fixture.bus.start(), qUtf8Printable(m_fixture.bus.errorString()));
+    QCOMPARE(m_fixture.bus.start(), QString());
     m_fixture.service.stop();
     QVERIFY(m_fixture.service.start());
     expectDisconnection(m_requests);

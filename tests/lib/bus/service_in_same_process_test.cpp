@@ -67,7 +67,7 @@ private:
 void ServiceInSameProcessTest::initTestCase()
 {
     qputenv("DBUS_SYSTEM_BUS_ADDRESS", m_bus.address().toUtf8());
-    QVERIFY2(m_bus.start(), qUtf8Printable(m_bus.errorString()));
+    QCOMPARE(m_bus.start(), QString());
     QCoreApplication::setOrganizationName(QStringLiteral("acme"));
     QCoreApplication::setApplicationName(QStringLiteral("own"));
     QDBusConnection bus = QDBusConnection::systemBus();

@@ -86,15 +86,16 @@ SimulatedService::SimulatedService(const Scenario &scenario, Log *log,
 {
 }
 
-bool SimulatedService::open(const QString &address)
+QString SimulatedService::open(const QString &address)
 {
     m_address = address;
     m_presence = std::make_unique<QObject>();
-    if (!m_service.open(address))
-        return false;
+    const QString error = m_service.open(address);
+    if (!error.isNull())
+        return error;
     m_log->start();
     m_faults.setScenario(m_scenario);
-    return true;
+    return {};
 }
 
 void SimulatedService::apply(const Scenario &scenario)
@@ -110,11 +111,6 @@ void SimulatedService::apply(const Scenario &scenario)
         if (!old.contains(entry.key()))
             announceMade(entry.key(), entry->name);
     }
-}
-
-QString SimulatedService::errorString() const
-{
-    return m_service.errorString();
 }
 
 void SimulatedService::receive(const Testing::MethodCall &call)
@@ -261,11 +257,11 @@ void SimulatedService::leave()
 
 void SimulatedService::comeBack()
 {
-    const bool isBack = m_service.open(m_address);
-    m_log->report(isBack ? serviceEvent(QStringLiteral("the service has come back"), Style::News)
-                         : serviceEvent(QStringLiteral("the service cannot come back: ")
-                                            + m_service.errorString(),
-                                        Style::Bad));
+    const QString error = m_service.open(m_address);
+    m_log->report(
+        error.isNull()
+            ? serviceEvent(QStringLiteral("the service has come back"), Style::News)
+            : serviceEvent(QStringLiteral("the service cannot come back: ") + error, Style::Bad));
 }
 
 void SimulatedService::loseConnection()

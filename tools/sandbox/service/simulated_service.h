@@ -35,9 +35,8 @@ public:
      */
     SimulatedService(const Scenario &scenario, Log *log, std::function<void()> killBus);
 
-    /*! \brief Appears on the bus at \a address; if that fails, false, and errorString() says why.
-     */
-    bool open(const QString &address);
+    /*! \brief Appears on the bus at \a address; what went wrong if that fails, otherwise null. */
+    QString open(const QString &address);
 
     /*!
      * \brief Keeps \a scenario from now on.
@@ -46,9 +45,6 @@ public:
      * to one that has come or gone. The faults still to come are the new scenario's.
      */
     void apply(const Scenario &scenario);
-
-    /*! \brief What went wrong in open(). */
-    QString errorString() const;
 
 private:
     void receive(const Testing::MethodCall &call);
