@@ -420,7 +420,7 @@ void SandboxTest::aLogReplacesNoFileThatIsRead()
            "true"});
     finish();
     QCOMPARE(m_sandbox->exitCode(), 2);
-    QVERIFY(m_sandbox->readAllStandardError().endsWith(": the log would replace what is there\n"));
+    QVERIFY(m_sandbox->readAllStandardError().endsWith(": the log would overwrite this file\n"));
     QFile file(m_scenarioFile);
     QVERIFY(file.open(QIODevice::ReadOnly));
     QCOMPARE(file.readAll(), text);
@@ -938,10 +938,9 @@ void SandboxTest::aFileThatVanishesAndReturnsIsFollowed()
     const QByteArray read = "acme/viewer (pid "
         + QByteArray::number(QCoreApplication::applicationPid())
         + "): GetConfiguration: answered, 1 entry";
-    const QByteArray readAgain = m_scenarioFile.toUtf8() + ": read again";
+    const QByteArray reloaded = m_scenarioFile.toUtf8() + ": reloaded";
     const QByteArray announced = "acme/viewer: ConfigurationChanged";
-    QCOMPARE(eventLines(),
-             QByteArrayList({read, readAgain, announced, read, readAgain, announced}));
+    QCOMPARE(eventLines(), QByteArrayList({read, reloaded, announced, read, reloaded, announced}));
 }
 
 QTEST_GUILESS_MAIN(SandboxTest)
