@@ -26,7 +26,6 @@ Application makeApplication()
 {
     Application application;
     application.name = "acme/viewer";
-    application.configuration = parse(known);
     application.locked = QStringList {"window/bar/shown", "later"};
     AllowedValues theme;
     theme.path = "theme";
@@ -55,7 +54,7 @@ QString described(const std::optional<Refusal> &refusal)
 
 } // namespace
 
-class ChangePolicyTest : public QObject
+class ChangeValidationTest : public QObject
 {
     Q_OBJECT
 
@@ -67,7 +66,7 @@ private Q_SLOTS:
     void aCallerIsRefusedForItsCause();
 };
 
-void ChangePolicyTest::aChangeIsRefusedForItsCause_data()
+void ChangeValidationTest::aChangeIsRefusedForItsCause_data()
 {
     QTest::addColumn<QByteArray>("change");
     QTest::addColumn<QString>("outcome");
@@ -113,12 +112,12 @@ void ChangePolicyTest::aChangeIsRefusedForItsCause_data()
         "InvalidType: \"none\" is a list of strings, not a string");
 
     row("double", "{'zoom': <1.5>}",
-        "UnsupportedType: \"zoom\" would be of the type \"d\", as no setting can be");
+        "UnsupportedType: \"zoom\" cannot be of the type \"d\": no setting can");
     row("list of doubles", "{'none': <[1.5]>}",
-        "UnsupportedType: \"none\" would be of the type \"ad\", as no setting can be");
+        "UnsupportedType: \"none\" cannot be of the type \"ad\": no setting can");
     row("other dictionary", "{'window': <{'a': 1}>}", "Forbidden: \"window/bar/shown\" is locked");
     row("nested double", "{'window': <{'bar': <{'shown': <true>}>, 'width': <1.5>}>}",
-        "UnsupportedType: \"window/width\" would be of the type \"d\", as no setting can be");
+        "UnsupportedType: \"window/width\" cannot be of the type \"d\": no setting can");
 
     row("locked value", "{'window': <{'bar': <{'shown': <false>}>}>}",
         "Forbidden: \"window/bar/shown\" is locked");
@@ -147,21 +146,24 @@ void ChangePolicyTest::aChangeIsRefusedForItsCause_data()
         "{'window': <{'width': <0>, 'bar': <{'shown': <true>, 'colour': <'red'>}>}>}", "admitted");
 }
 
-void ChangePolicyTest::aChangeIsRefusedForItsCause()
+void ChangeValidationTest::aChangeIsRefusedForItsCause()
 {
     QFETCH(QByteArray, change);
-    QTEST(described(refuseChange(makeApplication(), parse(known), parse(change).get())), "outcome");
+    const Configurations configurations {parse(known), parse(known)};
+    QTEST(described(refuseChange(makeApplication(), configurations, parse(change).get())),
+          "outcome");
 }
 
-void ChangePolicyTest::whatTheApplicationHasLostMayComeBack()
+void ChangeValidationTest::whatTheApplicationHasLostMayComeBack()
 {
-    Application application = makeApplication();
-    application.configuration = parse("{'window': <{'bar': <{'shown': <true>}>}>}");
+    const Configurations configurations {parse(known),
+                                         parse("{'window': <{'bar': <{'shown': <true>}>}>}")};
     const Variant change = parse("{'window': <{'width': <1>, 'bar': <{'shown': <true>}>}>}");
-    QCOMPARE(described(refuseChange(application, parse(known), change.get())), QString("admitted"));
+    QCOMPARE(described(refuseChange(makeApplication(), configurations, change.get())),
+             QString("admitted"));
 }
 
-void ChangePolicyTest::aCallerIsRefusedForItsCause_data()
+void ChangeValidationTest::aCallerIsRefusedForItsCause_data()
 {
     QTest::addColumn<bool>("isConfigurable");
     QTest::addColumn<bool>("isRestricted");
@@ -172,11 +174,11 @@ void ChangePolicyTest::aCallerIsRefusedForItsCause_data()
     constexpr qint64 unknown = -1;
     const QVector<quint32> two {0, 4294967294U};
     QTest::newRow("nobody is admitted") << true << true << QVector<quint32>() << qint64(0)
-                                        << "InvalidUserId: user 0 is not admitted to \"/p\"";
+                                        << "InvalidUserId: user 0 may not use \"/p\"";
     QTest::newRow("unknown user") << true << true << two << unknown
-                                  << "InvalidUserId: user (unknown) is not admitted to \"/p\"";
+                                  << "InvalidUserId: user (unknown) may not use \"/p\"";
     QTest::newRow("other user") << true << true << two << qint64(1)
-                                << "InvalidUserId: user 1 is not admitted to \"/p\"";
+                                << "InvalidUserId: user 1 may not use \"/p\"";
     QTest::newRow("not configurable for anybody")
         << false << true << two << qint64(1) << "NotConfigurable: \"/p\" is not configurable";
     QTest::newRow("not configurable")
@@ -187,7 +189,7 @@ void ChangePolicyTest::aCallerIsRefusedForItsCause_data()
     QTest::newRow("first of the users") << true << true << two << qint64(0) << "admitted";
 }
 
-void ChangePolicyTest::aCallerIsRefusedForItsCause()
+void ChangeValidationTest::aCallerIsRefusedForItsCause()
 {
     QFETCH(bool, isConfigurable);
     QFETCH(bool, isRestricted);
@@ -203,6 +205,6 @@ void ChangePolicyTest::aCallerIsRefusedForItsCause()
     QTEST(described(refuseCaller(application, "/p", userId)), "outcome");
 }
 
-QTEST_GUILESS_MAIN(ChangePolicyTest)
+QTEST_GUILESS_MAIN(ChangeValidationTest)
 
 #include "change_validation_test.moc"

@@ -286,8 +286,8 @@ void SandboxFaultsTest::aFaultThatStaysInTheScenarioGoesOnCounting()
     QVERIFY(write(m_scenarioFile, scenarioWithFaults(second + ", " + push)));
     QCOMPARE(finish(), 0);
     QCOMPARE(m_lines, QStringList({got, "changed to nothing", "got zoom=1"}));
-    QVERIFY(m_events.contains(
-        get + "refused, Internal: this is a fault of the scenario (fault error)"));
+    QVERIFY(
+        m_events.contains(get + "refused, Internal: error injected by the sandbox (fault error)"));
 }
 
 void SandboxFaultsTest::aDelayGoesTogetherWithAnotherFault()
@@ -300,11 +300,11 @@ void SandboxFaultsTest::aDelayGoesTogetherWithAnotherFault()
               {"get", "get"},
               R"({"calls": [{"fault": "delay", "outcome": "answered"}, {"fault": "error"}]})"));
     QCOMPARE(finish(), 0);
-    QCOMPARE(m_lines, QStringList({got, "got error 1: this is a fault of the scenario"}));
+    QCOMPARE(m_lines, QStringList({got, "got error 1: error injected by the sandbox"}));
     const QString delayed = get + "delayed by 0.125 s (fault delay)";
     QCOMPARE(m_events,
              QStringList({delayed, get + "answered, 3 entries", delayed,
-                          get + "refused, a.b: this is a fault of the scenario (fault error)"}));
+                          get + "refused, a.b: error injected by the sandbox (fault error)"}));
 }
 
 void SandboxFaultsTest::everyErrorReachesTheApplication()
@@ -351,7 +351,7 @@ void SandboxFaultsTest::everyRefusalReachesTheApplication_data()
     QTest::newRow("not configurable")
         << QByteArray(R"(, "configurable": false)") << QStringList {"get", "set zoom=1"}
         << QStringList {"got " + notConfigurable, "set " + notConfigurable};
-    const QString notAUser = QString("error 7: user %1 is not admitted to \"/acme_2eviewer\"")
+    const QString notAUser = QString("error 7: user %1 may not use \"/acme_2eviewer\"")
                                  .arg(getuid());
     QTest::newRow("another user") << QByteArray(R"(, "users": [)" + QByteArray::number(getuid() + 1)
                                                 + "]")

@@ -597,13 +597,13 @@ void SandboxTest::aMalformedCallIsRefused_data()
     const QString error = "org.freedesktop.DBus.Error.";
     QTest::newRow("no argument") << QByteArray("ChangeConfiguration") << QByteArray("()")
                                  << error
-            + "InvalidArgs: the argument is not one configuration, but \"()\"";
+            + "InvalidArgs: expected arguments of the type \"(a{sv})\", found \"()\"";
     QTest::newRow("other dictionary")
         << QByteArray("ChangeConfiguration") << QByteArray("({'a': 1},)")
-        << error + "InvalidArgs: the argument is not one configuration, but \"(a{si})\"";
+        << error + "InvalidArgs: expected arguments of the type \"(a{sv})\", found \"(a{si})\"";
     QTest::newRow("two arguments")
         << QByteArray("ChangeConfiguration") << QByteArray("({'a': <1>}, 'x')")
-        << error + "InvalidArgs: the argument is not one configuration, but \"(a{sv}s)\"";
+        << error + "InvalidArgs: expected arguments of the type \"(a{sv})\", found \"(a{sv}s)\"";
     QTest::newRow("unknown method")
         << QByteArray("ResetConfiguration") << QByteArray("()")
         << error + "UnknownMethod: there is no method \"ResetConfiguration\"";

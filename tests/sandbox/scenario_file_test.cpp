@@ -416,7 +416,7 @@ void ScenarioFileTest::allFaultsAreRead()
         QStringList(
             {("error GetConfiguration 2 0 org.brenvik.ManagedConfiguration.Error.Forbidden "
               "not today 0 0 -"),
-             "error ChangeConfiguration 0 0 com.acme.Error this is a fault of the scenario 0 0 -",
+             "error ChangeConfiguration 0 0 com.acme.Error error injected by the sandbox 0 0 -",
              "delay ChangeConfiguration 0 0   2.5 0 -",
              "no-answer GetConfiguration 2147483647 0   0 0 -",
              "wrong-signature GetConfiguration 0 0   0 0 -",

@@ -63,7 +63,7 @@ Tools::Failure Session::prepare()
         if (!readScenario(m_options.scenarioFile, &scenario, &mistake))
             return {usageStatus, mistake};
     }
-    m_service.emplace(scenario, &m_log, [this] { m_bus.stop(); });
+    m_service.emplace(std::move(scenario), &m_log, [this] { m_bus.stop(); });
     return {};
 }
 
@@ -84,8 +84,7 @@ Tools::Failure Session::startService()
     const QString error = m_bus.start();
     if (!error.isNull())
         return {busStatus, error};
-    const QString serviceError = m_service->open(m_bus.address());
-    return serviceError.isNull() ? Tools::Failure() : Tools::Failure {busStatus, serviceError};
+    return m_service->open(m_bus.address());
 }
 
 Tools::Failure Session::startCommand(QProcessEnvironment environment, const SignalState &signals)
@@ -125,7 +124,7 @@ void Session::reload()
         return;
     }
     m_log.report(scenarioEvent(file, QStringLiteral("%1: reloaded").arg(file), Style::Aside));
-    m_service->apply(scenario);
+    m_service->apply(std::move(scenario));
 }
 
 } // namespace Tarnvel::Sandbox

@@ -186,7 +186,7 @@ bool faultFromJson(const JsonValue &value, Fault *fault, Mistake *mistake)
     *fault = {};
     fault->kind = description->kind;
     if (description->kind == Fault::Error)
-        fault->message = QStringLiteral("this is a fault of the scenario");
+        fault->message = QStringLiteral("error injected by the sandbox");
     const QString name = QStringLiteral("the fault \"%1\"").arg(faultName(description->kind));
     return readMembers(value, name, knownMembers(*description), fault, mistake)
         && checkOccasion(value, mistake);

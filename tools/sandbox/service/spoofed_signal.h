@@ -8,10 +8,10 @@
 namespace Tarnvel::Sandbox {
 
 /*!
- * \brief Announces a change of the configuration at \a path as one who is not the service.
+ * \brief Announces a change of the configuration at \a path without being the service.
  *
- * It does so on a connection of its own to the bus at \a address. False if that fails.
+ * Uses a connection of its own to the bus at \a address; does nothing without one.
  */
-bool emitSpoofedSignal(const QString &address, const QString &path);
+void emitSpoofedSignal(const QString &address, const QString &path);
 
 } // namespace Tarnvel::Sandbox
