@@ -112,7 +112,7 @@ QByteArray scenarioOf(const QByteArray &type, const QByteArray &value)
 } // namespace
 
 // Holds the rules of the scenario file against a real bus.
-class ScenarioOnTheBusTest : public QObject
+class BusLimitsTest : public QObject
 {
     Q_OBJECT
 
@@ -137,7 +137,7 @@ private:
     std::shared_ptr<Outcome> m_outcome;
 };
 
-void ScenarioOnTheBusTest::init()
+void BusLimitsTest::init()
 {
     m_bus = std::make_unique<PrivateBus>();
     QCOMPARE(m_bus->start(), QString());
@@ -154,7 +154,7 @@ void ScenarioOnTheBusTest::init()
     QVERIFY(m_client);
 }
 
-void ScenarioOnTheBusTest::cleanup()
+void BusLimitsTest::cleanup()
 {
     g_dbus_connection_close_sync(m_client, nullptr, nullptr);
     g_clear_object(&m_client);
@@ -165,7 +165,7 @@ void ScenarioOnTheBusTest::cleanup()
 }
 
 // Waits for the outcome of a GetConfiguration that is answered with \a configuration.
-void ScenarioOnTheBusTest::ask(const Variant &configuration)
+void BusLimitsTest::ask(const Variant &configuration)
 {
     m_configuration = configuration;
     m_outcome = std::make_shared<Outcome>();
@@ -175,7 +175,7 @@ void ScenarioOnTheBusTest::ask(const Variant &configuration)
     QTRY_VERIFY_WITH_TIMEOUT(m_outcome->isThere, 60000);
 }
 
-void ScenarioOnTheBusTest::whatTheFileMayHoldPassesTheBus_data()
+void BusLimitsTest::whatTheFileMayHoldPassesTheBus_data()
 {
     QTest::addColumn<QByteArray>("type");
     QTest::addColumn<QByteArray>("value");
@@ -209,7 +209,7 @@ void ScenarioOnTheBusTest::whatTheFileMayHoldPassesTheBus_data()
         << QByteArray("s") << QByteArray(R"("\udbff\udfff\ufffe\uffff")");
 }
 
-void ScenarioOnTheBusTest::whatTheFileMayHoldPassesTheBus()
+void BusLimitsTest::whatTheFileMayHoldPassesTheBus()
 {
     QFETCH(QByteArray, type);
     QFETCH(QByteArray, value);
@@ -226,7 +226,7 @@ void ScenarioOnTheBusTest::whatTheFileMayHoldPassesTheBus()
     QVERIFY(areEqual(answer, scenario.first().configuration));
 }
 
-void ScenarioOnTheBusTest::whatTheFileMayNotHoldDoesNotPassTheBus_data()
+void BusLimitsTest::whatTheFileMayNotHoldDoesNotPassTheBus_data()
 {
     QTest::addColumn<Variant>("configuration");
 
@@ -238,7 +238,7 @@ void ScenarioOnTheBusTest::whatTheFileMayNotHoldDoesNotPassTheBus_data()
         << configurationWith(parsed(QString(33, '(') + '1' + QStringLiteral(",)").repeated(33)));
 }
 
-void ScenarioOnTheBusTest::whatTheFileMayNotHoldDoesNotPassTheBus()
+void BusLimitsTest::whatTheFileMayNotHoldDoesNotPassTheBus()
 {
     QFETCH(Variant, configuration);
 
@@ -247,14 +247,14 @@ void ScenarioOnTheBusTest::whatTheFileMayNotHoldDoesNotPassTheBus()
     QCOMPARE(m_outcome->error, QString("org.freedesktop.DBus.Error.NoReply"));
 }
 
-void ScenarioOnTheBusTest::theLargestConfigurationPassesTheBus()
+void BusLimitsTest::theLargestConfigurationPassesTheBus()
 {
     ask(configurationOfText(largestSize()));
     QCOMPARE(m_outcome->error, QString());
     QVERIFY(m_outcome->answer);
 }
 
-void ScenarioOnTheBusTest::aConfigurationThatIsTooLargeDoesNotPassTheBus()
+void BusLimitsTest::aConfigurationThatIsTooLargeDoesNotPassTheBus()
 {
     // The names on this bus are shorter than those that have to be reckoned with.
     constexpr int difference = 16;
@@ -262,6 +262,6 @@ void ScenarioOnTheBusTest::aConfigurationThatIsTooLargeDoesNotPassTheBus()
     QCOMPARE(m_outcome->error, QString("org.freedesktop.DBus.Error.NoReply"));
 }
 
-QTEST_GUILESS_MAIN(ScenarioOnTheBusTest)
+QTEST_GUILESS_MAIN(BusLimitsTest)
 
-#include "simulated_service_test.moc"
+#include "bus_limits_test.moc"
