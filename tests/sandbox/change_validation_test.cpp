@@ -80,7 +80,6 @@ void ChangeValidationTest::aChangeIsRefusedForItsReason_data()
         "accepted");
 
     row("key that is not there", "{'zom': <1>}", "NotExistingKey: \"zom\" does not exist");
-    row("empty key", "{'': <1>}", "NotExistingKey: \"\" does not exist");
     row("key in other case", "{'Theme': <'dark'>}", "NotExistingKey: \"Theme\" does not exist");
     row("nested key that is not there",
         "{'window': <{'bar': <{'shown': <true>, 'colour': <'red'>, 'size': <1>}>}>}",
@@ -105,19 +104,13 @@ void ChangeValidationTest::aChangeIsRefusedForItsReason_data()
         "InvalidType: \"window/width\" is an integer, not a string");
     for (const char *change : {"{'none': <['x']>}", "{'none': <[1]>}", "{'none': <[true]>}"})
         row(change, change, "accepted");
-    row("string for an empty list", "{'none': <'x'>}",
-        "InvalidType: \"none\" is a list of strings, not a string");
 
     row("double", "{'zoom': <1.5>}",
         "UnsupportedType: \"zoom\" cannot be of the type \"d\": no setting can");
     row("list of doubles", "{'none': <[1.5]>}",
         "UnsupportedType: \"none\" cannot be of the type \"ad\": no setting can");
     row("other dictionary", "{'window': <{'a': 1}>}", "Forbidden: \"window/bar/shown\" is locked");
-    row("nested double", "{'window': <{'bar': <{'shown': <true>}>, 'width': <1.5>}>}",
-        "UnsupportedType: \"window/width\" cannot be of the type \"d\": no setting can");
 
-    row("locked value", "{'window': <{'bar': <{'shown': <false>}>}>}",
-        "Forbidden: \"window/bar/shown\" is locked");
     row("locked value gone", "{'window': <@a{sv} {}>}",
         "Forbidden: \"window/bar/shown\" is locked");
     row("lock before the missing key", "{'later': <1>}", "Forbidden: \"later\" is locked");
@@ -136,9 +129,6 @@ void ChangeValidationTest::aChangeIsRefusedForItsReason_data()
     row("no items", "{'sizes': <@ai []>}", "accepted");
     row("range without an end", "{'window': <{'bar': <{'shown': <true>}>, 'width': <-6>}>}",
         "InvalidValue: \"window/width\" may not be -6, only -5 to 2147483647");
-    row("nested, not in the list",
-        "{'window': <{'bar': <{'shown': <true>, 'colour': <'green'>}>}>}",
-        "InvalidValue: \"window/bar/colour\" may not be \"green\", only \"blue\"");
     row("a value that stays need not be allowed",
         "{'window': <{'width': <0>, 'bar': <{'shown': <true>, 'colour': <'red'>}>}>}", "accepted");
 }
