@@ -55,12 +55,11 @@ std::shared_ptr<FaultSchedule::Entry> FaultSchedule::makeEntry(const QString &pa
     const auto entry = std::make_shared<Entry>();
     if (!fault.method.isEmpty())
         return entry;
-    entry->timer = std::make_unique<QTimer>();
-    entry->timer->setSingleShot(true);
-    entry->timer->setTimerType(Qt::PreciseTimer);
-    QObject::connect(entry->timer.get(), &QTimer::timeout, entry->timer.get(),
-                     [this, path, entry = entry.get()] { m_handler(path, *entry->fault); });
-    entry->timer->start(toMilliseconds(fault.time));
+    entry->timer.setSingleShot(true);
+    entry->timer.setTimerType(Qt::PreciseTimer);
+    entry->timer.callOnTimeout(
+        [this, path, entry = entry.get()] { m_handler(path, *entry->fault); });
+    entry->timer.start(toMilliseconds(fault.time));
     return entry;
 }
 

@@ -55,7 +55,7 @@ private:
         // In the scenario.
         const Fault *fault = nullptr;
         int calls = 0;
-        std::unique_ptr<QTimer> timer;
+        QTimer timer;
     };
     using Entries = QVector<std::shared_ptr<Entry>>;
 

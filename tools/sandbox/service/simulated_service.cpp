@@ -3,11 +3,11 @@
 
 #include "simulated_service.h"
 
+#include "bus_connection.h"
 #include "change_validation.h"
 #include "command_line.h"
 #include "endpoint.h"
 #include "reply.h"
-#include "spoofed_signal.h"
 
 #include <QtCore/QTimer>
 
@@ -60,6 +60,19 @@ int announcementCount(const std::optional<Fault> &fault)
     default:
         return 1;
     }
+}
+
+// Announces a change of the configuration at \a path through a connection that is not the
+// service's.
+void emitSpoofedSignal(const QString &address, const QString &path)
+{
+    g_autoptr(GDBusConnection) connection = Testing::openConnection(address, nullptr);
+    if (!connection)
+        return;
+    g_dbus_connection_emit_signal(connection, nullptr, path.toUtf8().constData(),
+                                  DBus::applicationInterface, DBus::configurationChangedSignal,
+                                  nullptr, nullptr);
+    Testing::closeConnection(connection);
 }
 
 bool endsService(const Fault &fault)
