@@ -316,25 +316,25 @@ void SandboxTest::aMistakeOfUseIsNamed_data()
     QTest::addColumn<QString>("message");
 
     QTest::newRow("unknown option")
-        << QStringList {"--wrld", "x"} << 2 << "Unknown option 'wrld'.\n";
-    QTest::newRow("no file") << QStringList {"--scenario"} << 2
+        << QStringList {"--wrld", "x"} << 125 << "Unknown option 'wrld'.\n";
+    QTest::newRow("no file") << QStringList {"--scenario"} << 125
                              << "Missing value after '--scenario'.\n";
-    QTest::newRow("empty name") << QStringList {"--scenario", ""} << 2
+    QTest::newRow("empty name") << QStringList {"--scenario", ""} << 125
                                 << "\"--scenario\" needs the name of a file\n";
     QTest::newRow("missing file") << QStringList {"--scenario", "/nowhere/w.json", "--", "true"}
-                                  << 2 << "/nowhere/w.json: No such file or directory\n";
-    QTest::newRow("empty log") << QStringList {"--log", ""} << 2
+                                  << 125 << "/nowhere/w.json: No such file or directory\n";
+    QTest::newRow("empty log") << QStringList {"--log", ""} << 125
                                << "\"--log\" needs the name of a file\n";
     QTest::newRow("log that cannot be written")
-        << QStringList {"--log", "/nowhere/log", "--", "true"} << 2
+        << QStringList {"--log", "/nowhere/log", "--", "true"} << 125
         << "/nowhere/log: No such file or directory\n";
     QTest::newRow("empty expectation")
-        << QStringList {"--expect", ""} << 2 << "\"--expect\" needs the name of a file\n";
+        << QStringList {"--expect", ""} << 125 << "\"--expect\" needs the name of a file\n";
     QTest::newRow("missing expectation") << QStringList {"--expect", "/nowhere/calls", "--", "true"}
-                                         << 2 << "/nowhere/calls: No such file or directory\n";
+                                         << 125 << "/nowhere/calls: No such file or directory\n";
     QTest::newRow("empty file to check")
-        << QStringList {"--check", ""} << 2 << "\"--check\" needs the name of a file\n";
-    QTest::newRow("missing file to check") << QStringList {"--check", "/nowhere/w.json"} << 2
+        << QStringList {"--check", ""} << 125 << "\"--check\" needs the name of a file\n";
+    QTest::newRow("missing file to check") << QStringList {"--check", "/nowhere/w.json"} << 125
                                            << "/nowhere/w.json: No such file or directory\n";
     QTest::newRow("missing command") << QStringList {"--", "/nowhere/command"} << 127
                                      << "/nowhere/command: execve: No such file or directory\n";
@@ -399,7 +399,7 @@ void SandboxTest::aScenarioIsCheckedAndNothingElseDone()
     QCOMPARE(m_sandbox->readAllStandardError(),
              m_scenarioFile.toUtf8() + ":1:1: \"applications\" is missing\n");
     QCOMPARE(m_sandbox->readAllStandardOutput(), QByteArray());
-    QCOMPARE(m_sandbox->exitCode(), 2);
+    QCOMPARE(m_sandbox->exitCode(), 125);
 }
 
 void SandboxTest::aLogReplacesNoFileThatIsRead_data()
@@ -419,7 +419,7 @@ void SandboxTest::aLogReplacesNoFileThatIsRead()
     start({option, m_scenarioFile, "--log", m_directory->filePath("tmp/../scenario.json"), "--",
            "true"});
     finish();
-    QCOMPARE(m_sandbox->exitCode(), 2);
+    QCOMPARE(m_sandbox->exitCode(), 125);
     QVERIFY(m_sandbox->readAllStandardError().endsWith(": the log would replace what is there\n"));
     QFile file(m_scenarioFile);
     QVERIFY(file.open(QIODevice::ReadOnly));
@@ -479,7 +479,7 @@ void SandboxTest::allScenariosAreChecked()
     const QByteArray mistake("bad:1:1: \"applications\" is missing\n");
     QCOMPARE(m_sandbox->readAllStandardError(), mistake + mistake);
     QCOMPARE(m_sandbox->readAllStandardOutput(), QByteArray("good: no mistakes\n"));
-    QCOMPARE(m_sandbox->exitCode(), 2);
+    QCOMPARE(m_sandbox->exitCode(), 125);
 }
 
 void SandboxTest::theCommandGetsItsWordsItsChannelsAndItsEnvironment()

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
 #include "command_line.h"
+#include "exit_status.h"
 #include "process/private_directory.h"
 #include "process/signal_state.h"
 #include "process/supervisor.h"
@@ -17,6 +18,7 @@
 #include <cstdlib>
 
 using namespace Tarnvel::Sandbox;
+using Tarnvel::Tools::Failure;
 using Tarnvel::Tools::printLine;
 using Tarnvel::Tools::Style;
 
@@ -32,7 +34,7 @@ int check(const QStringList &scenarioFiles)
             printLine(stdout, scenarioFile + QStringLiteral(": no mistakes"), Style::Good);
         } else {
             printEvent(mistake, Style::Bad);
-            status = usageStatus;
+            status = SandboxFailed;
         }
     }
     return status;
@@ -69,14 +71,19 @@ int runSandbox(int argc, char *argv[], const PrivateDirectory &directory,
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("managed-configuration-sandbox"));
     QCoreApplication::setApplicationVersion(QStringLiteral(SANDBOX_VERSION));
-    const Options options = parseCommandLine(QCoreApplication::arguments());
+    Options options;
+    const Failure failure = parseCommandLine(QCoreApplication::arguments(), &options);
+    if (failure) {
+        printEvent(failure.text(), Style::Bad);
+        return failure.status;
+    }
     if (options.listsFaults)
         return listFaults();
     if (!options.checkFiles.isEmpty())
         return check(options.checkFiles);
     if (directory.path().empty()) {
         printEvent(QFile::decodeName(directory.errorString().c_str()), Style::Bad);
-        return busStatus;
+        return SandboxFailed;
     }
     return Session(options, QFile::decodeName(directory.path().c_str()))
         .execute(environment, inheritedSignals);

@@ -4,6 +4,7 @@
 #include "session.h"
 
 #include "endpoint.h"
+#include "exit_status.h"
 #include "process/termination_signals.h"
 #include "report/event_formatter.h"
 
@@ -37,7 +38,7 @@ bool Session::prepare()
     QString mistake;
     const QString &expectationFile = m_options.expectationFile;
     if (!expectationFile.isEmpty() && !m_expectation.read(expectationFile, &mistake))
-        return fail(mistake, usageStatus);
+        return fail(mistake, SandboxFailed);
     if (!openLog())
         return false;
     if (m_options.scenarioFile.isEmpty())
@@ -46,7 +47,7 @@ bool Session::prepare()
     m_watch.emplace(m_options.scenarioFile, [this] { readAgain(); });
     mistake = m_watch->errorString();
     if (!mistake.isNull() || !readScenario(m_options.scenarioFile, &m_scenario, &mistake))
-        return fail(mistake, usageStatus);
+        return fail(mistake, SandboxFailed);
     return true;
 }
 
@@ -58,18 +59,18 @@ bool Session::openLog()
     for (const QString &other : {m_options.scenarioFile, m_options.expectationFile}) {
         if (!other.isEmpty() && QFileInfo(other) == QFileInfo(file))
             return fail(QStringLiteral("%1: the log would replace what is there").arg(file),
-                        usageStatus);
+                        SandboxFailed);
     }
-    return m_log.open(file) || fail(m_log.errorString(), usageStatus);
+    return m_log.open(file) || fail(m_log.errorString(), SandboxFailed);
 }
 
 bool Session::startService()
 {
     m_service.emplace(m_scenario, &m_log, [this] { m_bus.stop(); });
     if (!m_bus.start())
-        return fail(m_bus.errorString(), busStatus);
+        return fail(m_bus.errorString(), SandboxFailed);
     if (!m_service->open(m_bus.address()))
-        return fail(m_service->errorString(), busStatus);
+        return fail(m_service->errorString(), SandboxFailed);
     return true;
 }
 
@@ -87,7 +88,7 @@ int Session::runCommand(QProcessEnvironment environment, const SignalState &sign
     m_command.emplace(m_options.command, environment, signals);
     if (m_command->start([](int status) { QCoreApplication::exit(status); }))
         return QCoreApplication::exec();
-    fail(m_command->errorString(), commandStatus);
+    fail(m_command->errorString(), CommandNotFound);
     return m_failure;
 }
 
@@ -98,7 +99,7 @@ int Session::judge(int status) const
     if (missing.isEmpty())
         return status;
     printEvent(missing, Style::Bad);
-    return status == EXIT_SUCCESS ? expectationStatus : status;
+    return status == EXIT_SUCCESS ? ExpectationsNotMet : status;
 }
 
 void Session::end(int signal, bool isTyped)
