@@ -336,8 +336,16 @@ void SandboxTest::aMistakeOfUseIsNamed_data()
         << QStringList {"--check", ""} << 125 << "\"--check\" needs the name of a file\n";
     QTest::newRow("missing file to check") << QStringList {"--check", "/nowhere/w.json"} << 125
                                            << "/nowhere/w.json: No such file or directory\n";
-    QTest::newRow("missing command") << QStringList {"--", "/nowhere/command"} << 127
-                                     << "/nowhere/command: execve: No such file or directory\n";
+    QTest::newRow("missing command")
+        << QStringList {"--", "/nowhere/command"} << 127
+        << "Failed to execute child process “/nowhere/command” (No such file or directory)\n";
+    // A name without a slash is looked up in PATH alone.
+    QTest::newRow("command out of PATH")
+        << QStringList {"--", "sandbox_test"} << 127
+        << "Failed to execute child process “sandbox_test” (No such file or directory)\n";
+    QTest::newRow("command that is not executable")
+        << QStringList {"--", "/etc/passwd"} << 126
+        << "Failed to execute child process “/etc/passwd” (Permission denied)\n";
 }
 
 void SandboxTest::aMistakeOfUseIsNamed()
@@ -390,7 +398,7 @@ void SandboxTest::aScenarioIsCheckedAndNothingElseDone()
     QVERIFY(write(m_scenarioFile, scenarioOf({applicationOf("viewer", R"({"a": 1})")})));
     start({"--check", m_scenarioFile, "--", "echo", "not to be seen"});
     finish();
-    QCOMPARE(m_sandbox->readAllStandardOutput(), m_scenarioFile.toUtf8() + ": no mistakes\n");
+    QCOMPARE(m_sandbox->readAllStandardOutput(), m_scenarioFile.toUtf8() + ": valid\n");
     QCOMPARE(m_sandbox->exitCode(), 0);
 
     QVERIFY(write(m_scenarioFile, "{\n}"));
@@ -478,7 +486,7 @@ void SandboxTest::allScenariosAreChecked()
     finish();
     const QByteArray mistake("bad:1:1: \"applications\" is missing\n");
     QCOMPARE(m_sandbox->readAllStandardError(), mistake + mistake);
-    QCOMPARE(m_sandbox->readAllStandardOutput(), QByteArray("good: no mistakes\n"));
+    QCOMPARE(m_sandbox->readAllStandardOutput(), QByteArray("good: valid\n"));
     QCOMPARE(m_sandbox->exitCode(), 125);
 }
 

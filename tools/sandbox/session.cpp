@@ -24,13 +24,13 @@ Session::Session(const Options &options, const QString &directory)
 {
 }
 
-int Session::execute(const QProcessEnvironment &environment, const SignalState &signals)
+int Session::execute(const SignalState &signals)
 {
     const TerminationSignals terminationSignals(
         [this](int signal, bool isTyped) { end(signal, isTyped); });
     if (!prepare() || !startService())
         return m_failure;
-    return judge(m_options.command.isEmpty() ? stay() : runCommand(environment, signals));
+    return judge(m_options.command.isEmpty() ? stay() : runCommand(signals));
 }
 
 bool Session::prepare()
@@ -82,13 +82,15 @@ int Session::stay()
     return QCoreApplication::exec();
 }
 
-int Session::runCommand(QProcessEnvironment environment, const SignalState &signals)
+int Session::runCommand(const SignalState &signals)
 {
-    environment.insert(QLatin1String(DBus::busAddressVariable), m_bus.address());
-    m_command.emplace(m_options.command, environment, signals);
-    if (m_command->start([](int status) { QCoreApplication::exit(status); }))
+    m_command.emplace();
+    const Tools::Failure failure = m_command->start(
+        m_options.command, m_bus.address(), signals,
+        [](int status) { QCoreApplication::exit(status); });
+    if (!failure)
         return QCoreApplication::exec();
-    fail(m_command->errorString(), CommandNotFound);
+    fail(failure.text(), failure.status);
     return m_failure;
 }
 

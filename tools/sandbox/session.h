@@ -11,7 +11,6 @@
 #include "scenario/file_watch.h"
 #include "service/simulated_service.h"
 
-#include <QtCore/QProcessEnvironment>
 #include <QtCore/QString>
 
 #include <optional>
@@ -28,16 +27,16 @@ public:
     /*!
      * \brief Runs until the command has ended, or until told to end, and returns the exit status.
      *
-     * The command gets \a environment, with the address of the bus in it, and \a signals.
+     * The command finds the signals as they were for \a signals.
      */
-    int execute(const QProcessEnvironment &environment, const SignalState &signals);
+    int execute(const SignalState &signals);
 
 private:
     bool prepare();
     bool openLog();
     bool startService();
     int stay();
-    int runCommand(QProcessEnvironment environment, const SignalState &signals);
+    int runCommand(const SignalState &signals);
     int judge(int status) const;
     void end(int signal, bool isTyped);
     void readAgain();
