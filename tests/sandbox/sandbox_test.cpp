@@ -316,28 +316,36 @@ void SandboxTest::aMistakeOfUseIsNamed_data()
     QTest::addColumn<QString>("message");
 
     QTest::newRow("unknown option")
-        << QStringList {"--wrld", "x"} << 2 << "Unknown option 'wrld'.\n";
-    QTest::newRow("no file") << QStringList {"--scenario"} << 2
+        << QStringList {"--wrld", "x"} << 125 << "Unknown option 'wrld'.\n";
+    QTest::newRow("no file") << QStringList {"--scenario"} << 125
                              << "Missing value after '--scenario'.\n";
-    QTest::newRow("empty name") << QStringList {"--scenario", ""} << 2
+    QTest::newRow("empty name") << QStringList {"--scenario", ""} << 125
                                 << "\"--scenario\" needs the name of a file\n";
     QTest::newRow("missing file") << QStringList {"--scenario", "/nowhere/w.json", "--", "true"}
-                                  << 2 << "/nowhere/w.json: No such file or directory\n";
-    QTest::newRow("empty log") << QStringList {"--log", ""} << 2
+                                  << 125 << "/nowhere/w.json: No such file or directory\n";
+    QTest::newRow("empty log") << QStringList {"--log", ""} << 125
                                << "\"--log\" needs the name of a file\n";
     QTest::newRow("log that cannot be written")
-        << QStringList {"--log", "/nowhere/log", "--", "true"} << 2
+        << QStringList {"--log", "/nowhere/log", "--", "true"} << 125
         << "/nowhere/log: No such file or directory\n";
     QTest::newRow("empty expectation")
-        << QStringList {"--expect", ""} << 2 << "\"--expect\" needs the name of a file\n";
+        << QStringList {"--expect", ""} << 125 << "\"--expect\" needs the name of a file\n";
     QTest::newRow("missing expectation") << QStringList {"--expect", "/nowhere/calls", "--", "true"}
-                                         << 2 << "/nowhere/calls: No such file or directory\n";
+                                         << 125 << "/nowhere/calls: No such file or directory\n";
     QTest::newRow("empty file to check")
-        << QStringList {"--check", ""} << 2 << "\"--check\" needs the name of a file\n";
-    QTest::newRow("missing file to check") << QStringList {"--check", "/nowhere/w.json"} << 2
+        << QStringList {"--check", ""} << 125 << "\"--check\" needs the name of a file\n";
+    QTest::newRow("missing file to check") << QStringList {"--check", "/nowhere/w.json"} << 125
                                            << "/nowhere/w.json: No such file or directory\n";
-    QTest::newRow("missing command") << QStringList {"--", "/nowhere/command"} << 127
-                                     << "/nowhere/command: execve: No such file or directory\n";
+    QTest::newRow("missing command")
+        << QStringList {"--", "/nowhere/command"} << 127
+        << "Failed to execute child process “/nowhere/command” (No such file or directory)\n";
+    // A name without a slash is looked up in PATH alone.
+    QTest::newRow("command out of PATH")
+        << QStringList {"--", "sandbox_test"} << 127
+        << "Failed to execute child process “sandbox_test” (No such file or directory)\n";
+    QTest::newRow("command that is not executable")
+        << QStringList {"--", "/etc/passwd"} << 126
+        << "Failed to execute child process “/etc/passwd” (Permission denied)\n";
 }
 
 void SandboxTest::aMistakeOfUseIsNamed()
@@ -390,7 +398,7 @@ void SandboxTest::aScenarioIsCheckedAndNothingElseDone()
     QVERIFY(write(m_scenarioFile, scenarioOf({applicationOf("viewer", R"({"a": 1})")})));
     start({"--check", m_scenarioFile, "--", "echo", "not to be seen"});
     finish();
-    QCOMPARE(m_sandbox->readAllStandardOutput(), m_scenarioFile.toUtf8() + ": no mistakes\n");
+    QCOMPARE(m_sandbox->readAllStandardOutput(), m_scenarioFile.toUtf8() + ": valid\n");
     QCOMPARE(m_sandbox->exitCode(), 0);
 
     QVERIFY(write(m_scenarioFile, "{\n}"));
@@ -399,7 +407,7 @@ void SandboxTest::aScenarioIsCheckedAndNothingElseDone()
     QCOMPARE(m_sandbox->readAllStandardError(),
              m_scenarioFile.toUtf8() + ":1:1: \"applications\" is missing\n");
     QCOMPARE(m_sandbox->readAllStandardOutput(), QByteArray());
-    QCOMPARE(m_sandbox->exitCode(), 2);
+    QCOMPARE(m_sandbox->exitCode(), 125);
 }
 
 void SandboxTest::aLogReplacesNoFileThatIsRead_data()
@@ -419,7 +427,7 @@ void SandboxTest::aLogReplacesNoFileThatIsRead()
     start({option, m_scenarioFile, "--log", m_directory->filePath("tmp/../scenario.json"), "--",
            "true"});
     finish();
-    QCOMPARE(m_sandbox->exitCode(), 2);
+    QCOMPARE(m_sandbox->exitCode(), 125);
     QVERIFY(m_sandbox->readAllStandardError().endsWith(": the log would overwrite this file\n"));
     QFile file(m_scenarioFile);
     QVERIFY(file.open(QIODevice::ReadOnly));
@@ -478,8 +486,8 @@ void SandboxTest::allScenariosAreChecked()
     finish();
     const QByteArray mistake("bad:1:1: \"applications\" is missing\n");
     QCOMPARE(m_sandbox->readAllStandardError(), mistake + mistake);
-    QCOMPARE(m_sandbox->readAllStandardOutput(), QByteArray("good: no mistakes\n"));
-    QCOMPARE(m_sandbox->exitCode(), 2);
+    QCOMPARE(m_sandbox->readAllStandardOutput(), QByteArray("good: valid\n"));
+    QCOMPARE(m_sandbox->exitCode(), 125);
 }
 
 void SandboxTest::theCommandGetsItsWordsItsChannelsAndItsEnvironment()

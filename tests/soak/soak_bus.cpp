@@ -3,10 +3,8 @@
 
 #include "private_bus.h"
 #include "process/command.h"
-#include "process/signal_state.h"
 
 #include <QtCore/QCoreApplication>
-#include <QtCore/QProcessEnvironment>
 #include <QtCore/QStringList>
 
 using Tarnvel::Sandbox::Command;
@@ -25,10 +23,10 @@ int main(int argc, char *argv[])
     PrivateBus bus;
     if (const QString error = bus.start(); !error.isNull())
         qFatal("%s", qUtf8Printable(error));
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert(QStringLiteral("DBUS_SYSTEM_BUS_ADDRESS"), bus.address());
-    Command command(words, environment, SignalState());
-    if (!command.start([](int status) { QCoreApplication::exit(status); }))
-        qFatal("%s", qUtf8Printable(command.errorString()));
+    Command command;
+    const auto failure = command.start(words, bus.address(), SignalState(),
+                                       [](int status) { QCoreApplication::exit(status); });
+    if (failure)
+        qFatal("%s", qUtf8Printable(failure.text()));
     return QCoreApplication::exec();
 }

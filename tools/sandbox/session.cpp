@@ -4,6 +4,7 @@
 #include "session.h"
 
 #include "endpoint.h"
+#include "exit_status.h"
 #include "process/termination_signals.h"
 #include "report/event_formatter.h"
 #include "report/expectation_reader.h"
@@ -25,7 +26,7 @@ Session::Session(const Options &options, const QString &directory)
 {
 }
 
-int Session::execute(const QProcessEnvironment &environment, const SignalState &signals)
+int Session::execute(const SignalState &signals)
 {
     const TerminationSignals terminationSignals(
         [this](int signal, bool isTyped) { end(signal, isTyped); });
@@ -33,7 +34,7 @@ int Session::execute(const QProcessEnvironment &environment, const SignalState &
     if (!failure)
         failure = startService();
     if (!failure && !m_options.command.isEmpty())
-        failure = startCommand(environment, signals);
+        failure = startCommand(signals);
     if (failure) {
         printEvent(failure.text(), Style::Bad);
         return failure.status;
@@ -61,7 +62,7 @@ Tools::Failure Session::prepare()
             return failure;
         QString mistake;
         if (!readScenario(m_options.scenarioFile, &scenario, &mistake))
-            return {usageStatus, mistake};
+            return {SandboxFailed, mistake};
     }
     m_service.emplace(std::move(scenario), &m_log, [this] { m_bus.stop(); });
     return {};
@@ -74,7 +75,7 @@ Tools::Failure Session::openLog()
         return {};
     for (const QString &input : {m_options.scenarioFile, m_options.expectationFile}) {
         if (!input.isEmpty() && QFileInfo(input) == QFileInfo(file))
-            return {usageStatus, QStringLiteral("the log would overwrite this file"), {}, file};
+            return {SandboxFailed, QStringLiteral("the log would overwrite this file"), {}, file};
     }
     return m_log.open(file);
 }
@@ -83,17 +84,15 @@ Tools::Failure Session::startService()
 {
     const QString error = m_bus.start();
     if (!error.isNull())
-        return {busStatus, error};
+        return {SandboxFailed, error};
     return m_service->open(m_bus.address());
 }
 
-Tools::Failure Session::startCommand(QProcessEnvironment environment, const SignalState &signals)
+Tools::Failure Session::startCommand(const SignalState &signals)
 {
-    environment.insert(QLatin1String(DBus::busAddressVariable), m_bus.address());
-    m_command.emplace(m_options.command, environment, signals);
-    if (m_command->start([](int status) { QCoreApplication::exit(status); }))
-        return {};
-    return {commandStatus, m_command->errorString()};
+    m_command.emplace();
+    return m_command->start(m_options.command, m_bus.address(), signals,
+                            [](int status) { QCoreApplication::exit(status); });
 }
 
 // The failure of a command says more than a missing call.

@@ -12,7 +12,6 @@
 #include "scenario/file_watch.h"
 #include "service/simulated_service.h"
 
-#include <QtCore/QProcessEnvironment>
 #include <QtCore/QString>
 
 #include <optional>
@@ -29,16 +28,15 @@ public:
     /*!
      * \brief Runs until the command ends, or a termination signal comes; returns the exit status.
      *
-     * The command gets \a environment, with the address of the bus in it, and \a signals. A failure
-     * is printed.
+     * The command gets \a signals as they were. A failure is printed.
      */
-    int execute(const QProcessEnvironment &environment, const SignalState &signals);
+    int execute(const SignalState &signals);
 
 private:
     Tools::Failure prepare();
     Tools::Failure openLog();
     Tools::Failure startService();
-    Tools::Failure startCommand(QProcessEnvironment environment, const SignalState &signals);
+    Tools::Failure startCommand(const SignalState &signals);
     int statusAfter(int status) const;
     void end(int signal, bool isTyped);
     void reload();

@@ -3,7 +3,7 @@
 
 #include "expectation.h"
 
-#include "command_line.h"
+#include "exit_status.h"
 
 namespace Tarnvel::Sandbox {
 
@@ -43,7 +43,7 @@ Tools::Failure Expectation::missing() const
     const QString message = m_lateTime == 0
         ? QStringLiteral("the expected call did not come")
         : QStringLiteral("the expected call came after %1 s").arg(m_lateTime);
-    return {expectationStatus, message, {}, m_calls.at(m_met).location};
+    return {ExpectationsNotMet, message, {}, m_calls.at(m_met).location};
 }
 
 } // namespace Tarnvel::Sandbox

@@ -3,7 +3,7 @@
 
 #include "expectation_reader.h"
 
-#include "command_line.h"
+#include "exit_status.h"
 #include "scenario/json_document.h"
 
 #include <QtCore/QFile>
@@ -98,7 +98,7 @@ Tools::Failure parseExpectation(const QString &fileName, const QByteArray &text,
     JsonValue document;
     Mistake mistake;
     if (!parseJson(text, &document, &mistake) || !checkDocument(document, &mistake))
-        return {usageStatus, mistake.text, {}, locationOf(mistake.offset)};
+        return {SandboxFailed, mistake.text, {}, locationOf(mistake.offset)};
     QVector<ExpectedCall> calls;
     for (const JsonValue &value : document.members.front().value.items) {
         ExpectedCall call;
@@ -115,7 +115,7 @@ Tools::Failure readExpectation(const QString &fileName, Expectation *expectation
 {
     QFile file(fileName);
     if (!file.open(QIODevice::ReadOnly))
-        return {usageStatus, file.errorString(), {}, fileName};
+        return {SandboxFailed, file.errorString(), {}, fileName};
     return parseExpectation(fileName, file.readAll(), expectation);
 }
 

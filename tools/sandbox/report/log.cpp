@@ -3,7 +3,7 @@
 
 #include "log.h"
 
-#include "command_line.h"
+#include "exit_status.h"
 
 #include <QtCore/QJsonDocument>
 
@@ -53,7 +53,7 @@ void Log::write(const QByteArray &line)
 
 Tools::Failure Log::fileFailure() const
 {
-    return {usageStatus, m_file.errorString(), {}, m_file.fileName()};
+    return {SandboxFailed, m_file.errorString(), {}, m_file.fileName()};
 }
 
 void printEvent(const QString &line, Tools::Style style)

@@ -3,7 +3,7 @@
 
 #include "file_watch.h"
 
-#include "command_line.h"
+#include "exit_status.h"
 
 #include <QtCore/QFile>
 
@@ -100,7 +100,7 @@ Tools::Failure FileWatch::watch(const std::filesystem::path &path)
                                                       &error);
     if (!monitor)
         return {
-            usageStatus, QString::fromUtf8(error->message), {}, QFile::decodeName(path.c_str())};
+            SandboxFailed, QString::fromUtf8(error->message), {}, QFile::decodeName(path.c_str())};
     g_signal_connect(monitor, "changed", G_CALLBACK(receive), this);
     m_monitors.push_back(monitor);
     return {};

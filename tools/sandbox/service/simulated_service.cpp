@@ -5,8 +5,8 @@
 
 #include "bus_connection.h"
 #include "change_validation.h"
-#include "command_line.h"
 #include "endpoint.h"
+#include "exit_status.h"
 #include "reply.h"
 
 #include <QtCore/QTimer>
@@ -99,7 +99,7 @@ Tools::Failure SimulatedService::open(const QString &address)
     m_timerContext = std::make_unique<QObject>();
     const QString error = m_service.open(address);
     if (!error.isNull())
-        return {busStatus, error};
+        return {SandboxFailed, error};
     m_log->start();
     m_faults.setScenario(m_scenario);
     return {};
