@@ -4,7 +4,7 @@
 #include "configuration_reader.h"
 
 #include "bus_limits.h"
-#include "signature.h"
+#include "dbus_validation.h"
 
 #include <QtCore/QVector>
 

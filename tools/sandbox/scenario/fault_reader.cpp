@@ -5,7 +5,7 @@
 
 #include "configuration_reader.h"
 #include "endpoint.h"
-#include "json_members.h"
+#include "json_reader.h"
 
 #include <QtCore/QStringList>
 

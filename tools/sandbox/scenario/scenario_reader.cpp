@@ -6,7 +6,7 @@
 #include "configuration_reader.h"
 #include "endpoint.h"
 #include "fault_reader.h"
-#include "json_members.h"
+#include "json_reader.h"
 
 #include <QtCore/QFile>
 
