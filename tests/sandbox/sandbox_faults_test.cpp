@@ -347,8 +347,8 @@ void SandboxFaultsTest::aFaultOfTheScenarioBeforeGoesOn()
     QVERIFY(write(m_scenarioFile, scenarioWithFaults(second + "," + push)));
     finish();
     QCOMPARE(m_lines, QStringList({configurationText, "changed to nothing", "got zoom=1"}));
-    QVERIFY2(m_events.contains("acme/viewer (pid N): GetConfiguration: refused, Internal: this is "
-                               "a fault of the scenario (fault error)"),
+    QVERIFY2(m_events.contains("acme/viewer (pid N): GetConfiguration: refused, Internal: error "
+                               "injected by the sandbox (fault error)"),
              qPrintable(m_events.join('\n')));
 }
 
@@ -359,11 +359,11 @@ void SandboxFaultsTest::aDelayGoesTogetherWithAnotherFault()
                              R"({"fault": "exit", "method": "GetConfiguration"})"),
           {"get"});
     finish();
-    QCOMPARE(m_lines, QStringList("got error 1: this is a fault of the scenario"));
+    QCOMPARE(m_lines, QStringList("got error 1: error injected by the sandbox"));
     const QString get = "acme/viewer (pid N): GetConfiguration: ";
     QCOMPARE(m_events,
              QStringList({get + "delayed by 0.1 s (fault delay)",
-                          get + "refused, a.b: this is a fault of the scenario (fault error)"}));
+                          get + "refused, a.b: error injected by the sandbox (fault error)"}));
 }
 
 void SandboxFaultsTest::aDelayedCallCanBeExpected()

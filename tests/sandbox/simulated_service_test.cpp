@@ -4,7 +4,7 @@
 #include "endpoint.h"
 #include "private_bus.h"
 #include "raw_service.h"
-#include "scenario/scenario.h"
+#include "scenario/scenario_reader.h"
 #include "scenario/variant.h"
 
 #include <QtTest/QTest>
@@ -98,12 +98,12 @@ Variant configurations(int levels, bool isLastEmpty)
     return configuration;
 }
 
-// A scenario of one application with a value of \a type.
-QByteArray scenarioOf(const QByteArray &type, const QByteArray &value)
+// A scenario of one application with the value that \a text describes.
+QByteArray scenarioOf(const QByteArray &text)
 {
     return R"({"applications": [{"organization": "acme", "application": "viewer", "configuration":)"
-           R"( {"a": {"$type": ")"
-        + type + R"(", "value": )" + value + "}}}]}";
+           R"( {"a": {"$gvariant": ")"
+        + text + R"("}}}]})";
 }
 
 } // namespace
@@ -174,47 +174,37 @@ void ScenarioOnTheBusTest::ask(const Variant &configuration)
 
 void ScenarioOnTheBusTest::whatTheFileMayHoldPassesTheBus_data()
 {
-    QTest::addColumn<QByteArray>("type");
-    QTest::addColumn<QByteArray>("value");
+    QTest::addColumn<QByteArray>("text");
 
-    const auto repeated = [](const char *text, int count) {
-        return QByteArray(text).repeated(count);
+    const auto nested = [](int count, const char *begin, const char *middle, const char *end) {
+        return QByteArray(begin).repeated(count) + middle + QByteArray(end).repeated(count);
     };
-    const QByteArray variant = R"({"$type": "v", "value": )";
-    QTest::newRow("empty signature") << QByteArray("g") << QByteArray(R"("")");
-    QTest::newRow("longest signature") << QByteArray("g") << '"' + repeated("i", 255) + '"';
-    QTest::newRow("signature with the most arrays")
-        << QByteArray("g") << '"' + repeated("a", 32) + "i\"";
-    QTest::newRow("signature with the most structures")
-        << QByteArray("g") << '"' + repeated("(", 32) + 'i' + repeated(")", 32) + '"';
-    QTest::newRow("longest type") << '(' + repeated("y", 253) + ')'
-                                  << '[' + repeated("1,", 252) + "1]";
-    QTest::newRow("most arrays") << repeated("a", 32) + 'i'
-                                 << repeated("[", 32) + '1' + repeated("]", 32);
-    QTest::newRow("most structures") << repeated("(", 32) + 'i' + repeated(")", 32)
-                                     << repeated("[", 32) + '1' + repeated("]", 32);
-    QTest::newRow("most variants")
-        << QByteArray("v") << variant.repeated(60) + '1' + repeated("}", 60);
-    QTest::newRow("dictionaries in variants")
-        << QByteArray("a{iv}")
-        << repeated(R"([[1, {"$type": "a{iv}", "value": )", 19) + R"([[1, "x"]])"
-            + repeated("}]]", 19);
-    QTest::newRow("file descriptors in a signature") << QByteArray("g") << QByteArray("\"h\"");
+    const auto signature = [](const QByteArray &types) { return "signature '" + types + "'"; };
+    QTest::newRow("empty signature") << signature("");
+    QTest::newRow("longest signature") << signature(QByteArray(255, 'i'));
+    QTest::newRow("signature with the most arrays") << signature(nested(32, "a", "i", ""));
+    QTest::newRow("signature with the most structures") << signature(nested(32, "(", "i", ")"));
+    QTest::newRow("longest type") << "@(" + QByteArray(253, 'y') + ") ("
+            + nested(252, "1,", "1", "") + ')';
+    QTest::newRow("most arrays") << nested(32, "[", "1", "]");
+    QTest::newRow("most structures") << nested(32, "(", "1", ",)");
+    QTest::newRow("most variants") << nested(61, "<", "1", ">");
+    QTest::newRow("dictionaries in variants") << nested(20, "{1: <", "'x'", ">}");
+    QTest::newRow("file descriptors in a signature") << signature("h");
     QTest::newRow("object paths as keys")
-        << QByteArray("a{oa{gb}}") << QByteArray(R"({"/": {"": true}, "/a_B9": {"ii": false}})");
+        << QByteArray("@a{oa{gb}} {'/': {'': true}, '/a_B9': {'ii': false}}");
     QTest::newRow("characters beyond the 16 bits, and none")
-        << QByteArray("s") << QByteArray(R"("\udbff\udfff\ufffe\uffff")");
+        << QByteArray(R"('\udbff\udfff\ufffe\uffff')");
 }
 
 void ScenarioOnTheBusTest::whatTheFileMayHoldPassesTheBus()
 {
-    QFETCH(QByteArray, type);
-    QFETCH(QByteArray, value);
+    QFETCH(QByteArray, text);
 
     Scenario scenario;
-    QString mistake;
-    QVERIFY2(parseScenario("w.json", scenarioOf(type, value), &scenario, &mistake),
-             qPrintable(mistake));
+    for (const Tarnvel::Tools::Failure &failure :
+         parseScenario("w.json", scenarioOf(text), &scenario))
+        QFAIL(qPrintable(failure.text()));
     QCOMPARE(scenario.size(), 1);
     ask(scenario.first().configuration);
     QCOMPARE(m_outcome->error, QString());

@@ -6,6 +6,7 @@
 #include "endpoint.h"
 #include "process/termination_signals.h"
 #include "report/event_formatter.h"
+#include "scenario/scenario_reader.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QFileInfo>
@@ -45,9 +46,12 @@ bool Session::prepare()
     // Before the file is read, so that no change falls in between.
     m_watch.emplace(m_options.scenarioFile, [this] { readAgain(); });
     mistake = m_watch->errorString();
-    if (!mistake.isNull() || !readScenario(m_options.scenarioFile, &m_scenario, &mistake))
+    if (!mistake.isNull())
         return fail(mistake, usageStatus);
-    return true;
+    const auto failures = readScenario(m_options.scenarioFile, &m_scenario);
+    for (const Tools::Failure &failure : failures)
+        fail(failure.text(), usageStatus);
+    return failures.isEmpty();
 }
 
 bool Session::openLog()
@@ -112,11 +116,11 @@ void Session::end(int signal, bool isTyped)
 void Session::readAgain()
 {
     const QString &file = m_options.scenarioFile;
-    QString mistake;
-    if (!readScenario(file, &m_scenario, &mistake)) {
-        m_log.report(scenarioEvent(file, mistake, Style::Bad));
+    const auto failures = readScenario(file, &m_scenario);
+    for (const Tools::Failure &failure : failures)
+        m_log.report(scenarioEvent(file, failure.text(), Style::Bad));
+    if (!failures.isEmpty())
         return;
-    }
     m_log.report(scenarioEvent(file, QStringLiteral("%1: read again").arg(file), Style::Aside));
     m_service->apply(m_scenario);
 }

@@ -18,7 +18,7 @@ namespace {
 
 const QString within = QStringLiteral("within");
 
-bool checkCall(const JsonValue &call, Mistake *mistake)
+void checkCall(const JsonValue &call, Diagnostics *diagnostics)
 {
     static const QMap<QString, JsonValue::Kind> kinds {
         {QStringLiteral("application"), JsonValue::String},
@@ -33,33 +33,31 @@ bool checkCall(const JsonValue &call, Mistake *mistake)
         {within, JsonValue::Number},
     };
     if (call.kind != JsonValue::Object)
-        return refuse(call.offset, QStringLiteral("not an object"), mistake);
+        diagnostics->add(call.offset, QStringLiteral("not an object"));
     for (const JsonMember &member : call.members) {
         const auto kind = kinds.find(member.key);
         if (kind == kinds.end())
-            return refuse(member.offset,
-                          QStringLiteral("%1 is no member of a call").arg(quoted(member.key)),
-                          mistake);
-        if (member.value.kind != *kind)
-            return refuse(member.value.offset,
-                          QStringLiteral("%1 is not %2").arg(quoted(member.key), describe(*kind)),
-                          mistake);
+            diagnostics->add(member.offset,
+                             QStringLiteral("%1 is no member of a call").arg(quoted(member.key)));
+        else if (member.value.kind != *kind)
+            diagnostics->add(
+                member.value.offset,
+                QStringLiteral("%1 is not %2").arg(quoted(member.key), describe(*kind)));
     }
-    return true;
 }
 
-bool checkDocument(const JsonValue &document, Mistake *mistake)
+const std::vector<JsonValue> &checkDocument(const JsonValue &document, Diagnostics *diagnostics)
 {
-    const JsonMember *const list = document.member(QLatin1String("calls"));
-    if (!list || list->value.kind != JsonValue::List || document.members.size() != 1)
-        return refuse(document.offset,
-                      QStringLiteral("not an object with a list of \"calls\" and nothing else"),
-                      mistake);
-    for (const JsonValue &call : list->value.items) {
-        if (!checkCall(call, mistake))
-            return false;
+    static const std::vector<JsonValue> none;
+    const JsonValue *const calls = document.member(QLatin1String("calls"));
+    if (!calls || calls->kind != JsonValue::List || document.members.size() != 1) {
+        diagnostics->add(document.offset,
+                         QStringLiteral("not an object with a list of \"calls\" and nothing else"));
+        return none;
     }
-    return true;
+    for (const JsonValue &call : calls->items)
+        checkCall(call, diagnostics);
+    return calls->items;
 }
 
 bool fits(const QJsonObject &members, const QJsonObject &record)
@@ -75,23 +73,24 @@ bool fits(const QJsonObject &members, const QJsonObject &record)
 
 bool Expectation::parse(const QString &fileName, const QByteArray &text, QString *mistake)
 {
-    const auto place = [&](int offset) {
-        return fileName + QLatin1Char(':') + lineAndColumn(text, offset);
-    };
-    JsonValue document;
-    Mistake found;
-    if (!parseJson(text, &document, &found) || !checkDocument(document, &found)) {
-        *mistake = place(found.offset) + QLatin1String(": ") + found.text;
+    Diagnostics diagnostics(fileName, text);
+    const JsonValue document = parseJson(text, &diagnostics);
+    static const std::vector<JsonValue> none;
+    const std::vector<JsonValue> &calls = diagnostics.failures().isEmpty()
+        ? checkDocument(document, &diagnostics)
+        : none;
+    const auto failures = diagnostics.failures();
+    if (!failures.isEmpty()) {
+        *mistake = failures.first().text();
         return false;
     }
-    const std::vector<JsonValue> &calls = document.members.front().value.items;
     const QJsonArray values =
         QJsonDocument::fromJson(text).object().value(QLatin1String("calls")).toArray();
     for (int index = 0; index < values.size(); ++index) {
         QJsonObject members = values.at(index).toObject();
         const QJsonValue limit = members.take(within);
-        m_calls.append({place(calls.at(static_cast<std::size_t>(index)).offset), members,
-                        limit.toDouble(std::numeric_limits<double>::infinity())});
+        m_calls.append({diagnostics.location(calls.at(static_cast<std::size_t>(index)).offset),
+                        members, limit.toDouble(std::numeric_limits<double>::infinity())});
     }
     return true;
 }

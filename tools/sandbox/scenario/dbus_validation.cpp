@@ -3,81 +3,108 @@
 
 #include "dbus_validation.h"
 
+#include "bus_limits.h"
+#include "variant.h"
+
 #include <algorithm>
 
 namespace Tarnvel::Sandbox {
 
 namespace {
 
-constexpr int maximumSignatureSize = 255;
-constexpr int maximumArrayDepth = 32;
-constexpr int maximumStructureDepth = 32;
-
-enum Counted {
-    Arrays,
-    Structures,
+// How many containers a type holds inside one another, itself included. Arrays count as if they
+// had an item; the contents of variants do not count.
+struct Nesting
+{
+    int containers = 0;
+    int arrays = 0;
+    int structures = 0;
 };
 
-int depthOf(const GVariantType *type, Counted counted);
-
-int depthOfItems(const GVariantType *type, Counted counted)
+Nesting nestingOf(const GVariantType *type)
 {
-    int depth = 0;
-    for (const GVariantType *item = g_variant_type_first(type); item;
-         item = g_variant_type_next(item))
-        depth = std::max(depth, depthOf(item, counted));
-    return depth;
+    if (!g_variant_type_is_container(type))
+        return {};
+    if (g_variant_type_is_variant(type))
+        return {1, 0, 0};
+    const bool isArray = g_variant_type_is_array(type);
+    Nesting nesting;
+    const GVariantType *item = isArray ? g_variant_type_element(type) : g_variant_type_first(type);
+    while (item) {
+        const Nesting inner = nestingOf(item);
+        nesting.containers = std::max(nesting.containers, inner.containers);
+        nesting.arrays = std::max(nesting.arrays, inner.arrays);
+        nesting.structures = std::max(nesting.structures, inner.structures);
+        item = isArray ? nullptr : g_variant_type_next(item);
+    }
+    ++nesting.containers;
+    nesting.arrays += isArray ? 1 : 0;
+    nesting.structures += g_variant_type_is_tuple(type) ? 1 : 0;
+    return nesting;
 }
 
-int depthOf(const GVariantType *type, Counted counted)
+// GLib knows no bounds, and some types that D-Bus does not.
+QString signatureViolation(const QByteArray &signature)
 {
-    if (g_variant_type_is_array(type))
-        return (counted == Arrays ? 1 : 0) + depthOf(g_variant_type_element(type), counted);
-    if (g_variant_type_is_tuple(type))
-        return (counted == Structures ? 1 : 0) + depthOfItems(type, counted);
-    return g_variant_type_is_dict_entry(type) ? depthOfItems(type, counted) : 0;
+    if (signature.size() > DBus::maximumSignatureSize)
+        return QStringLiteral("D-Bus limits a signature to %1 characters")
+            .arg(DBus::maximumSignatureSize);
+    if (signature.contains("()"))
+        return QStringLiteral("D-Bus has no empty structures");
+    if (signature.count('{') != signature.count("a{"))
+        return QStringLiteral("D-Bus has dictionary entries only in arrays");
+    // A signature may consist of several types, a GVariantType is one.
+    const QByteArray structure = '(' + signature + ')';
+    const Nesting nesting = nestingOf(
+        reinterpret_cast<const GVariantType *>(structure.constData()));
+    if (nesting.arrays > DBus::maximumArrayDepth
+        || nesting.structures - 1 > DBus::maximumStructureDepth)
+        return QStringLiteral("D-Bus limits a signature to %1 nested arrays and %2 structures")
+            .arg(DBus::maximumArrayDepth)
+            .arg(DBus::maximumStructureDepth);
+    return {};
 }
 
-// GLib knows some types that D-Bus does not: structures without members and entries without a
-// dictionary; and it knows no bounds.
-bool isKnownToDBus(const QString &text)
+QString contentViolation(GVariant *value, int depth)
 {
-    return text.size() <= maximumSignatureSize && !text.contains(QLatin1String("()"))
-        && text.count(QLatin1Char('{')) == text.count(QLatin1String("a{"));
+    if (g_variant_is_of_type(value, G_VARIANT_TYPE_SIGNATURE))
+        return signatureViolation(g_variant_get_string(value, nullptr));
+    const QByteArray type = g_variant_get_type_string(value);
+    if (!type.contains('v') && !type.contains('g'))
+        return {};
+    for (gsize index = 0; index < g_variant_n_children(value); ++index) {
+        const Variant child = adopt(g_variant_get_child_value(value, index));
+        const QString violation = type == "v" ? dbusViolation(child.get(), depth + 1)
+                                              : contentViolation(child.get(), depth + 1);
+        if (!violation.isNull())
+            return violation;
+    }
+    return {};
 }
 
 } // namespace
 
-bool isSignature(const QString &text)
+QString dbusViolation(GVariant *value, int depth)
 {
-    if (!isKnownToDBus(text) || text.contains(QChar::Null)
-        || !g_variant_is_signature(text.toLatin1().constData()))
-        return false;
-    // As the members of a structure, the types can be looked at one by one.
-    const QByteArray structure = '(' + text.toLatin1() + ')';
-    const auto *type = reinterpret_cast<const GVariantType *>(structure.constData());
-    return depthOfItems(type, Arrays) <= maximumArrayDepth
-        && depthOfItems(type, Structures) <= maximumStructureDepth;
+    const QByteArray type = g_variant_get_type_string(value);
+    if (type.contains('m'))
+        return QStringLiteral("D-Bus has no maybe types");
+    if (type.contains('h'))
+        return QStringLiteral("a file cannot hold a file descriptor");
+    QString violation = signatureViolation(type);
+    if (violation.isNull())
+        violation = depthViolation(depth + nestingOf(g_variant_get_type(value)).containers);
+    return violation.isNull() ? contentViolation(value, depth) : violation;
 }
 
-bool isCompleteType(const QString &text)
+QString depthViolation(int containers)
 {
-    return isSignature(text) && g_variant_type_string_is_valid(text.toLatin1().constData());
-}
-
-int containerDepth(const GVariantType *type)
-{
-    if (g_variant_type_is_variant(type))
-        return 1;
-    if (g_variant_type_is_array(type))
-        return 1 + containerDepth(g_variant_type_element(type));
-    if (g_variant_type_is_basic(type))
-        return 0;
-    int depth = 0;
-    for (const GVariantType *item = g_variant_type_first(type); item;
-         item = g_variant_type_next(item))
-        depth = std::max(depth, containerDepth(item));
-    return 1 + depth;
+    if (containers <= DBus::maximumContainerDepth)
+        return {};
+    return QStringLiteral("D-Bus limits a message to %1 nested containers; "
+                          "each configuration takes %2")
+        .arg(DBus::maximumContainerDepth)
+        .arg(DBus::containersPerLevel);
 }
 
 } // namespace Tarnvel::Sandbox

@@ -9,18 +9,14 @@
 
 namespace Tarnvel::Sandbox {
 
-/*! \brief True if \a text is a D-Bus signature: any number of complete types. */
-bool isSignature(const QString &text);
-
-/*! \brief True if \a text is one complete D-Bus type. */
-bool isCompleteType(const QString &text);
-
 /*!
- * \brief How many containers a value of \a type holds inside one another, itself included.
+ * \brief Why no D-Bus message can hold \a value inside \a depth containers; null if one can.
  *
- * What lies inside the variants in it does not count. Arrays count as if there were an item in
- * them.
+ * The size of a message is not looked at.
  */
-int containerDepth(const GVariantType *type);
+QString dbusViolation(GVariant *value, int depth);
+
+/*! \brief Why no message can hold \a containers inside one another; null if one can. */
+QString depthViolation(int containers);
 
 } // namespace Tarnvel::Sandbox

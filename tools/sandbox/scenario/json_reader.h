@@ -3,59 +3,54 @@
 
 #pragma once
 
+#include "diagnostics.h"
 #include "json_document.h"
 
-#include <QtCore/QVector>
-
-#include <algorithm>
+#include <QtCore/QStringList>
 
 namespace Tarnvel::Sandbox {
 
-/*! \brief A member that an object may have, and how it gets into a \a Target. */
-template<typename Target>
-struct KnownMember
+// Each function returns what is in a value. If that is something else than expected, it adds a
+// diagnostic and returns a default value. A null pointer stands for a member that an object does
+// not have: it gives a default value and no diagnostic.
+
+bool readBoolean(const JsonValue *value, Diagnostics *diagnostics);
+QString readString(const JsonValue *value, Diagnostics *diagnostics);
+
+/*! \brief An integer from \a minimum to \a maximum. */
+qint64 readInteger(const JsonValue *value, qint64 minimum, qint64 maximum,
+                   Diagnostics *diagnostics);
+qint32 readInt32(const JsonValue *value, Diagnostics *diagnostics);
+
+/*! \brief A number from 0 to \a maximum. */
+double readNumber(const JsonValue *value, int maximum, Diagnostics *diagnostics);
+
+/*! \brief The items of a list. */
+const std::vector<JsonValue> &readList(const JsonValue *value, Diagnostics *diagnostics);
+
+/*! \brief Adds the diagnostic that \a expected was expected in place of \a value. */
+void refuse(const JsonValue &value, const QString &expected, Diagnostics *diagnostics);
+
+/*! \brief Reads an object member by member. */
+class ObjectReader
 {
-    const char *key;
-    bool isRequired;
-    /*! Reads the member, or is false and says what is wrong with it. */
-    bool (*read)(const JsonMember &member, Target *target, Mistake *mistake);
+public:
+    /*! \brief Adds a diagnostic if \a value is not an object; it then seems to have no members. */
+    ObjectReader(const JsonValue &value, Diagnostics *diagnostics);
+
+    /*! \brief The value of the member \a key, or null. */
+    const JsonValue *find(QLatin1String key);
+
+    /*! \brief The value of the member \a key; if there is none, null and a diagnostic. */
+    const JsonValue *require(QLatin1String key);
+
+    /*! \brief Adds a diagnostic for each member of \a name, "a range", that was not asked for. */
+    void refuseOthers(const QString &name);
+
+private:
+    const JsonValue &m_value;
+    Diagnostics *m_diagnostics;
+    QStringList m_known;
 };
-
-/*! \brief True if \a value, which \a name stands for, is of \a kind; otherwise a mistake. */
-bool isOfKind(const JsonValue &value, JsonValue::Kind kind, const QString &name, Mistake *mistake);
-
-/*! \brief Does as isOfKind() with the value of \a member. */
-bool isOfKind(const JsonMember &member, JsonValue::Kind kind, Mistake *mistake);
-
-/*!
- * \brief Reads the members of \a value, which \a name stands for, into \a target.
- *
- * It is a mistake if it is no object, if a member is not among the \a known ones, and if one of
- * these is missing that is required.
- */
-template<typename Target>
-bool readMembers(const JsonValue &value, const QString &name,
-                 const QVector<KnownMember<Target>> &known, Target *target, Mistake *mistake)
-{
-    if (!isOfKind(value, JsonValue::Object, name, mistake))
-        return false;
-    for (const JsonMember &member : value.members) {
-        const auto found = std::find_if(known.begin(), known.end(), [&member](const auto &one) {
-            return member.key == QLatin1String(one.key);
-        });
-        if (found == known.end())
-            return refuse(member.offset,
-                          QStringLiteral("%1 is no member of %2").arg(quoted(member.key), name),
-                          mistake);
-        if (!found->read(member, target, mistake))
-            return false;
-    }
-    for (const KnownMember<Target> &one : known) {
-        if (one.isRequired && !value.member(QLatin1String(one.key)))
-            return refuse(value.offset,
-                          QStringLiteral("\"%1\" is missing").arg(QLatin1String(one.key)), mistake);
-    }
-    return true;
-}
 
 } // namespace Tarnvel::Sandbox
