@@ -28,36 +28,17 @@ Variant readScalar(const JsonValue &value, Diagnostics *diagnostics)
     }
 }
 
-// Reads values with the number of containers around them in mind.
-class ValueReader
+bool isCarried(const JsonValue &value, const QString &violation, Diagnostics *diagnostics)
 {
-public:
-    explicit ValueReader(Diagnostics *diagnostics) : m_diagnostics(diagnostics) { }
-
-    Variant readValue(const JsonValue &value, int depth) const;
-
-private:
-    Variant readArray(const JsonValue &list, int depth) const;
-    Variant readText(const JsonValue &object, int depth) const;
-    Variant readObject(const JsonValue &object, int depth) const;
-    bool isCarried(const JsonValue &value, const QString &violation) const;
-
-    Diagnostics *m_diagnostics;
-};
-
-Variant ValueReader::readValue(const JsonValue &value, int depth) const
-{
-    if (value.kind == JsonValue::List)
-        return readArray(value, depth);
-    if (value.kind != JsonValue::Object)
-        return readScalar(value, m_diagnostics);
-    return value.member(textKey) ? readText(value, depth) : readObject(value, depth);
+    if (!violation.isNull())
+        diagnostics->add(value.offset, violation);
+    return violation.isNull();
 }
 
-Variant ValueReader::readArray(const JsonValue &list, int depth) const
+Variant readArray(const JsonValue &list, int depth, Diagnostics *diagnostics)
 {
-    const QVector<Variant> items = readItems(list, m_diagnostics);
-    if (!isCarried(list, depthViolation(depth + 1)))
+    const QVector<Variant> items = readItems(list, diagnostics);
+    if (!isCarried(list, depthViolation(depth + 1), diagnostics))
         return {};
     GVariantBuilder builder;
     g_variant_builder_init(&builder,
@@ -67,44 +48,44 @@ Variant ValueReader::readArray(const JsonValue &list, int depth) const
     return adopt(g_variant_builder_end(&builder));
 }
 
-Variant ValueReader::readText(const JsonValue &object, int depth) const
+Variant readText(const JsonValue &object, int depth, Diagnostics *diagnostics)
 {
-    ObjectReader reader(object, m_diagnostics);
+    ObjectReader reader(object, diagnostics);
     const JsonValue &text = *reader.require(textKey);
     reader.refuseOthers(QStringLiteral("a value with \"%1\"").arg(textKey));
-    const QByteArray string = readString(&text, m_diagnostics).toUtf8();
+    const QByteArray string = readString(&text, diagnostics).toUtf8();
     if (text.kind != JsonValue::String)
         return {};
     g_autoptr(GError) error = nullptr;
     GVariant *const parsed = g_variant_parse(nullptr, string.constData(), nullptr, nullptr, &error);
     if (!parsed) {
-        m_diagnostics->add(
+        diagnostics->add(
             text.offset,
             QStringLiteral("invalid GVariant text: %1").arg(QString::fromUtf8(error->message)));
         return {};
     }
     const Variant value = adopt(parsed);
-    return isCarried(text, dbusViolation(parsed, depth)) ? inOrder(value) : Variant();
+    return isCarried(text, dbusViolation(parsed, depth), diagnostics) ? inOrder(value) : Variant();
 }
 
-Variant ValueReader::readObject(const JsonValue &object, int depth) const
+// There are \a depth containers around the value.
+Variant readValue(const JsonValue &value, int depth, Diagnostics *diagnostics)
 {
+    if (value.kind == JsonValue::List)
+        return readArray(value, depth, diagnostics);
+    if (value.kind != JsonValue::Object)
+        return readScalar(value, diagnostics);
+    if (value.member(textKey))
+        return readText(value, depth, diagnostics);
     const int innerDepth = depth + DBus::containersPerLevel;
-    if (!isCarried(object, depthViolation(innerDepth)))
+    if (!isCarried(value, depthViolation(innerDepth), diagnostics))
         return {};
     Entries entries;
-    for (const JsonMember &member : object.members) {
-        if (const Variant value = readValue(member.value, innerDepth))
-            entries.insert(member.key, value);
+    for (const JsonMember &member : value.members) {
+        if (const Variant content = readValue(member.value, innerDepth, diagnostics))
+            entries.insert(member.key, content);
     }
     return makeConfiguration(entries);
-}
-
-bool ValueReader::isCarried(const JsonValue &value, const QString &violation) const
-{
-    if (!violation.isNull())
-        m_diagnostics->add(value.offset, violation);
-    return violation.isNull();
 }
 
 } // namespace
@@ -117,7 +98,7 @@ Variant readConfiguration(const JsonValue *value, Diagnostics *diagnostics)
         refuse(*value, describe(JsonValue::Object), diagnostics);
         return {};
     }
-    const Variant configuration = ValueReader(diagnostics).readValue(*value, 0);
+    const Variant configuration = readValue(*value, 0, diagnostics);
     if (!configuration)
         return {};
     if (!g_variant_is_of_type(configuration.get(), G_VARIANT_TYPE_VARDICT))

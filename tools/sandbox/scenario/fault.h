@@ -60,7 +60,7 @@ struct Fault
 
 bool operator==(const Fault &left, const Fault &right);
 
-/*! \brief What there is to know about a kind of fault. */
+/*! \brief Describes a kind of fault. */
 struct FaultDescription
 {
     Fault::Kind kind;

@@ -9,7 +9,6 @@
 
 #include <QtCore/QStringList>
 
-#include <algorithm>
 #include <gio/gio.h>
 #include <limits>
 
@@ -21,15 +20,12 @@ const FaultDescription *readDescription(const JsonValue *name, Diagnostics *diag
 {
     if (!name)
         return nullptr;
-    const QVector<FaultDescription> &all = faultDescriptions();
-    const auto found = std::find_if(all.begin(), all.end(), [name](const FaultDescription &one) {
-        return name->text == QLatin1String(one.name);
-    });
-    if (found != all.end() && name->kind == JsonValue::String)
-        return &*found;
     QStringList names;
-    for (const FaultDescription &description : all)
+    for (const FaultDescription &description : faultDescriptions()) {
+        if (name->kind == JsonValue::String && name->text == QLatin1String(description.name))
+            return &description;
         names << QLatin1String(description.name);
+    }
     refuse(*name, QStringLiteral("one of the faults ") + names.join(QLatin1String(", ")),
            diagnostics);
     return nullptr;

@@ -41,7 +41,7 @@ struct Application
     bool isConfigurable = true;
     /*! The users whose calls are served; those of all users if there is no list. */
     std::optional<QVector<quint32>> users;
-    /*! What the application may set, in the order of the file; anything where nothing is said. */
+    /*! What the application may set, in the order of the file; other settings may get any value. */
     QVector<AllowedValues> allowed;
     /*! What goes wrong, in the order of the file. */
     QVector<Fault> faults;
