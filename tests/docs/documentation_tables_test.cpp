@@ -6,7 +6,7 @@
 #include "description.h"
 #include "endpoint.h"
 #include "message_log.h"
-#include "scenario/configuration_reader.h"
+#include "scenario/scenario_reader.h"
 
 #include <QtCore/QFile>
 #include <QtCore/QJsonDocument>
@@ -84,12 +84,12 @@ QString print(GVariant *value)
 
 QString wireFromJson(const QString &json)
 {
-    Tarnvel::Sandbox::JsonValue document;
-    Tarnvel::Sandbox::Mistake mistake;
-    if (!Tarnvel::Sandbox::parseJson(json.toUtf8(), &document, &mistake))
-        return {};
-    const auto value = Tarnvel::Sandbox::configurationFromJson(document, &mistake);
-    return value ? print(value.get()) : QString();
+    const QString text = R"({"applications": [{"organization": "acme", "application": "viewer",)"
+                         R"( "configuration": %1}]})";
+    Tarnvel::Sandbox::Scenario scenario;
+    return Tarnvel::Sandbox::parseScenario("w.json", text.arg(json).toUtf8(), &scenario).isEmpty()
+        ? print(scenario.first().configuration.get())
+        : QString();
 }
 
 QString jsonOf(const QString &page)

@@ -920,10 +920,10 @@ void SandboxTest::aBadScenarioChangesNothing()
 
     const QByteArray name = m_scenarioFile.toUtf8();
     QVERIFY(write(m_scenarioFile, "{\"applications\": [\n}"));
-    QCOMPARE(readLine(), name + ":2:1: no value");
+    QCOMPARE(readLine(), name + ":2:1: expected a value");
     QVERIFY(
         write(m_scenarioFile, scenarioOf({applicationOf("viewer", "\n{\"a\": 2, \"c\": null}")})));
-    QCOMPARE(readLine(), name + ":2:15: null is no value of a setting");
+    QCOMPARE(readLine(), name + ":2:15: expected a boolean, an integer or a string, found null");
     QCOMPARE(m_client->read(), QString("({'a': <1>, 'b': <2>},)"));
 
     QVERIFY(write(m_scenarioFile, scenarioOf({applicationOf("viewer", R"({"a": 3})")})));

@@ -7,6 +7,7 @@
 #include "process/private_directory.h"
 #include "process/supervisor.h"
 #include "report/log.h"
+#include "scenario/scenario_reader.h"
 #include "session.h"
 #include "standard_streams.h"
 
@@ -29,13 +30,13 @@ int check(const QStringList &scenarioFiles)
     int status = EXIT_SUCCESS;
     for (const QString &scenarioFile : scenarioFiles) {
         Scenario scenario;
-        QString mistake;
-        if (readScenario(scenarioFile, &scenario, &mistake)) {
-            printLine(stdout, scenarioFile + QStringLiteral(": valid"), Style::Good);
-        } else {
-            printEvent(mistake, Style::Bad);
+        const auto failures = readScenario(scenarioFile, &scenario);
+        for (const Tarnvel::Tools::Failure &failure : failures) {
+            printEvent(failure.text(), Style::Bad);
             status = SandboxFailed;
         }
+        if (failures.isEmpty())
+            printLine(stdout, scenarioFile + QStringLiteral(": valid"), Style::Good);
     }
     return status;
 }

@@ -8,6 +8,7 @@
 #include "process/termination_signals.h"
 #include "report/event_formatter.h"
 #include "report/expectation_reader.h"
+#include "scenario/scenario_reader.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QFileInfo>
@@ -30,15 +31,15 @@ int Session::execute(const SignalState &signals)
 {
     const TerminationSignals terminationSignals(
         [this](int signal, bool isTyped) { end(signal, isTyped); });
-    Tools::Failure failure = prepare();
-    if (!failure)
-        failure = startService();
-    if (!failure && !m_options.command.isEmpty())
-        failure = startCommand(signals);
-    if (failure) {
-        printEvent(failure.text(), Style::Bad);
-        return failure.status;
+    QVector<Tools::Failure> failures = readFiles();
+    if (failures.isEmpty()) {
+        if (const Tools::Failure failure = start(signals))
+            failures.append(failure);
     }
+    for (const Tools::Failure &failure : qAsConst(failures))
+        printEvent(failure.text(), Style::Bad);
+    if (!failures.isEmpty())
+        return failures.first().status;
     if (m_options.command.isEmpty())
         Tools::printLine(stdout,
                          QStringLiteral("export %1='%2'")
@@ -46,26 +47,31 @@ int Session::execute(const SignalState &signals)
     return statusAfter(QCoreApplication::exec());
 }
 
-Tools::Failure Session::prepare()
+QVector<Tools::Failure> Session::readFiles()
 {
-    if (!m_options.expectationFile.isEmpty()) {
-        if (Tools::Failure failure = readExpectation(m_options.expectationFile, &m_expectation))
-            return failure;
-    }
-    if (Tools::Failure failure = openLog())
-        return failure;
+    QVector<Tools::Failure> failures;
+    if (!m_options.expectationFile.isEmpty())
+        failures = readExpectation(m_options.expectationFile, &m_expectation);
     Scenario scenario;
-    if (!m_options.scenarioFile.isEmpty()) {
+    if (failures.isEmpty() && !m_options.scenarioFile.isEmpty()) {
         // Before the file is read, so that no change is missed.
         m_watch.emplace(m_options.scenarioFile, [this] { reload(); });
-        if (Tools::Failure failure = m_watch->start())
-            return failure;
-        QString mistake;
-        if (!readScenario(m_options.scenarioFile, &scenario, &mistake))
-            return {SandboxFailed, mistake};
+        if (const Tools::Failure failure = m_watch->start())
+            return {failure};
+        failures = readScenario(m_options.scenarioFile, &scenario);
     }
     m_service.emplace(std::move(scenario), &m_log, [this] { m_bus.stop(); });
-    return {};
+    return failures;
+}
+
+Tools::Failure Session::start(const SignalState &signals)
+{
+    Tools::Failure failure = openLog();
+    if (!failure)
+        failure = startService();
+    if (!failure && !m_options.command.isEmpty())
+        failure = startCommand(signals);
+    return failure;
 }
 
 Tools::Failure Session::openLog()
@@ -117,11 +123,11 @@ void Session::reload()
 {
     const QString &file = m_options.scenarioFile;
     Scenario scenario;
-    QString mistake;
-    if (!readScenario(file, &scenario, &mistake)) {
-        m_log.report(scenarioEvent(file, mistake, Style::Bad));
+    const QVector<Tools::Failure> failures = readScenario(file, &scenario);
+    for (const Tools::Failure &failure : failures)
+        m_log.report(scenarioEvent(file, failure.text(), Style::Bad));
+    if (!failures.isEmpty())
         return;
-    }
     m_log.report(scenarioEvent(file, QStringLiteral("%1: reloaded").arg(file), Style::Aside));
     m_service->apply(std::move(scenario));
 }

@@ -33,7 +33,8 @@ public:
     int execute(const SignalState &signals);
 
 private:
-    Tools::Failure prepare();
+    QVector<Tools::Failure> readFiles();
+    Tools::Failure start(const SignalState &signals);
     Tools::Failure openLog();
     Tools::Failure startService();
     Tools::Failure startCommand(const SignalState &signals);

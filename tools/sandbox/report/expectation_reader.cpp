@@ -4,17 +4,14 @@
 #include "expectation_reader.h"
 
 #include "exit_status.h"
-#include "scenario/json_document.h"
+#include "scenario/json_reader.h"
 
 #include <QtCore/QFile>
 #include <QtCore/QJsonArray>
-#include <QtCore/QMap>
 
 namespace Tarnvel::Sandbox {
 
 namespace {
-
-const QString within = QStringLiteral("within");
 
 QJsonValue toQtJson(const JsonValue &value)
 {
@@ -42,80 +39,64 @@ QJsonValue toQtJson(const JsonValue &value)
     return object;
 }
 
-bool checkCall(const JsonValue &call, Mistake *mistake)
+ExpectedCall readCall(const JsonValue &value, Diagnostics *diagnostics)
 {
-    static const QMap<QString, JsonValue::Kind> kinds {
-        {QStringLiteral("application"), JsonValue::String},
-        {QStringLiteral("change"), JsonValue::Object},
-        {QStringLiteral("error"), JsonValue::String},
-        {QStringLiteral("fault"), JsonValue::String},
-        {QStringLiteral("message"), JsonValue::String},
-        {QStringLiteral("method"), JsonValue::String},
-        {QStringLiteral("outcome"), JsonValue::String},
-        {QStringLiteral("path"), JsonValue::String},
-        {QStringLiteral("user"), JsonValue::Number},
-        {within, JsonValue::Number},
-    };
-    if (call.kind != JsonValue::Object)
-        return refuse(call.offset,
-                      QStringLiteral("expected an object, found %1").arg(describe(call.kind)),
-                      mistake);
-    for (const JsonMember &member : call.members) {
-        const auto kind = kinds.find(member.key);
-        if (kind == kinds.end())
-            return refuse(member.offset,
-                          QStringLiteral("unknown member of a call: %1").arg(quoted(member.key)),
-                          mistake);
-        if (member.value.kind != *kind)
-            return refuse(
-                member.value.offset,
-                QStringLiteral("%1: expected %2, found %3")
-                    .arg(quoted(member.key), describe(*kind), describe(member.value.kind)),
-                mistake);
+    ExpectedCall call;
+    call.location = diagnostics->location(value.offset);
+    ObjectReader reader(value, diagnostics);
+    for (const char *const name :
+         {"application", "error", "fault", "message", "method", "outcome", "path"}) {
+        const QLatin1String key(name);
+        if (const JsonValue *const member = reader.find(key))
+            call.members.insert(key, readString(member, diagnostics));
     }
-    return true;
+    const QLatin1String userKey("user");
+    if (const JsonValue *const user = reader.find(userKey))
+        call.members.insert(userKey,
+                            readInteger(user, 0, std::numeric_limits<quint32>::max(), diagnostics));
+    const QLatin1String changeKey("change");
+    if (const JsonValue *const change = reader.find(changeKey)) {
+        call.members.insert(changeKey, toQtJson(*change));
+        if (change->kind != JsonValue::Object)
+            refuse(*change, describe(JsonValue::Object), diagnostics);
+    }
+    if (const JsonValue *const within = reader.find(QLatin1String("within")))
+        call.within = readNumber(within, std::numeric_limits<int>::max(), diagnostics);
+    reader.refuseOthers(QStringLiteral("a call"));
+    return call;
 }
 
-bool checkDocument(const JsonValue &document, Mistake *mistake)
+QVector<ExpectedCall> readDocument(const JsonValue &document, Diagnostics *diagnostics)
 {
-    const JsonMember *const list = document.member(QLatin1String("calls"));
-    if (!list || list->value.kind != JsonValue::List || document.members.size() != 1)
-        return refuse(document.offset,
-                      QStringLiteral("expected an object with a list of \"calls\" alone"), mistake);
-    const std::vector<JsonValue> &calls = list->value.items;
-    return std::all_of(calls.begin(), calls.end(),
-                       [mistake](const JsonValue &call) { return checkCall(call, mistake); });
+    QVector<ExpectedCall> calls;
+    ObjectReader reader(document, diagnostics);
+    for (const JsonValue &call : readList(reader.require(QLatin1String("calls")), diagnostics))
+        calls.append(readCall(call, diagnostics));
+    reader.refuseOthers(QStringLiteral("an expectation"));
+    return calls;
 }
 
 } // namespace
 
-Tools::Failure parseExpectation(const QString &fileName, const QByteArray &text,
-                                Expectation *expectation)
+QVector<Tools::Failure> parseExpectation(const QString &fileName, const QByteArray &text,
+                                         Expectation *expectation)
 {
-    const auto locationOf = [&](int offset) {
-        return fileName + QLatin1Char(':') + lineAndColumn(text, offset);
-    };
-    JsonValue document;
-    Mistake mistake;
-    if (!parseJson(text, &document, &mistake) || !checkDocument(document, &mistake))
-        return {SandboxFailed, mistake.text, {}, locationOf(mistake.offset)};
-    QVector<ExpectedCall> calls;
-    for (const JsonValue &value : document.members.front().value.items) {
-        ExpectedCall call;
-        call.location = locationOf(value.offset);
-        call.members = toQtJson(value).toObject();
-        call.within = call.members.take(within).toDouble(call.within);
-        calls.append(call);
-    }
-    *expectation = Expectation(calls);
-    return {};
+    Diagnostics diagnostics(fileName, text);
+    const JsonValue document = parseJson(text, &diagnostics);
+    if (!diagnostics.failures().isEmpty())
+        return diagnostics.failures();
+    const QVector<ExpectedCall> calls = readDocument(document, &diagnostics);
+    const QVector<Tools::Failure> failures = diagnostics.failures();
+    if (failures.isEmpty())
+        *expectation = Expectation(calls);
+    return failures;
 }
 
-Tools::Failure readExpectation(const QString &fileName, Expectation *expectation)
+QVector<Tools::Failure> readExpectation(const QString &fileName, Expectation *expectation)
 {
     QFile file(fileName);
     if (!file.open(QIODevice::ReadOnly))
-        return {SandboxFailed, file.errorString(), {}, fileName};
+        return {{SandboxFailed, file.errorString(), {}, fileName}};
     return parseExpectation(fileName, file.readAll(), expectation);
 }
 

@@ -14,12 +14,12 @@ namespace Tarnvel::Sandbox {
  *
  * The file is an object with a list of "calls". Each is an object whose members the record of a
  * call in the log must have, too; "within" is the seconds from the start within which it must come.
- * Anything else is a failure with its place in the file; \a expectation is then unchanged.
+ * The result is all that is wrong with it; if there is anything, \a expectation is unchanged.
  */
-Tools::Failure parseExpectation(const QString &fileName, const QByteArray &text,
-                                Expectation *expectation);
+QVector<Tools::Failure> parseExpectation(const QString &fileName, const QByteArray &text,
+                                         Expectation *expectation);
 
 /*! \brief Does as parseExpectation() with the content of the file. */
-Tools::Failure readExpectation(const QString &fileName, Expectation *expectation);
+QVector<Tools::Failure> readExpectation(const QString &fileName, Expectation *expectation);
 
 } // namespace Tarnvel::Sandbox
