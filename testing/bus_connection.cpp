@@ -11,57 +11,42 @@ namespace Tarnvel::Testing {
 
 namespace {
 
-// GDBus waits without end for a bus that accepts a connection and then says nothing.
-class Deadline
+// Cancels \a work after \a timeoutMs: GDBus waits without end for a bus that accepts a connection
+// and then says nothing.
+template<typename Work>
+auto withDeadline(int timeoutMs, Work work)
 {
-public:
-    explicit Deadline(int timeoutMs)
-        : m_cancellable(g_cancellable_new()), m_thread([this, timeoutMs] {
-              const std::chrono::milliseconds timeout(timeoutMs);
-              if (m_isMet.get_future().wait_for(timeout) == std::future_status::timeout)
-                  g_cancellable_cancel(m_cancellable);
-          })
-    {
-    }
-
-    ~Deadline()
-    {
-        m_isMet.set_value();
-        m_thread.join();
-        g_object_unref(m_cancellable);
-    }
-
-    Deadline(const Deadline &) = delete;
-    Deadline &operator=(const Deadline &) = delete;
-
-    GCancellable *cancellable() const
-    {
-        return m_cancellable;
-    }
-
-private:
-    GCancellable *m_cancellable;
-    std::promise<void> m_isMet;
-    // Last, as it uses the others.
-    std::thread m_thread;
-};
+    g_autoptr(GCancellable) cancellable = g_cancellable_new();
+    std::promise<void> done;
+    std::thread watch([&done, timeoutMs, cancellable] {
+        const std::chrono::milliseconds timeout(timeoutMs);
+        if (done.get_future().wait_for(timeout) == std::future_status::timeout)
+            g_cancellable_cancel(cancellable);
+    });
+    const auto result = work(cancellable);
+    done.set_value();
+    watch.join();
+    return result;
+}
 
 } // namespace
 
 GDBusConnection *openConnection(const QString &address, GError **error, int timeoutMs)
 {
-    const Deadline deadline(timeoutMs);
     const auto flags = static_cast<GDBusConnectionFlags>(
         G_DBUS_CONNECTION_FLAGS_AUTHENTICATION_CLIENT
         | G_DBUS_CONNECTION_FLAGS_MESSAGE_BUS_CONNECTION);
-    return g_dbus_connection_new_for_address_sync(address.toUtf8().constData(), flags, nullptr,
-                                                  deadline.cancellable(), error);
+    return withDeadline(timeoutMs, [&](GCancellable *cancellable) {
+        return g_dbus_connection_new_for_address_sync(address.toUtf8().constData(), flags, nullptr,
+                                                      cancellable, error);
+    });
 }
 
-bool closeConnection(GDBusConnection *connection)
+void closeConnection(GDBusConnection *connection)
 {
-    const Deadline deadline(busTimeoutMs);
-    return g_dbus_connection_close_sync(connection, deadline.cancellable(), nullptr);
+    withDeadline(busTimeoutMs, [connection](GCancellable *cancellable) {
+        return g_dbus_connection_close_sync(connection, cancellable, nullptr);
+    });
 }
 
 GVariant *callBus(GDBusConnection *connection, const char *method, GVariant *arguments,

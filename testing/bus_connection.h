@@ -22,12 +22,9 @@ constexpr int busTimeoutMs = 60000;
 GDBusConnection *openConnection(const QString &address, GError **error,
                                 int timeoutMs = busTimeoutMs);
 
-/*!
- * \brief Sends what is still to be sent on \a connection and closes it.
- *
- * False if that has not succeeded within busTimeoutMs.
+/*! \brief Sends what is still to be sent on \a connection, for at most busTimeoutMs, and closes it.
  */
-bool closeConnection(GDBusConnection *connection);
+void closeConnection(GDBusConnection *connection);
 
 /*!
  * \brief Calls \a method of the bus itself, and returns its reply, a tuple of \a replyType.

@@ -54,17 +54,28 @@ QString PrivateBus::start()
 {
     if (m_ownDirectory && !m_ownDirectory->isValid())
         return m_ownDirectory->errorString();
-    const QString error = writeConfiguration();
-    if (!error.isNull())
-        return error;
+    QFile file(m_directory.filePath(QStringLiteral("bus.conf")));
+    const QByteArray text = QString::fromLatin1(configuration).arg(address()).toUtf8();
+    if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size() || !file.flush())
+        return QStringLiteral("%1: %2").arg(file.fileName(), file.errorString());
+
     // Here the daemon reports what its clients do wrong. A pipe that nobody reads would fill up and
     // block the daemon.
     m_daemon.setStandardErrorFile(QProcess::nullDevice());
     m_daemon.start(QStringLiteral("dbus-daemon"),
                    {QStringLiteral("--nofork"), QStringLiteral("--nopidfile"),
                     QStringLiteral("--print-address=1"),
-                    QStringLiteral("--config-file=") + configurationFile()});
-    return waitForAddress();
+                    QStringLiteral("--config-file=") + file.fileName()});
+    // The daemon prints its address once it listens.
+    const QDeadlineTimer deadline(busTimeoutMs);
+    while (!m_daemon.canReadLine()) {
+        if (!m_daemon.waitForReadyRead(static_cast<int>(deadline.remainingTime()))) {
+            const QString error = m_daemon.errorString();
+            stop();
+            return QStringLiteral("dbus-daemon did not start: %1").arg(error);
+        }
+    }
+    return {};
 }
 
 void PrivateBus::stop()
@@ -85,34 +96,6 @@ QString PrivateBus::address() const
 qint64 PrivateBus::processId() const
 {
     return m_daemon.processId();
-}
-
-QString PrivateBus::configurationFile() const
-{
-    return m_directory.filePath(QStringLiteral("bus.conf"));
-}
-
-QString PrivateBus::writeConfiguration() const
-{
-    QFile file(configurationFile());
-    const QByteArray text = QString::fromLatin1(configuration).arg(address()).toUtf8();
-    if (file.open(QIODevice::WriteOnly) && file.write(text) == text.size() && file.flush())
-        return {};
-    return QStringLiteral("%1: %2").arg(file.fileName(), file.errorString());
-}
-
-QString PrivateBus::waitForAddress()
-{
-    // The daemon prints its address once it listens.
-    const QDeadlineTimer deadline(busTimeoutMs);
-    while (!m_daemon.canReadLine()) {
-        if (!m_daemon.waitForReadyRead(static_cast<int>(deadline.remainingTime()))) {
-            const QString error = m_daemon.errorString();
-            stop();
-            return QStringLiteral("dbus-daemon did not start: %1").arg(error);
-        }
-    }
-    return {};
 }
 
 void PrivateBus::Daemon::setupChildProcess()

@@ -59,10 +59,6 @@ private:
         void setupChildProcess() override;
     };
 
-    QString configurationFile() const;
-    QString writeConfiguration() const;
-    QString waitForAddress();
-
     std::optional<QTemporaryDir> m_ownDirectory;
     QDir m_directory;
     Daemon m_daemon;

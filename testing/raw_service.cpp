@@ -12,18 +12,19 @@ namespace Tarnvel::Testing {
 
 namespace {
 
-struct Delivery
-{
-    std::weak_ptr<RawService::Handler> handler;
-    MethodCall call;
-};
+using WeakHandler = std::weak_ptr<RawService::Handler>;
+using Task = std::function<void()>;
 
-gboolean deliver(gpointer data)
+gboolean runTask(gpointer task)
 {
-    const auto *delivery = static_cast<Delivery *>(data);
-    if (const auto handler = delivery->handler.lock())
-        (*handler)(delivery->call);
+    (*static_cast<Task *>(task))();
     return G_SOURCE_REMOVE;
+}
+
+template<typename Type>
+void deleteAs(gpointer data)
+{
+    delete static_cast<Type *>(data);
 }
 
 bool isForApplication(GDBusMessage *message)
@@ -35,14 +36,17 @@ bool isForApplication(GDBusMessage *message)
 // Runs in GDBus's own thread. Exported objects would not do: their paths are not known beforehand,
 // and GDBus would insist on the right signature and on exactly one answer.
 GDBusMessage *filterMessage(GDBusConnection *connection, GDBusMessage *message, gboolean isIncoming,
-                            gpointer handler)
+                            gpointer data)
 {
     if (!isIncoming || !isForApplication(message))
         return message;
-    auto *delivery = new Delivery {*static_cast<std::weak_ptr<RawService::Handler> *>(handler),
-                                   MethodCall(connection, message)};
-    g_main_context_invoke_full(nullptr, G_PRIORITY_DEFAULT, deliver, delivery,
-                               [](gpointer data) { delete static_cast<Delivery *>(data); });
+    const Task task = [weakHandler = *static_cast<WeakHandler *>(data),
+                       call = MethodCall(connection, message)] {
+        if (const auto handler = weakHandler.lock())
+            (*handler)(call);
+    };
+    g_main_context_invoke_full(nullptr, G_PRIORITY_DEFAULT, runTask, new Task(task),
+                               deleteAs<Task>);
     g_object_unref(message);
     return nullptr;
 }
@@ -66,7 +70,8 @@ QString RawService::open(const QString &address)
     m_connection = openConnection(address, &error);
     if (m_connection) {
         g_signal_connect(m_connection, "closed", G_CALLBACK(receiveLoss), this);
-        receiveCalls();
+        g_dbus_connection_add_filter(m_connection, filterMessage, new WeakHandler(m_handler),
+                                     deleteAs<WeakHandler>);
         if (ownName(&error))
             return {};
     }
@@ -106,13 +111,6 @@ void RawService::receiveLoss(GDBusConnection *, gboolean, GError *, gpointer ser
     self->close();
     if (self->m_lossHandler)
         self->m_lossHandler();
-}
-
-void RawService::receiveCalls()
-{
-    g_dbus_connection_add_filter(
-        m_connection, filterMessage, new std::weak_ptr<Handler>(m_handler),
-        [](gpointer handler) { delete static_cast<std::weak_ptr<Handler> *>(handler); });
 }
 
 bool RawService::ownName(GError **error)

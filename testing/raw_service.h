@@ -66,7 +66,6 @@ public:
 private:
     static void receiveLoss(GDBusConnection *connection, gboolean isVanished, GError *error,
                             gpointer service);
-    void receiveCalls();
     bool ownName(GError **error);
 
     std::shared_ptr<Handler> m_handler;

@@ -11,6 +11,14 @@ constexpr int maximumContainerDepth = 64;
 /*! \brief What lies between a configuration and a value in it: an array, an entry and a variant. */
 constexpr int containersPerLevel = 3;
 
+/*! \brief The characters of the longest signature. */
+constexpr int maximumSignatureSize = 255;
+
+/*! \brief How many arrays, and how many structures, a signature holds inside one another at most.
+ */
+constexpr int maximumArrayDepth = 32;
+constexpr int maximumStructureDepth = 32;
+
 /*! \brief The bytes of the largest message that a system bus carries by default. */
 constexpr int maximumMessageSize = 32 * 1024 * 1024;
 

@@ -10,23 +10,23 @@ namespace Tarnvel::DBus {
 
 /*! \brief The service's name on the bus. */
 constexpr char serviceName[] = "org.brenvik.ManagedConfiguration";
-/*! \brief The interface of the objects that the service keeps, one for each application. */
+/*! \brief The interface of the service's objects, one for each application. */
 constexpr char applicationInterface[] = "org.brenvik.ManagedConfiguration.Application1";
-/*! \brief Comes before the name of each of the service's errors. */
+/*! \brief The prefix of the names of the service's errors. */
 constexpr char errorPrefix[] = "org.brenvik.ManagedConfiguration.Error.";
-/*! \brief The names of the service's errors, each without the prefix. */
+/*! \brief The names of the service's errors, without the prefix. */
 QStringList errorNames();
 /*! \brief The method that reads a configuration: () to (a{sv}). */
 constexpr char getConfigurationMethod[] = "GetConfiguration";
 /*! \brief The method that changes a configuration: (a{sv}) to (). */
 constexpr char changeConfigurationMethod[] = "ChangeConfiguration";
-/*! \brief The signal that announces a change. */
+/*! \brief The signal that is the announcement of a change. */
 constexpr char configurationChangedSignal[] = "ConfigurationChanged";
 
-/*! \brief Names the bus instead of the system's own, to whoever has it in the environment. */
+/*! \brief The environment variable with the address of another system bus than the machine's. */
 constexpr char busAddressVariable[] = "DBUS_SYSTEM_BUS_ADDRESS";
 
-/*! \brief The object path at which an application finds its configuration. */
+/*! \brief The object path of the configuration of \a application. */
 QString applicationPath(const QString &organization, const QString &application);
 
 } // namespace Tarnvel::DBus

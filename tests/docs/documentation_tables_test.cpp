@@ -5,7 +5,7 @@
 #include "bus_fixture.h"
 #include "description.h"
 #include "message_log.h"
-#include "scenario/configuration_reader.h"
+#include "scenario/scenario_reader.h"
 
 #include <QtCore/QFile>
 #include <QtCore/QJsonDocument>
@@ -56,12 +56,12 @@ QString print(GVariant *value)
 
 QString wireFromJson(const QString &json)
 {
-    Tarnvel::Sandbox::JsonValue document;
-    Tarnvel::Sandbox::Mistake mistake;
-    if (!Tarnvel::Sandbox::parseJson(json.toUtf8(), &document, &mistake))
-        return {};
-    const auto value = Tarnvel::Sandbox::configurationFromJson(document, &mistake);
-    return value ? print(value.get()) : QString();
+    const QString text = R"({"applications": [{"organization": "acme", "application": "viewer",)"
+                         R"( "configuration": %1}]})";
+    Tarnvel::Sandbox::Scenario scenario;
+    return Tarnvel::Sandbox::parseScenario("w.json", text.arg(json).toUtf8(), &scenario).isEmpty()
+        ? print(scenario.first().configuration.get())
+        : QString();
 }
 
 QString typeOf(const QString &wire)

@@ -18,56 +18,53 @@ Variant parse(const QByteArray &text)
     return adopt(value);
 }
 
-const char known[] = "{'theme': <'light'>, 'zoom': <100>, 'on': <true>, 'names': <['a']>, "
+const char given[] = "{'theme': <'light'>, 'zoom': <100>, 'on': <true>, 'names': <['a']>, "
                      "'sizes': <[1, 2]>, 'flags': <[true]>, 'none': <@as []>, 'odd': <0.5>, "
                      "'window': <{'width': <800>, 'bar': <{'shown': <true>, 'colour': <'red'>}>}>}";
+
+AllowedValues range(const QString &path, qint32 minimum, qint32 maximum)
+{
+    return {path, {}, minimum, maximum};
+}
+
+AllowedValues choice(const QString &path, const QVector<Variant> &values)
+{
+    AllowedValues allowed;
+    allowed.path = path;
+    allowed.values = values;
+    return allowed;
+}
 
 Application makeApplication()
 {
     Application application;
-    application.name = "acme/viewer";
-    application.configuration = parse(known);
     application.locked = QStringList {"window/bar/shown", "later"};
-    AllowedValues theme;
-    theme.path = "theme";
-    theme.values = {parse("'light'"), parse("'dark'")};
-    AllowedValues zoom;
-    zoom.path = "zoom";
-    zoom.minimum = 25;
-    zoom.maximum = 400;
-    AllowedValues sizes = zoom;
-    sizes.path = "sizes";
-    sizes.minimum = 0;
-    AllowedValues colour;
-    colour.path = "window/bar/colour";
-    colour.values = {parse("'blue'")};
-    AllowedValues width;
-    width.path = "window/width";
-    width.minimum = -5;
-    application.allowed = {theme, zoom, sizes, colour, width};
+    application.allowed = {choice("theme", {parse("'light'"), parse("'dark'")}),
+                           range("zoom", 25, 400), range("sizes", 0, 400),
+                           choice("window/bar/colour", {parse("'blue'")}),
+                           range("window/width", -5, std::numeric_limits<qint32>::max())};
     return application;
 }
 
 QString described(const std::optional<Refusal> &refusal)
 {
-    return refusal ? refusal->error + ": " + refusal->message : QString("admitted");
+    return refusal ? refusal->error + ": " + refusal->message : QString("accepted");
 }
 
 } // namespace
 
-class ChangePolicyTest : public QObject
+class ChangeValidationTest : public QObject
 {
     Q_OBJECT
 
 private Q_SLOTS:
-    void aChangeIsRefusedForItsCause_data();
-    void aChangeIsRefusedForItsCause();
-    void whatTheApplicationHasLostMayComeBack();
-    void aCallerIsRefusedForItsCause_data();
-    void aCallerIsRefusedForItsCause();
+    void aChangeIsRefusedForItsReason_data();
+    void aChangeIsRefusedForItsReason();
+    void aLostSettingMayComeBack();
+    void aCallerIsRefusedForItsReason();
 };
 
-void ChangePolicyTest::aChangeIsRefusedForItsCause_data()
+void ChangeValidationTest::aChangeIsRefusedForItsReason_data()
 {
     QTest::addColumn<QByteArray>("change");
     QTest::addColumn<QString>("outcome");
@@ -75,15 +72,14 @@ void ChangePolicyTest::aChangeIsRefusedForItsCause_data()
     const auto row = [](const char *name, const char *change, const char *outcome) {
         QTest::newRow(name) << QByteArray(change) << QString(outcome);
     };
-    row("nothing", "@a{sv} {}", "admitted");
-    row("all as it is", known, "admitted");
+    row("nothing", "@a{sv} {}", "accepted");
+    row("all as it is", given, "accepted");
     row("everything at once",
         "{'theme': <'dark'>, 'zoom': <25>, 'on': <false>, 'names': <['', 'b']>, 'sizes': <[400]>, "
         "'flags': <[false, true]>, 'odd': <0.25>}",
-        "admitted");
+        "accepted");
 
     row("key that is not there", "{'zom': <1>}", "NotExistingKey: \"zom\" does not exist");
-    row("empty key", "{'': <1>}", "NotExistingKey: \"\" does not exist");
     row("key in other case", "{'Theme': <'dark'>}", "NotExistingKey: \"Theme\" does not exist");
     row("nested key that is not there",
         "{'window': <{'bar': <{'shown': <true>, 'colour': <'red'>, 'size': <1>}>}>}",
@@ -106,27 +102,20 @@ void ChangePolicyTest::aChangeIsRefusedForItsCause_data()
         "InvalidType: \"odd\" is of the type \"d\", not an integer");
     row("nested", "{'window': <{'bar': <{'shown': <true>}>, 'width': <'x'>}>}",
         "InvalidType: \"window/width\" is an integer, not a string");
-    row("strings for an empty list", "{'none': <['x']>}", "admitted");
-    row("integers for an empty list", "{'none': <[1]>}", "admitted");
-    row("booleans for an empty list", "{'none': <[true]>}", "admitted");
-    row("string for an empty list", "{'none': <'x'>}",
-        "InvalidType: \"none\" is a list of strings, not a string");
+    for (const char *change : {"{'none': <['x']>}", "{'none': <[1]>}", "{'none': <[true]>}"})
+        row(change, change, "accepted");
 
     row("double", "{'zoom': <1.5>}",
-        "UnsupportedType: \"zoom\" would be of the type \"d\", as no setting can be");
+        "UnsupportedType: \"zoom\" cannot be of the type \"d\": no setting can");
     row("list of doubles", "{'none': <[1.5]>}",
-        "UnsupportedType: \"none\" would be of the type \"ad\", as no setting can be");
+        "UnsupportedType: \"none\" cannot be of the type \"ad\": no setting can");
     row("other dictionary", "{'window': <{'a': 1}>}", "Forbidden: \"window/bar/shown\" is locked");
-    row("nested double", "{'window': <{'bar': <{'shown': <true>}>, 'width': <1.5>}>}",
-        "UnsupportedType: \"window/width\" would be of the type \"d\", as no setting can be");
 
-    row("locked value", "{'window': <{'bar': <{'shown': <false>}>}>}",
-        "Forbidden: \"window/bar/shown\" is locked");
     row("locked value gone", "{'window': <@a{sv} {}>}",
         "Forbidden: \"window/bar/shown\" is locked");
     row("lock before the missing key", "{'later': <1>}", "Forbidden: \"later\" is locked");
     row("nothing else in the way of a lock",
-        "{'window': <{'bar': <{'shown': <true>, 'colour': <'blue'>}>}>}", "admitted");
+        "{'window': <{'bar': <{'shown': <true>, 'colour': <'blue'>}>}>}", "accepted");
 
     row("not in the list", "{'theme': <'blue'>}",
         "InvalidValue: \"theme\" may not be \"blue\", only \"light\", \"dark\"");
@@ -134,75 +123,57 @@ void ChangePolicyTest::aChangeIsRefusedForItsCause_data()
         "InvalidValue: \"zoom\" may not be 24, only 25 to 400");
     row("above the range", "{'zoom': <401>}",
         "InvalidValue: \"zoom\" may not be 401, only 25 to 400");
-    row("end of the range", "{'zoom': <400>}", "admitted");
+    row("end of the range", "{'zoom': <400>}", "accepted");
     row("item out of the range", "{'sizes': <[1, 401, -1]>}",
         "InvalidValue: \"sizes\" may not be 401, only 0 to 400");
-    row("no items", "{'sizes': <@ai []>}", "admitted");
+    row("no items", "{'sizes': <@ai []>}", "accepted");
     row("range without an end", "{'window': <{'bar': <{'shown': <true>}>, 'width': <-6>}>}",
         "InvalidValue: \"window/width\" may not be -6, only -5 to 2147483647");
-    row("nested, not in the list",
-        "{'window': <{'bar': <{'shown': <true>, 'colour': <'green'>}>}>}",
-        "InvalidValue: \"window/bar/colour\" may not be \"green\", only \"blue\"");
     row("a value that stays need not be allowed",
-        "{'window': <{'width': <0>, 'bar': <{'shown': <true>, 'colour': <'red'>}>}>}", "admitted");
+        "{'window': <{'width': <0>, 'bar': <{'shown': <true>, 'colour': <'red'>}>}>}", "accepted");
 }
 
-void ChangePolicyTest::aChangeIsRefusedForItsCause()
+void ChangeValidationTest::aChangeIsRefusedForItsReason()
 {
     QFETCH(QByteArray, change);
-    QTEST(described(refuseChange(makeApplication(), parse(known), parse(change).get())), "outcome");
+    const Configurations configurations {parse(given), parse(given)};
+    QTEST(described(refuseChange(makeApplication(), configurations, parse(change).get())),
+          "outcome");
 }
 
-void ChangePolicyTest::whatTheApplicationHasLostMayComeBack()
+void ChangeValidationTest::aLostSettingMayComeBack()
 {
-    Application application = makeApplication();
-    application.configuration = parse("{'window': <{'bar': <{'shown': <true>}>}>}");
+    const Configurations configurations {parse(given),
+                                         parse("{'window': <{'bar': <{'shown': <true>}>}>}")};
     const Variant change = parse("{'window': <{'width': <1>, 'bar': <{'shown': <true>}>}>}");
-    QCOMPARE(described(refuseChange(application, parse(known), change.get())), QString("admitted"));
+    QCOMPARE(described(refuseChange(makeApplication(), configurations, change.get())),
+             QString("accepted"));
 }
 
-void ChangePolicyTest::aCallerIsRefusedForItsCause_data()
+void ChangeValidationTest::aCallerIsRefusedForItsReason()
 {
-    QTest::addColumn<bool>("isConfigurable");
-    QTest::addColumn<bool>("isRestricted");
-    QTest::addColumn<QVector<quint32>>("users");
-    QTest::addColumn<qint64>("user");
-    QTest::addColumn<QString>("outcome");
+    constexpr quint32 last = 4294967294U;
+    const auto outcomeFor = [](const Application &application, std::optional<quint32> user) {
+        return described(refuseCaller(application, "/p", user));
+    };
+    Application application;
+    QCOMPARE(outcomeFor(application, {}), QString("accepted"));
 
-    constexpr qint64 unknown = -1;
-    const QVector<quint32> two {0, 4294967294U};
-    QTest::newRow("nobody is admitted") << true << true << QVector<quint32>() << qint64(0)
-                                        << "InvalidUserId: user 0 is not admitted to \"/p\"";
-    QTest::newRow("unknown user") << true << true << two << unknown
-                                  << "InvalidUserId: user (unknown) is not admitted to \"/p\"";
-    QTest::newRow("other user") << true << true << two << qint64(1)
-                                << "InvalidUserId: user 1 is not admitted to \"/p\"";
-    QTest::newRow("not configurable for anybody")
-        << false << true << two << qint64(1) << "NotConfigurable: \"/p\" is not configurable";
-    QTest::newRow("not configurable")
-        << false << false << two << qint64(0) << "NotConfigurable: \"/p\" is not configurable";
-    QTest::newRow("unknown user where all are admitted")
-        << true << false << two << unknown << "admitted";
-    QTest::newRow("last of the users") << true << true << two << qint64(4294967294U) << "admitted";
-    QTest::newRow("first of the users") << true << true << two << qint64(0) << "admitted";
+    application.users = QVector<quint32>();
+    QCOMPARE(outcomeFor(application, 0), QString("InvalidUserId: user 0 may not use \"/p\""));
+    application.users = QVector<quint32> {0, last};
+    QCOMPARE(outcomeFor(application, 1), QString("InvalidUserId: user 1 may not use \"/p\""));
+    QCOMPARE(outcomeFor(application, {}),
+             QString("InvalidUserId: user (unknown) may not use \"/p\""));
+    QCOMPARE(outcomeFor(application, 0), QString("accepted"));
+    QCOMPARE(outcomeFor(application, last), QString("accepted"));
+
+    application.isConfigurable = false;
+    for (const quint32 user : {0, 1})
+        QCOMPARE(outcomeFor(application, user),
+                 QString("NotConfigurable: \"/p\" is not configurable"));
 }
 
-void ChangePolicyTest::aCallerIsRefusedForItsCause()
-{
-    QFETCH(bool, isConfigurable);
-    QFETCH(bool, isRestricted);
-    QFETCH(QVector<quint32>, users);
-    QFETCH(qint64, user);
-    Application application = makeApplication();
-    application.isConfigurable = isConfigurable;
-    if (isRestricted)
-        application.users = users;
-    const std::optional<quint32> userId = user < 0
-        ? std::nullopt
-        : std::optional<quint32>(static_cast<quint32>(user));
-    QTEST(described(refuseCaller(application, "/p", userId)), "outcome");
-}
-
-QTEST_GUILESS_MAIN(ChangePolicyTest)
+QTEST_GUILESS_MAIN(ChangeValidationTest)
 
 #include "change_validation_test.moc"

@@ -1,39 +1,49 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "scenario/fault.h"
+#include "program.h"
 
 #include <QtCore/QFile>
-#include <QtCore/QJsonDocument>
-#include <QtCore/QJsonObject>
-#include <QtCore/QProcess>
 #include <QtCore/QRegularExpression>
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QTest>
 
 #include <unistd.h>
 
-using Tarnvel::Sandbox::FaultDescription;
-using Tarnvel::Sandbox::faultDescriptions;
+using Tarnvel::Testing::Outcome;
+using Tarnvel::Testing::Program;
 
 namespace {
 
-constexpr int timeoutMs = 40000;
-
 const char configuration[] = R"({"proxy": "p:1", "theme": "light", "zoom": 100})";
-const QString configurationText = QStringLiteral("got proxy=p:1 theme=light zoom=100");
+const QString configurationText = QStringLiteral("proxy=p:1 theme=light zoom=100");
+const QString got = "got " + configurationText;
 
-// The scenario of the viewer, with \a members, which begin with a comma, beside its configuration.
-QByteArray scenarioOf(const QByteArray &members)
+const QString disconnected = QStringLiteral(
+    "error 1: Message recipient disconnected from message bus without replying");
+const QString noOwner = QStringLiteral("error 1: The name org.brenvik.ManagedConfiguration was not "
+                                       "provided by any .service files");
+const QString noReply = QStringLiteral(
+    "error 1: Did not receive a reply. Possible causes include: the remote application did not "
+    "send a reply, the message bus security policy blocked the reply, the reply timeout expired, "
+    "or the network connection was broken.");
+const QString notConnected = QStringLiteral("error 1: Not connected to D-Bus server");
+
+// The lines that the sandbox prints for a call that sends nothing, and for one that sends a zoom.
+const QString get = QStringLiteral("acme/viewer (pid N): GetConfiguration: ");
+const QString set = QStringLiteral("acme/viewer (pid N): ChangeConfiguration {\"zoom\":120}: ");
+const QString announced = QStringLiteral("acme/viewer: ConfigurationChanged");
+
+QByteArray scenarioOf(const QByteArray &configuration, const QByteArray &otherMembers = {})
 {
-    return QByteArray(R"({"applications": [{"organization": "acme", "application": "viewer",)"
-                      R"( "configuration": )")
-        + configuration + members + "}]}";
+    return R"({"applications": [{"organization": "acme", "application": "viewer", )"
+           R"("configuration": )"
+        + configuration + otherMembers + "}]}";
 }
 
 QByteArray scenarioWithFaults(const QByteArray &faults)
 {
-    return scenarioOf(", \"faults\": [" + faults + "]");
+    return scenarioOf(configuration, ", \"faults\": [" + faults + "]");
 }
 
 bool write(const QString &fileName, const QByteArray &text)
@@ -42,7 +52,7 @@ bool write(const QString &fileName, const QByteArray &text)
     return file.open(QIODevice::WriteOnly) && file.write(text) == text.size();
 }
 
-// The example of a fault in the documentation.
+// The documentation's example of a fault.
 QByteArray exampleOf(const QString &name)
 {
     QFile file(DOCUMENTATION);
@@ -54,16 +64,6 @@ QByteArray exampleOf(const QString &name)
     return section.match(QString::fromUtf8(file.readAll())).captured(1).toUtf8();
 }
 
-QString errorText(int code, const QString &message)
-{
-    return QStringLiteral("error %1: %2").arg(code).arg(message);
-}
-
-const QString noOwner = QStringLiteral(
-    "The name org.brenvik.ManagedConfiguration was not provided by any .service files");
-const QString disconnected = QStringLiteral(
-    "Message recipient disconnected from message bus without replying");
-
 } // namespace
 
 class SandboxFaultsTest : public QObject
@@ -72,33 +72,31 @@ class SandboxFaultsTest : public QObject
 
 private Q_SLOTS:
     void init();
-    void cleanup();
-    void everyFaultIsListedAndDocumented();
-    void aFaultMeetsACall_data();
-    void aFaultMeetsACall();
-    void anAnswerThatIsTooLargeCostsTheServiceItsConnection();
-    void aFaultComesAtItsTime_data();
+
+    void aFaultAffectsACall_data();
+    void aFaultAffectsACall();
+    void aReplyThatIsTooLargeCostsTheServiceItsConnection();
     void aFaultComesAtItsTime();
     void aFloodIsMoreThanTheBusLetsTheApplicationRead();
-    void aFaultThatIsThereFromTheStartComesAtItsTime();
-    void aFaultOfTheScenarioBeforeGoesOn();
+    void aRestartedServiceComesBack();
+    void aFaultThatStaysInTheScenarioGoesOnCounting();
     void aDelayGoesTogetherWithAnotherFault();
-    void aDelayedCallCanBeExpected();
-    void everyErrorIsSeen_data();
-    void everyErrorIsSeen();
+    void everyErrorReachesTheApplication();
     void anEventIsOneLineOfText();
-    void everyRefusalIsSeen_data();
-    void everyRefusalIsSeen();
+    void everyRefusalReachesTheApplication_data();
+    void everyRefusalReachesTheApplication();
 
 private:
-    void start(const QByteArray &scenario, const QStringList &steps);
-    bool waitFor(QProcess::ProcessChannel channel, const QString &text);
-    void finish();
+    bool start(const QByteArray &scenario, const QStringList &steps,
+               const QByteArray &expectation = R"({"calls": []})");
+    bool waitForLine(const QString &text);
+    bool waitForEvent(const QString &text);
+    int finish();
 
     QScopedPointer<QTemporaryDir> m_directory;
-    QScopedPointer<QProcess> m_sandbox;
+    QScopedPointer<Program> m_sandbox;
     QString m_scenarioFile;
-    // What the application has printed, and what the sandbox: process ids are N.
+    // What the application has printed, and what the sandbox; each process id is N.
     QStringList m_lines;
     QStringList m_events;
 };
@@ -108,202 +106,122 @@ void SandboxFaultsTest::init()
     m_directory.reset(new QTemporaryDir);
     QVERIFY(m_directory->isValid());
     m_scenarioFile = m_directory->filePath("scenario.json");
-    m_sandbox.reset(new QProcess);
+    m_sandbox.reset(new Program("managed-configuration-sandbox"));
     m_lines.clear();
     m_events.clear();
 }
 
-void SandboxFaultsTest::cleanup()
+// Starts the application with its \a steps.
+bool SandboxFaultsTest::start(const QByteArray &scenario, const QStringList &steps,
+                              const QByteArray &expectation)
 {
-    if (m_sandbox->state() == QProcess::NotRunning)
-        return;
-    m_sandbox->terminate();
-    QVERIFY(m_sandbox->waitForFinished(timeoutMs));
+    const QString expectationFile = m_directory->filePath("calls.json");
+    if (!write(m_scenarioFile, scenario) || !write(expectationFile, expectation))
+        return false;
+    m_sandbox->start(
+        QStringList {"--scenario", m_scenarioFile, "--expect", expectationFile, "--", APPLICATION}
+        + steps);
+    return true;
 }
 
-// Starts the application with \a steps to do.
-void SandboxFaultsTest::start(const QByteArray &scenario, const QStringList &steps)
+bool SandboxFaultsTest::waitForLine(const QString &text)
 {
-    QVERIFY(write(m_scenarioFile, scenario));
-    m_sandbox->start(SANDBOX,
-                     QStringList {"--scenario", m_scenarioFile, "--", APPLICATION} + steps);
-    QVERIFY2(m_sandbox->waitForStarted(timeoutMs), qPrintable(m_sandbox->errorString()));
+    do
+        m_lines.append(m_sandbox->readLine());
+    while (!m_lines.last().contains(text) && !m_lines.last().startsWith("no line: "));
+    return m_lines.last().contains(text);
 }
 
-// Waits until \a channel has brought a line with \a text.
-bool SandboxFaultsTest::waitFor(QProcess::ProcessChannel channel, const QString &text)
+bool SandboxFaultsTest::waitForEvent(const QString &text)
 {
-    m_sandbox->setReadChannel(channel);
-    QStringList &lines = channel == QProcess::StandardOutput ? m_lines : m_events;
-    for (;;) {
-        while (m_sandbox->canReadLine()) {
-            lines.append(QString::fromUtf8(m_sandbox->readLine().chopped(1)));
-            if (lines.last().contains(text))
-                return true;
-        }
-        if (!m_sandbox->waitForReadyRead(timeoutMs))
-            return false;
-    }
+    do
+        m_events.append(m_sandbox->readErrorLine());
+    while (!m_events.last().contains(text) && !m_events.last().startsWith("no line: "));
+    return m_events.last().contains(text);
 }
 
-// Waits for the application's end and takes down all that has been printed.
-void SandboxFaultsTest::finish()
+// Waits for the end, adds all that has been printed, and returns the exit status.
+int SandboxFaultsTest::finish()
 {
-    QVERIFY(m_sandbox->state() == QProcess::NotRunning || m_sandbox->waitForFinished(timeoutMs));
-    QCOMPARE(m_sandbox->exitStatus(), QProcess::NormalExit);
-    QCOMPARE(m_sandbox->exitCode(), 0);
-    m_lines += QString::fromUtf8(m_sandbox->readAllStandardOutput()).split('\n');
-    m_events += QString::fromUtf8(m_sandbox->readAllStandardError()).split('\n');
-    QCOMPARE(m_lines.takeLast(), QString());
-    QCOMPARE(m_events.takeLast(), QString());
+    const Outcome outcome = m_sandbox->finish();
+    m_lines += outcome.output.split('\n', Qt::SkipEmptyParts);
+    m_events += outcome.errors.split('\n', Qt::SkipEmptyParts);
     m_events.replaceInStrings(QRegularExpression("pid \\d+"), "pid N");
+    return outcome.status;
 }
 
-void SandboxFaultsTest::everyFaultIsListedAndDocumented()
-{
-    m_sandbox->start(SANDBOX, {"--list-faults"});
-    finish();
-    const QVector<FaultDescription> &descriptions = faultDescriptions();
-    QCOMPARE(m_lines.size(), descriptions.size());
-    for (int index = 0; index < descriptions.size(); ++index) {
-        const FaultDescription &description = descriptions.at(index);
-        QCOMPARE(description.kind, static_cast<Tarnvel::Sandbox::Fault::Kind>(index));
-        const QStringList words = m_lines.at(index).simplified().split(' ');
-        QCOMPARE(words.first(), QString(description.name));
-        QVERIFY2(m_lines.at(index).endsWith(description.text), qPrintable(m_lines.at(index)));
-        QCOMPARE(words.contains("call,") || words.at(1) == "call", description.comesWithCall);
-        const QJsonObject example = QJsonDocument::fromJson(exampleOf(words.first())).object();
-        QCOMPARE(example.value("fault").toString(), words.first());
-    }
-}
-
-void SandboxFaultsTest::aFaultMeetsACall_data()
+void SandboxFaultsTest::aFaultAffectsACall_data()
 {
     QTest::addColumn<QStringList>("steps");
     QTest::addColumn<QStringList>("lines");
     QTest::addColumn<QStringList>("events");
 
-    const QString get = "acme/viewer (pid N): GetConfiguration: ";
-    const QString set = "acme/viewer (pid N): ChangeConfiguration {\"zoom\":120}: ";
-    const QString changed = "acme/viewer: ConfigurationChanged";
+    const auto row = [](const char *name, const QStringList &steps, const QStringList &lines,
+                        const QStringList &events) {
+        QTest::newRow(name) << steps << lines << events;
+    };
     const QString answered = get + "answered, 3 entries";
-
-    QTest::newRow("error") << QStringList {"set zoom=120", "set zoom=120", "get"}
-                           << QStringList {"set error 5: not today", "set error 5: not today",
-                                           configurationText}
-                           << QStringList {set + "refused, Forbidden: not today (fault error)",
-                                           set + "refused, Forbidden: not today (fault error)",
-                                           answered};
-    QTest::newRow("delay") << QStringList {"get"} << QStringList {configurationText}
-                           << QStringList {get + "delayed by 1.5 s (fault delay)", answered};
-    QTest::newRow("no-answer") << QStringList {"get", "get"}
-                               << QStringList {"got "
-                                                   + errorText(1,
-                                                               "Did not receive a reply. Possible "
-                                                               "causes include: the remote "
-                                                               "application did not send a reply, "
-                                                               "the message bus security policy "
-                                                               "blocked the reply, the reply "
-                                                               "timeout expired, or the network "
-                                                               "connection was broken."),
-                                               configurationText}
-                               << QStringList {get + "unanswered (fault no-answer)", answered};
-    QTest::newRow("wrong-signature")
-        << QStringList {"get", "set zoom=120", "follow"}
-        << QStringList {"got "
-                            + errorText(1,
-                                        "Unexpected reply signature: got \"si\", expected "
-                                        "\"a{sv}\""),
-                        "set done", "changed to nothing"}
-        << QStringList {get + "answered, 3 entries (fault wrong-signature)", set + "accepted",
-                        changed, get + "answered, 3 entries (fault wrong-signature)"};
-    QTest::newRow("further-arguments")
-        << QStringList {"get"} << QStringList {configurationText}
-        << QStringList {get + "answered, 3 entries (fault further-arguments)"};
-    QTest::newRow("exit") << QStringList {"get", "get", "set zoom=120"}
-                          << QStringList {"got " + errorText(1, disconnected),
-                                          "got " + errorText(1, noOwner),
-                                          "set " + errorText(1, noOwner)}
-                          << QStringList {get + "unanswered (fault exit)",
-                                          "the service has ended (fault exit)"};
-    QTest::newRow("restart") << QStringList {"get", "set zoom=120", "get"}
-                             << QStringList {configurationText, "set " + errorText(1, disconnected),
-                                             "got " + errorText(1, noOwner)}
-                             << QStringList {answered, set + "unanswered (fault restart)",
-                                             "the service has ended (fault restart)"};
-    QTest::newRow("bus-death")
-        << QStringList {"get", "get", "get"}
-        << QStringList {configurationText, "got " + errorText(1, "Not connected to D-Bus server"),
-                        "got " + errorText(1, "Not connected to D-Bus server")}
-        << QStringList {answered, get + "unanswered (fault bus-death)",
-                        "the bus has died (fault bus-death)"};
+    const QString refused = set + "refused, Forbidden: not today (fault error)";
+    row("error", {"set zoom=120", "set zoom=120", "get"},
+        {"set error 5: not today", "set error 5: not today", got}, {refused, refused, answered});
+    row("delay", {"get"}, {got}, {get + "delayed by 1.5 s (fault delay)", answered});
+    row("no-answer", {"get", "get"}, {"got " + noReply, got},
+        {get + "unanswered (fault no-answer)", answered});
+    row("wrong-signature", {"get", "set zoom=120", "follow"},
+        {R"(got error 1: Unexpected reply signature: got "si", expected "a{sv}")", "set done",
+         "changed to nothing"},
+        {answered + " (fault wrong-signature)", set + "accepted", announced,
+         answered + " (fault wrong-signature)"});
+    row("further-arguments", {"get"}, {got}, {answered + " (fault further-arguments)"});
+    row("exit", {"get", "get", "set zoom=120"},
+        {"got " + disconnected, "got " + noOwner, "set " + noOwner},
+        {get + "unanswered (fault exit)", "the service has ended (fault exit)"});
+    row("restart", {"get", "set zoom=120", "get"}, {got, "set " + disconnected, "got " + noOwner},
+        {answered, set + "unanswered (fault restart)", "the service has ended (fault restart)"});
+    row("bus-death", {"get", "get", "get"}, {got, "got " + notConnected, "got " + notConnected},
+        {answered, get + "unanswered (fault bus-death)", "the bus has died (fault bus-death)"});
 }
 
-void SandboxFaultsTest::aFaultMeetsACall()
+void SandboxFaultsTest::aFaultAffectsACall()
 {
     QFETCH(QStringList, steps);
-    start(scenarioWithFaults(exampleOf(QTest::currentDataTag())), steps);
-    finish();
+    // So that a restarted service is not back before the application is done.
+    const QByteArray fault = exampleOf(QTest::currentDataTag())
+                                 .replace("\"seconds\": 0.5", "\"seconds\": 86400");
+    QVERIFY(start(scenarioWithFaults(fault), steps));
+    QCOMPARE(finish(), 0);
     QTEST(m_lines, "lines");
     QTEST(m_events, "events");
 }
 
-void SandboxFaultsTest::anAnswerThatIsTooLargeCostsTheServiceItsConnection()
+void SandboxFaultsTest::aReplyThatIsTooLargeCostsTheServiceItsConnection()
 {
-    start(scenarioWithFaults(exampleOf("too-large")), {"get", "follow", "get"});
-    QVERIFY(waitFor(QProcess::StandardError, "the service has come back"));
-    QVERIFY(write(m_scenarioFile,
-                  R"({"applications": [{"organization": "acme",)"
-                  R"( "application": "viewer", "configuration": {"last": 1}}]})"));
-    finish();
-    QCOMPARE(m_lines,
-             QStringList({"got " + errorText(1, disconnected), "changed to last=1", "got last=1"}));
-    QCOMPARE(
-        m_events.at(0),
-        QString("acme/viewer (pid N): GetConfiguration: answered, 3 entries (fault too-large)"));
-    QCOMPARE(m_events.at(1), QString("the bus has closed the service's connection"));
-}
-
-void SandboxFaultsTest::aFaultComesAtItsTime_data()
-{
-    QTest::addColumn<int>("changes");
-    QTest::addColumn<QString>("change");
-    QTest::addColumn<QString>("event");
-
-    const QString same = "changed to proxy=p:1 theme=light zoom=100";
-    const QString changed = "acme/viewer: ConfigurationChanged";
-    QTest::newRow("spoofed-signal") << 0 << "" << changed + " (fault spoofed-signal)";
-    QTest::newRow("announce") << 1 << same << changed + " (fault announce)";
-    QTest::newRow("announce-twice") << 2 << same << changed + " (fault announce-twice)";
-    QTest::newRow("push") << 1 << "changed to theme=dark zoom=150" << changed + " (fault push)";
+    QVERIFY(start(scenarioWithFaults(exampleOf("too-large")), {"get", "follow", "get"}));
+    QVERIFY(waitForEvent("the service has come back"));
+    QVERIFY(write(m_scenarioFile, scenarioOf(R"({"last": 1})")));
+    QCOMPARE(finish(), 0);
+    QCOMPARE(m_lines, QStringList({"got " + disconnected, "changed to last=1", "got last=1"}));
+    QCOMPARE(m_events.mid(0, 2),
+             QStringList({get + "answered, 3 entries (fault too-large)",
+                          "the bus has closed the service's connection"}));
 }
 
 void SandboxFaultsTest::aFaultComesAtItsTime()
 {
-    QFETCH(int, changes);
-    QFETCH(QString, change);
-    QFETCH(QString, event);
-    QStringList steps {"get"};
-    for (int step = 0; step <= changes; ++step)
-        steps.append("follow");
-    start(scenarioOf({}), steps);
-    QVERIFY(waitFor(QProcess::StandardOutput, configurationText));
-    QVERIFY(write(m_scenarioFile, scenarioWithFaults(exampleOf(QTest::currentDataTag()))));
-    QVERIFY(waitFor(QProcess::StandardError, "(fault "));
-    QCOMPARE(m_events.last(), event);
-    QStringList lines {configurationText};
-    for (int step = 0; step < changes; ++step) {
-        lines.append(change);
-        QVERIFY(waitFor(QProcess::StandardOutput, "changed to "));
+    QVERIFY(start(scenarioOf(configuration),
+                  {"get", "follow", "follow", "follow", "follow", "follow"}));
+    QVERIFY(waitForLine(got));
+    for (const QString name : {"announce", "announce-twice", "spoofed-signal", "push"}) {
+        QVERIFY(write(m_scenarioFile, scenarioWithFaults(exampleOf(name))));
+        QVERIFY(waitForEvent(QString("%1 (fault %2)").arg(announced, name)));
     }
-
-    // Behind all that the fault has brought, the change that ends the application.
-    QVERIFY(write(m_scenarioFile,
-                  R"({"applications": [{"organization": "acme",)"
-                  R"( "application": "viewer", "configuration": {"last": 1}}]})"));
-    finish();
-    lines.append("changed to last=1");
-    QCOMPARE(m_lines, lines);
+    QVERIFY(waitForLine("changed to theme=dark zoom=150"));
+    QVERIFY(write(m_scenarioFile, scenarioOf(R"({"last": 1})")));
+    QCOMPARE(finish(), 0);
+    const QString same = "changed to " + configurationText;
+    QCOMPARE(m_lines,
+             QStringList(
+                 {got, same, same, same, "changed to theme=dark zoom=150", "changed to last=1"}));
 }
 
 void SandboxFaultsTest::aFloodIsMoreThanTheBusLetsTheApplicationRead()
@@ -312,148 +230,126 @@ void SandboxFaultsTest::aFloodIsMoreThanTheBusLetsTheApplicationRead()
     QStringList steps {"get"};
     for (int step = 0; step < changes; ++step)
         steps.append("follow");
-    start(scenarioOf({}), steps);
-    QVERIFY(waitFor(QProcess::StandardOutput, configurationText));
+    QVERIFY(start(scenarioOf(configuration), steps));
+    QVERIFY(waitForLine(got));
     QVERIFY(write(m_scenarioFile, scenarioWithFaults(exampleOf("flood"))));
-    finish();
-    QVERIFY(m_events.contains("acme/viewer: ConfigurationChanged, 1000 times (fault flood)"));
+    QCOMPARE(finish(), 0);
+    QVERIFY(m_events.contains(announced + ", 1000 times (fault flood)"));
     QCOMPARE(m_lines.size(), changes + 1);
-    const int read = m_lines.count("changed to proxy=p:1 theme=light zoom=100");
-    QVERIFY2(read >= 1, qPrintable(m_lines.join('\n')));
+    const int read = m_lines.count("changed to " + configurationText);
+    QVERIFY(read >= 1 && read < changes);
     QCOMPARE(read + m_lines.count("changed to nothing"), changes);
 }
 
-void SandboxFaultsTest::aFaultThatIsThereFromTheStartComesAtItsTime()
+void SandboxFaultsTest::aRestartedServiceComesBack()
 {
-    QVERIFY(write(
-        m_scenarioFile,
-        scenarioWithFaults(R"({"fault": "restart", "time": 0},)"
-                           R"({"fault": "push", "time": 0.1, "configuration": {"zoom": 7}})")));
-    m_sandbox->start(SANDBOX, {"--scenario", m_scenarioFile});
-    QVERIFY(waitFor(QProcess::StandardError, "acme/viewer: ConfigurationChanged (fault push)"));
-    const int ended = m_events.indexOf("the service has ended (fault restart)");
-    const int back = m_events.indexOf("the service has come back");
-    QVERIFY2(ended >= 0 && back > ended, qPrintable(m_events.join('\n')));
+    QVERIFY(start(scenarioWithFaults(R"({"fault": "restart", "time": 0})"), {"get", "follow"}));
+    QVERIFY(waitForEvent("the service has ended (fault restart)"));
+    QVERIFY(waitForEvent("the service has come back"));
+    QVERIFY(waitForLine("got "));
+    QVERIFY(write(m_scenarioFile, scenarioOf(R"({"last": 1})")));
+    QVERIFY(waitForLine("changed to last=1"));
+    QCOMPARE(finish(), 0);
 }
 
-void SandboxFaultsTest::aFaultOfTheScenarioBeforeGoesOn()
+void SandboxFaultsTest::aFaultThatStaysInTheScenarioGoesOnCounting()
 {
     const QByteArray second =
         R"({"fault": "error", "method": "GetConfiguration", "call": 2, "error": "Internal"})";
     const QByteArray push = R"({"fault": "push", "time": 0, "configuration": {"zoom": 1}})";
-    start(scenarioWithFaults(second), {"get", "follow", "get"});
-    QVERIFY(waitFor(QProcess::StandardOutput, configurationText));
-    // The call that follows this change is the second.
-    QVERIFY(write(m_scenarioFile, scenarioWithFaults(second + "," + push)));
-    finish();
-    QCOMPARE(m_lines, QStringList({configurationText, "changed to nothing", "got zoom=1"}));
-    QVERIFY2(m_events.contains("acme/viewer (pid N): GetConfiguration: refused, Internal: this is "
-                               "a fault of the scenario (fault error)"),
-             qPrintable(m_events.join('\n')));
+    QVERIFY(start(scenarioWithFaults(second), {"get", "follow", "get"}));
+    QVERIFY(waitForLine(got));
+    // The call that follows this announcement is the second.
+    QVERIFY(write(m_scenarioFile, scenarioWithFaults(second + ", " + push)));
+    QCOMPARE(finish(), 0);
+    QCOMPARE(m_lines, QStringList({got, "changed to nothing", "got zoom=1"}));
+    QVERIFY(
+        m_events.contains(get + "refused, Internal: error injected by the sandbox (fault error)"));
 }
 
 void SandboxFaultsTest::aDelayGoesTogetherWithAnotherFault()
 {
-    start(scenarioWithFaults(R"({"fault": "error", "method": "GetConfiguration", "error": "a.b"},)"
-                             R"({"fault": "delay", "method": "GetConfiguration", "seconds": 0.1},)"
-                             R"({"fault": "exit", "method": "GetConfiguration"})"),
-          {"get"});
-    finish();
-    QCOMPARE(m_lines, QStringList("got error 1: this is a fault of the scenario"));
-    const QString get = "acme/viewer (pid N): GetConfiguration: ";
+    QVERIFY(
+        start(scenarioWithFaults(
+                  R"({"fault": "error", "method": "GetConfiguration", "call": 2, "error": "a.b"},)"
+                  R"({"fault": "delay", "method": "GetConfiguration", "seconds": 0.125},)"
+                  R"({"fault": "exit", "method": "GetConfiguration", "call": 2})"),
+              {"get", "get"},
+              R"({"calls": [{"fault": "delay", "outcome": "answered"}, {"fault": "error"}]})"));
+    QCOMPARE(finish(), 0);
+    QCOMPARE(m_lines, QStringList({got, "got error 1: error injected by the sandbox"}));
+    const QString delayed = get + "delayed by 0.125 s (fault delay)";
     QCOMPARE(m_events,
-             QStringList({get + "delayed by 0.1 s (fault delay)",
-                          get + "refused, a.b: this is a fault of the scenario (fault error)"}));
+             QStringList({delayed, get + "answered, 3 entries", delayed,
+                          get + "refused, a.b: error injected by the sandbox (fault error)"}));
 }
 
-void SandboxFaultsTest::aDelayedCallCanBeExpected()
+void SandboxFaultsTest::everyErrorReachesTheApplication()
 {
-    QVERIFY(write(
-        m_scenarioFile,
-        scenarioWithFaults(R"({"fault": "delay", "method": "GetConfiguration", "seconds": 0.1})")));
-    const QString expectation = m_directory->filePath("calls.json");
-    QVERIFY(write(expectation, R"({"calls": [{"fault": "delay", "outcome": "answered"}]})"));
-    m_sandbox->start(
-        SANDBOX, {"--scenario", m_scenarioFile, "--expect", expectation, "--", APPLICATION, "get"});
-    finish();
-    QCOMPARE(m_lines, QStringList(configurationText));
-}
-
-void SandboxFaultsTest::everyErrorIsSeen_data()
-{
-    QTest::addColumn<QString>("error");
-    QTest::addColumn<int>("code");
-
-    QTest::newRow("not the service's") << "org.example.Failed" << 1;
-    int code = 1;
-    for (const char *error : {"Internal", "NotExistingKey", "InvalidType", "InvalidValue",
-                              "Forbidden", "NotConfigurable", "InvalidUserId", "UnsupportedType"})
-        QTest::newRow(error) << QString(error) << code++;
-}
-
-void SandboxFaultsTest::everyErrorIsSeen()
-{
-    QFETCH(QString, error);
-    QFETCH(int, code);
-    const QString fault =
-        R"({"fault": "error", "method": "%1", "error": "%2", "message": "ä \"%2\""})";
-    const QString get = fault.arg("GetConfiguration", error);
-    const QString change = fault.arg("ChangeConfiguration", error);
-    start(scenarioWithFaults((get + "," + change).toUtf8()), {"get", "set zoom=1"});
-    finish();
-    const QString seen = errorText(code, QString::fromUtf8("ä \"%1\"").arg(error));
-    QCOMPARE(m_lines, QStringList({"got " + seen, "set " + seen}));
+    const QStringList errors {"org.example.Failed", "Internal",      "NotExistingKey",
+                              "InvalidType",        "InvalidValue",  "Forbidden",
+                              "NotConfigurable",    "InvalidUserId", "UnsupportedType"};
+    QStringList faults;
+    QStringList steps;
+    QStringList lines;
+    for (int index = 0; index < errors.size(); ++index) {
+        for (const char *const method : {"GetConfiguration", "ChangeConfiguration"})
+            faults.append(QString::fromUtf8(R"({"fault": "error", "method": "%1", "call": %2, )"
+                                            R"("error": "%3", "message": "ä \"%3\""})")
+                              .arg(method, QString::number(index + 1), errors.at(index)));
+        steps << "get"
+              << "set zoom=1";
+        const QString error =
+            QString::fromUtf8("error %1: ä \"%2\"").arg(qMax(index, 1)).arg(errors.at(index));
+        lines << "got " + error << "set " + error;
+    }
+    QVERIFY(start(scenarioWithFaults(faults.join(',').toUtf8()), steps));
+    QCOMPARE(finish(), 0);
+    QCOMPARE(m_lines, lines);
 }
 
 void SandboxFaultsTest::anEventIsOneLineOfText()
 {
-    start(scenarioWithFaults(R"({"fault": "error", "method": "GetConfiguration",)"
-                             R"( "error": "a.b", "message": "one\ntwo\u001b[31m\u2028"})"),
-          {"get"});
-    finish();
-    QCOMPARE(m_events,
-             QStringList(QString::fromUtf8("acme/viewer (pid N): GetConfiguration: refused, a.b: "
-                                           "one�two�[31m� (fault error)")));
+    QVERIFY(start(scenarioWithFaults(R"({"fault": "error", "method": "GetConfiguration",)"
+                                     R"( "error": "a.b", "message": "one\ntwo\u001b[31m\u2028"})"),
+                  {"get"}));
+    QCOMPARE(finish(), 0);
+    const QString text = QString::fromUtf8("refused, a.b: one�two�[31m� (fault error)");
+    QCOMPARE(m_events, QStringList(get + text));
 }
 
-void SandboxFaultsTest::everyRefusalIsSeen_data()
+void SandboxFaultsTest::everyRefusalReachesTheApplication_data()
 {
-    QTest::addColumn<QByteArray>("members");
+    QTest::addColumn<QString>("members");
     QTest::addColumn<QStringList>("steps");
     QTest::addColumn<QStringList>("lines");
 
-    const QByteArray otherUser = QByteArray::number(getuid() + 1);
-    const QString notAdmitted = QString("error 7: user %1 is not admitted to \"/acme_2eviewer\"")
-                                    .arg(getuid());
+    const auto row = [](const char *name, const QString &members, const QStringList &steps,
+                        const QStringList &lines) {
+        QTest::newRow(name) << members << steps << lines;
+    };
     const QString notConfigurable = "error 6: \"/acme_2eviewer\" is not configurable";
-    QTest::newRow("NotExistingKey") << QByteArray() << QStringList {"set zom=1"}
-                                    << QStringList {"set error 2: \"zom\" does not exist"};
-    QTest::newRow("InvalidType") << QByteArray() << QStringList {"set zoom=x"}
-                                 << QStringList {
-                                        "set error 3: \"zoom\" is an integer, not a string"};
-    QTest::newRow("InvalidValue")
-        << QByteArray(R"(, "allowed": {"zoom": {"maximum": 400}})") << QStringList {"set zoom=500"}
-        << QStringList {"set error 4: \"zoom\" may not be 500, only -2147483648 to 400"};
-    QTest::newRow("Forbidden") << QByteArray(R"(, "locked": ["proxy"])")
-                               << QStringList {"set proxy=q", "set proxy=p:1"}
-                               << QStringList {"set error 5: \"proxy\" is locked", "set done"};
-    QTest::newRow("NotConfigurable")
-        << QByteArray(R"(, "configurable": false)") << QStringList {"get", "set zoom=1"}
-        << QStringList {"got " + notConfigurable, "set " + notConfigurable};
-    QTest::newRow("InvalidUserId")
-        << QByteArray(R"(, "users": [)" + otherUser + "]") << QStringList {"get", "set zoom=1"}
-        << QStringList {"got " + notAdmitted, "set " + notAdmitted};
-    QTest::newRow("admitted user")
-        << QByteArray(R"(, "users": [)" + QByteArray::number(getuid()) + "]") << QStringList {"get"}
-        << QStringList {configurationText};
+    row("not configurable", R"(, "configurable": false)", {"get", "set zoom=1"},
+        {"got " + notConfigurable, "set " + notConfigurable});
+    const QString users = R"(, "users": [%1])";
+    const QString notAUser = QString("error 7: user %1 may not use \"/acme_2eviewer\"")
+                                 .arg(getuid());
+    row("another user", users.arg(getuid() + 1), {"get", "set zoom=1"},
+        {"got " + notAUser, "set " + notAUser});
+    row("changes by the user",
+        users.arg(getuid()) + R"(, "allowed": {"zoom": {"maximum": 400}}, "locked": ["proxy"])",
+        {"set zom=1", "set zoom=x", "set zoom=500", "set proxy=q", "set proxy=p:1"},
+        {"set error 2: \"zom\" does not exist", "set error 3: \"zoom\" is an integer, not a string",
+         "set error 4: \"zoom\" may not be 500, only -2147483648 to 400",
+         "set error 5: \"proxy\" is locked", "set done"});
 }
 
-void SandboxFaultsTest::everyRefusalIsSeen()
+void SandboxFaultsTest::everyRefusalReachesTheApplication()
 {
-    QFETCH(QByteArray, members);
+    QFETCH(QString, members);
     QFETCH(QStringList, steps);
-    start(scenarioOf(members), steps);
-    finish();
+    QVERIFY(start(scenarioOf(configuration, members.toUtf8()), steps));
+    QCOMPARE(finish(), 0);
     QTEST(m_lines, "lines");
 }
 

@@ -3,63 +3,48 @@
 
 #include "command_line.h"
 
-#include "report/log.h"
+#include "exit_status.h"
 
 #include <QtCore/QCommandLineParser>
-
-#include <cstdlib>
 
 namespace Tarnvel::Sandbox {
 
 namespace {
 
 const char description[] =
-    "Runs a command on a private D-Bus system bus with a stand-in for the\n"
-    "managed-configuration service, which answers as a scenario file says. When the file\n"
-    "changes, so do the configurations. Without a command it stays until it is told to\n"
-    "end, and prints the line that directs another shell to the bus.\n"
+    "Runs a command on a private D-Bus system bus with a simulated managed-configuration\n"
+    "service, which answers from a scenario file. When the file changes, so do the\n"
+    "configurations. Without a command the sandbox runs until it is terminated, and prints\n"
+    "a line that connects another shell to its bus.\n"
     "\n"
-    "The exit status is that of the command, and 128 plus the signal's number when a\n"
-    "signal ended it; 2 for a mistake on the command line or in a file; 124 when the\n"
-    "command succeeds and the expected calls have not come; 125 when the bus does not\n"
-    "start, and 127 when the command does not.";
-
-[[noreturn]] void end(const QString &mistake)
-{
-    printEvent(mistake, Tools::Style::Bad);
-    std::exit(usageStatus);
-}
-
-// An option that takes a file and, if it is there, has one.
-QString fileOf(const QCommandLineParser &parser, const QCommandLineOption &option)
-{
-    const QString file = parser.value(option);
-    if (parser.isSet(option) && file.isEmpty())
-        end(QStringLiteral("\"--%1\" needs the name of a file").arg(option.names().constFirst()));
-    return file;
-}
+    "The exit status is that of the command, or 128+n if signal n ended it; 124 if the\n"
+    "command succeeds but an expected call did not come, 125 if the sandbox itself fails,\n"
+    "126 if the command cannot be run, and 127 if it is not found.";
 
 QCommandLineOption fileOption(const char *name, const char *text)
 {
     return {QLatin1String(name), QLatin1String(text), QStringLiteral("FILE")};
 }
 
+Tools::Failure usageFailure(const QString &message)
+{
+    return {SandboxFailed, message};
+}
+
 } // namespace
 
-Options parseCommandLine(const QStringList &arguments)
+Tools::Failure parseCommandLine(const QStringList &arguments, Options *options)
 {
     const auto scenario = fileOption("scenario", "The applications and their configurations.");
-    const auto check = fileOption(
-        "check", "Check this and any further scenario files, and do nothing else.");
-    const auto log = fileOption("log", "Record what happens, as JSON, one event on a line.");
+    const auto check = fileOption("check", "Only check this and any further scenario files.");
+    const auto log = fileOption("log", "Record each event in a file, as one line of JSON.");
     const auto expect = fileOption("expect", "The calls that must come.");
-    const QCommandLineOption faults(
-        QStringLiteral("list-faults"),
-        QStringLiteral("List the faults that a scenario file can hold, and do nothing else."));
+    const QCommandLineOption faults(QStringLiteral("list-faults"),
+                                    QStringLiteral("Only list the faults for scenario files."));
     QCommandLineParser parser;
     parser.setApplicationDescription(QLatin1String(description));
     parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
-    // Qt's own would add a second one for options that this program does not have.
+    // addHelpOption() would also add --help-all, for Qt's own options.
     const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
                                   QStringLiteral("Show this help."));
     const QCommandLineOption version = parser.addVersionOption();
@@ -67,25 +52,27 @@ Options parseCommandLine(const QStringList &arguments)
     parser.addPositionalArgument(QStringLiteral("COMMAND"), QStringLiteral("What to run."),
                                  QStringLiteral("[-- COMMAND ARGS...]"));
     if (!parser.parse(arguments))
-        end(parser.errorText());
+        return usageFailure(parser.errorText());
     if (parser.isSet(version))
         parser.showVersion();
     if (parser.isSet(help))
         parser.showHelp();
-
-    Options options;
-    options.command = parser.positionalArguments();
-    if (!fileOf(parser, check).isEmpty()) {
-        options.checkFiles = parser.values(check);
-        // As in "--check *.json"; what is behind "--" is a command.
-        if (!arguments.contains(QStringLiteral("--")))
-            options.checkFiles += options.command;
+    for (const QCommandLineOption &option : {scenario, check, log, expect}) {
+        if (parser.values(option).contains(QString()))
+            return usageFailure(QStringLiteral("\"--%1\" needs the name of a file")
+                                    .arg(option.names().constFirst()));
     }
-    options.listsFaults = parser.isSet(faults);
-    options.scenarioFile = fileOf(parser, scenario);
-    options.logFile = fileOf(parser, log);
-    options.expectationFile = fileOf(parser, expect);
-    return options;
+
+    options->command = parser.positionalArguments();
+    options->checkFiles = parser.values(check);
+    // As in "--check *.json"; what follows "--" is a command.
+    if (parser.isSet(check) && !arguments.contains(QStringLiteral("--")))
+        options->checkFiles += options->command;
+    options->listsFaults = parser.isSet(faults);
+    options->scenarioFile = parser.value(scenario);
+    options->logFile = parser.value(log);
+    options->expectationFile = parser.value(expect);
+    return {};
 }
 
 } // namespace Tarnvel::Sandbox

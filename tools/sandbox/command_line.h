@@ -3,19 +3,12 @@
 
 #pragma once
 
+#include "failure.h"
+
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
 namespace Tarnvel::Sandbox {
-
-/*! \brief The exit status for a mistake on the command line or in a file. */
-constexpr int usageStatus = 2;
-/*! \brief The exit status of a command that has succeeded while an expected call has not come. */
-constexpr int expectationStatus = 124;
-/*! \brief The exit status when the bus or the service does not start. */
-constexpr int busStatus = 125;
-/*! \brief The exit status when the command does not start. */
-constexpr int commandStatus = 127;
 
 /*! \brief What the command line asks for. */
 struct Options
@@ -35,10 +28,10 @@ struct Options
 };
 
 /*!
- * \brief The options in \a arguments.
+ * \brief Sets \a options to what \a arguments, the name of the program first, ask for.
  *
- * Ends the process when help or the version is asked for, and when there is a mistake.
+ * Ends the process when they ask for help or for the version.
  */
-Options parseCommandLine(const QStringList &arguments);
+Tools::Failure parseCommandLine(const QStringList &arguments, Options *options);
 
 } // namespace Tarnvel::Sandbox

@@ -2,38 +2,41 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
 #include "command_line.h"
+#include "exit_status.h"
+#include "process/command.h"
 #include "process/private_directory.h"
-#include "process/signal_state.h"
 #include "process/supervisor.h"
 #include "report/log.h"
+#include "scenario/scenario_reader.h"
 #include "session.h"
 #include "standard_streams.h"
 
 #include <QtCore/QCoreApplication>
-#include <QtCore/QFile>
-#include <QtCore/QProcessEnvironment>
 
-#include <csignal>
+#include <clocale>
 #include <cstdlib>
 
 using namespace Tarnvel::Sandbox;
+using Tarnvel::Tools::Failure;
 using Tarnvel::Tools::printLine;
 using Tarnvel::Tools::Style;
 
 namespace {
+
+constexpr char noGlibVariable[] = "QT_NO_GLIB";
 
 int check(const QStringList &scenarioFiles)
 {
     int status = EXIT_SUCCESS;
     for (const QString &scenarioFile : scenarioFiles) {
         Scenario scenario;
-        QString mistake;
-        if (readScenario(scenarioFile, &scenario, &mistake)) {
-            printLine(stdout, scenarioFile + QStringLiteral(": no mistakes"), Style::Good);
-        } else {
-            printEvent(mistake, Style::Bad);
-            status = usageStatus;
+        const auto failures = readScenario(scenarioFile, &scenario);
+        for (const Tarnvel::Tools::Failure &failure : failures) {
+            printEvent(failure.text(), Style::Bad);
+            status = SandboxFailed;
         }
+        if (failures.isEmpty())
+            printLine(stdout, scenarioFile + QStringLiteral(": valid"), Style::Good);
     }
     return status;
 }
@@ -58,28 +61,34 @@ int listFaults()
     return EXIT_SUCCESS;
 }
 
-int runSandbox(int argc, char *argv[], const PrivateDirectory &directory,
-               const SignalState &inheritedSignals)
+int fail(const Failure &failure)
 {
-    // Whoever no longer reads what is printed has seen enough.
-    std::signal(SIGPIPE, SIG_IGN);
+    printEvent(failure.text(), Style::Bad);
+    return failure.status;
+}
+
+int runSandbox(int argc, char *argv[], const SignalState &signals)
+{
     // The event loop must be GLib's; what the user has chosen is for the command.
-    const QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    qunsetenv("QT_NO_GLIB");
+    const QByteArray isGlibOff = qgetenv(noGlibVariable);
+    qunsetenv(noGlibVariable);
     QCoreApplication application(argc, argv);
+    if (!isGlibOff.isNull())
+        qputenv(noGlibVariable, isGlibOff);
     QCoreApplication::setApplicationName(QStringLiteral("managed-configuration-sandbox"));
     QCoreApplication::setApplicationVersion(QStringLiteral(SANDBOX_VERSION));
-    const Options options = parseCommandLine(QCoreApplication::arguments());
+
+    Options options;
+    if (const Failure failure = parseCommandLine(QCoreApplication::arguments(), &options))
+        return fail(failure);
     if (options.listsFaults)
         return listFaults();
     if (!options.checkFiles.isEmpty())
         return check(options.checkFiles);
-    if (directory.path().empty()) {
-        printEvent(QFile::decodeName(directory.errorString().c_str()), Style::Bad);
-        return busStatus;
-    }
-    return Session(options, QFile::decodeName(directory.path().c_str()))
-        .execute(environment, inheritedSignals);
+    PrivateDirectory directory;
+    if (const Failure failure = directory.create())
+        return fail(failure);
+    return Session(options, directory.path()).execute(signals);
 }
 
 } // namespace
@@ -87,10 +96,11 @@ int runSandbox(int argc, char *argv[], const PrivateDirectory &directory,
 int main(int argc, char *argv[])
 {
     Tarnvel::Tools::reserveStandardStreams();
-    // Before the command line is read: that takes an application object, and its event loop is not
-    // for two processes.
-    const SignalState inheritedSignals;
-    return runSupervised([&](const PrivateDirectory &directory) {
-        return runSandbox(argc, argv, directory, inheritedSignals);
-    });
+    // As the application object does, which the supervisor lacks: file names depend on it.
+    std::setlocale(LC_ALL, "");
+    const SignalState signals;
+    const int status = runSupervised([&] { return runSandbox(argc, argv, signals); });
+    // A worker that was killed could not remove its own.
+    PrivateDirectory::removeAbandoned();
+    return status;
 }

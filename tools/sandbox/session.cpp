@@ -4,13 +4,17 @@
 #include "session.h"
 
 #include "endpoint.h"
+#include "exit_status.h"
 #include "process/termination_signals.h"
 #include "report/event_formatter.h"
+#include "report/expectation_reader.h"
+#include "scenario/scenario_reader.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QFileInfo>
 
 #include <cstdlib>
+#include <utility>
 
 namespace Tarnvel::Sandbox {
 
@@ -23,81 +27,88 @@ Session::Session(const Options &options, const QString &directory)
 {
 }
 
-int Session::execute(const QProcessEnvironment &environment, const SignalState &signals)
+int Session::execute(const SignalState &signals)
 {
     const TerminationSignals terminationSignals(
         [this](int signal, bool isTyped) { end(signal, isTyped); });
-    if (!prepare() || !startService())
-        return m_failure;
-    return judge(m_options.command.isEmpty() ? stay() : runCommand(environment, signals));
+    QVector<Tools::Failure> failures = readFiles();
+    if (failures.isEmpty()) {
+        if (const Tools::Failure failure = start(signals))
+            failures.append(failure);
+    }
+    for (const Tools::Failure &failure : qAsConst(failures))
+        printEvent(failure.text(), Style::Bad);
+    if (!failures.isEmpty())
+        return failures.first().status;
+    if (m_options.command.isEmpty())
+        Tools::printLine(stdout,
+                         QStringLiteral("export %1='%2'")
+                             .arg(QLatin1String(DBus::busAddressVariable), m_bus.address()));
+    return statusAfter(QCoreApplication::exec());
 }
 
-bool Session::prepare()
+QVector<Tools::Failure> Session::readFiles()
 {
-    QString mistake;
-    const QString &expectationFile = m_options.expectationFile;
-    if (!expectationFile.isEmpty() && !m_expectation.read(expectationFile, &mistake))
-        return fail(mistake, usageStatus);
-    if (!openLog())
-        return false;
-    if (m_options.scenarioFile.isEmpty())
-        return true;
-    // Before the file is read, so that no change falls in between.
-    m_watch.emplace(m_options.scenarioFile, [this] { readAgain(); });
-    mistake = m_watch->errorString();
-    if (!mistake.isNull() || !readScenario(m_options.scenarioFile, &m_scenario, &mistake))
-        return fail(mistake, usageStatus);
-    return true;
+    QVector<Tools::Failure> failures;
+    if (!m_options.expectationFile.isEmpty())
+        failures = readExpectation(m_options.expectationFile, &m_expectation);
+    Scenario scenario;
+    if (failures.isEmpty() && !m_options.scenarioFile.isEmpty()) {
+        // Before the file is read, so that no change is missed.
+        m_watch.emplace(m_options.scenarioFile, [this] { reload(); });
+        if (const Tools::Failure failure = m_watch->start())
+            return {failure};
+        failures = readScenario(m_options.scenarioFile, &scenario);
+    }
+    m_service.emplace(std::move(scenario), &m_log, [this] { m_bus.stop(); });
+    return failures;
 }
 
-bool Session::openLog()
+Tools::Failure Session::start(const SignalState &signals)
+{
+    Tools::Failure failure = openLog();
+    if (!failure)
+        failure = startService();
+    if (!failure && !m_options.command.isEmpty())
+        failure = startCommand(signals);
+    return failure;
+}
+
+Tools::Failure Session::openLog()
 {
     const QString &file = m_options.logFile;
     if (file.isEmpty())
-        return true;
-    for (const QString &other : {m_options.scenarioFile, m_options.expectationFile}) {
-        if (!other.isEmpty() && QFileInfo(other) == QFileInfo(file))
-            return fail(QStringLiteral("%1: the log would replace what is there").arg(file),
-                        usageStatus);
+        return {};
+    for (const QString &input : {m_options.scenarioFile, m_options.expectationFile}) {
+        if (!input.isEmpty() && QFileInfo(input) == QFileInfo(file))
+            return {SandboxFailed, QStringLiteral("the log would overwrite this file"), {}, file};
     }
-    return m_log.open(file) || fail(m_log.errorString(), usageStatus);
+    return m_log.open(file);
 }
 
-bool Session::startService()
+Tools::Failure Session::startService()
 {
-    m_service.emplace(m_scenario, &m_log, [this] { m_bus.stop(); });
-    QString error = m_bus.start();
-    if (error.isNull())
-        error = m_service->open(m_bus.address());
-    return error.isNull() || fail(error, busStatus);
+    const QString error = m_bus.start();
+    if (!error.isNull())
+        return {SandboxFailed, error};
+    return m_service->open(m_bus.address());
 }
 
-int Session::stay()
+Tools::Failure Session::startCommand(const SignalState &signals)
 {
-    Tools::printLine(stdout,
-                     QStringLiteral("export %1='%2'")
-                         .arg(QLatin1String(DBus::busAddressVariable), m_bus.address()));
-    return QCoreApplication::exec();
+    m_command.emplace();
+    return m_command->start(m_options.command, m_bus.address(), signals,
+                            [](int status) { QCoreApplication::exit(status); });
 }
 
-int Session::runCommand(QProcessEnvironment environment, const SignalState &signals)
+// The failure of a command says more than a missing call.
+int Session::statusAfter(int status) const
 {
-    environment.insert(QLatin1String(DBus::busAddressVariable), m_bus.address());
-    m_command.emplace(m_options.command, environment, signals);
-    if (m_command->start([](int status) { QCoreApplication::exit(status); }))
-        return QCoreApplication::exec();
-    fail(m_command->errorString(), commandStatus);
-    return m_failure;
-}
-
-// A command that has failed says more than a call that has not come.
-int Session::judge(int status) const
-{
-    const QString missing = m_expectation.missing();
-    if (missing.isEmpty())
+    const Tools::Failure missing = m_expectation.missing();
+    if (!missing)
         return status;
-    printEvent(missing, Style::Bad);
-    return status == EXIT_SUCCESS ? expectationStatus : status;
+    printEvent(missing.text(), Style::Bad);
+    return status == EXIT_SUCCESS ? missing.status : status;
 }
 
 void Session::end(int signal, bool isTyped)
@@ -108,23 +119,17 @@ void Session::end(int signal, bool isTyped)
         QCoreApplication::exit(EXIT_SUCCESS);
 }
 
-void Session::readAgain()
+void Session::reload()
 {
     const QString &file = m_options.scenarioFile;
-    QString mistake;
-    if (!readScenario(file, &m_scenario, &mistake)) {
-        m_log.report(scenarioEvent(file, mistake, Style::Bad));
+    Scenario scenario;
+    const QVector<Tools::Failure> failures = readScenario(file, &scenario);
+    for (const Tools::Failure &failure : failures)
+        m_log.report(scenarioEvent(file, failure.text(), Style::Bad));
+    if (!failures.isEmpty())
         return;
-    }
-    m_log.report(scenarioEvent(file, QStringLiteral("%1: read again").arg(file), Style::Aside));
-    m_service->apply(m_scenario);
-}
-
-bool Session::fail(const QString &mistake, int status)
-{
-    printEvent(mistake, Style::Bad);
-    m_failure = status;
-    return false;
+    m_log.report(scenarioEvent(file, QStringLiteral("%1: reloaded").arg(file), Style::Aside));
+    m_service->apply(std::move(scenario));
 }
 
 } // namespace Tarnvel::Sandbox

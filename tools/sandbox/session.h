@@ -4,6 +4,7 @@
 #pragma once
 
 #include "command_line.h"
+#include "failure.h"
 #include "private_bus.h"
 #include "process/command.h"
 #include "report/expectation.h"
@@ -11,7 +12,6 @@
 #include "scenario/file_watch.h"
 #include "service/simulated_service.h"
 
-#include <QtCore/QProcessEnvironment>
 #include <QtCore/QString>
 
 #include <optional>
@@ -22,33 +22,30 @@ namespace Tarnvel::Sandbox {
 class Session
 {
 public:
-    /*! \brief The run that \a options ask for, with its temporary files in \a directory. */
+    /*! \brief A session as \a options say, with its temporary files in \a directory. */
     Session(const Options &options, const QString &directory);
 
     /*!
-     * \brief Runs until the command has ended, or until told to end, and returns the exit status.
+     * \brief Runs until the command ends, or a termination signal comes; returns the exit status.
      *
-     * The command gets \a environment, with the address of the bus in it, and \a signals.
+     * The command gets \a signals as they were. A failure is printed.
      */
-    int execute(const QProcessEnvironment &environment, const SignalState &signals);
+    int execute(const SignalState &signals);
 
 private:
-    bool prepare();
-    bool openLog();
-    bool startService();
-    int stay();
-    int runCommand(QProcessEnvironment environment, const SignalState &signals);
-    int judge(int status) const;
+    QVector<Tools::Failure> readFiles();
+    Tools::Failure start(const SignalState &signals);
+    Tools::Failure openLog();
+    Tools::Failure startService();
+    Tools::Failure startCommand(const SignalState &signals);
+    int statusAfter(int status) const;
     void end(int signal, bool isTyped);
-    void readAgain();
-    bool fail(const QString &mistake, int status);
+    void reload();
 
     const Options &m_options;
-    int m_failure = 0;
     Expectation m_expectation;
     Log m_log;
     Testing::PrivateBus m_bus;
-    Scenario m_scenario;
     std::optional<SimulatedService> m_service;
     std::optional<FileWatch> m_watch;
     std::optional<Command> m_command;

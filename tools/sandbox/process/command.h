@@ -3,64 +3,57 @@
 
 #pragma once
 
-#include "signal_state.h"
+#include "failure.h"
 
-#include <QtCore/QProcess>
+#include <QtCore/QObject>
 #include <QtCore/QStringList>
 
+#include <csignal>
 #include <functional>
 
 namespace Tarnvel::Sandbox {
 
-/*!
- * \brief The command that is run in the sandbox, on the sandbox's own channels and terminal.
- *
- * It is killed should the sandbox end before it.
- */
+/*! \brief The signals that this process was started with blocked or ignored. */
+class SignalState
+{
+public:
+    /*! \brief Keeps the state; from then on this process ignores SIGPIPE and no longer SIGCHLD. */
+    SignalState();
+
+    /*! \brief Restores the state, in a child between fork and exec. */
+    void restore() const;
+
+private:
+    sigset_t m_blocked;
+    sigset_t m_ignored;
+};
+
+/*! \brief The command that the sandbox runs, on the sandbox's own streams and terminal. */
 class Command
 {
 public:
     /*!
-     * \brief \a words, the program and its arguments, to be run in \a environment.
+     * \brief Starts a program with its \a arguments, the program first, on the bus at \a
+     * busAddress.
      *
-     * It finds the signals as \a signals has them.
+     * Calls \a finished with the shellStatus() when the program has ended, unless this fails: then
+     * it was not found or cannot be run. The event loop must be GLib's. The program finds the
+     * signals as they were for \a signals, and is killed if this process ends.
      */
-    Command(const QStringList &words, const QProcessEnvironment &environment,
-            const SignalState &signals);
+    Tools::Failure start(const QStringList &arguments, const QString &busAddress,
+                         SignalState signals, const std::function<void(int status)> &finished);
 
     /*!
-     * \brief Starts the command, and calls \a finished once it has ended.
+     * \brief Passes \a signal on to the command, and kills it if it has not ended in 5 seconds.
      *
-     * \a finished receives the exit status as a shell has it: 128 and its number added when a
-     * signal ended the command. False if the command cannot be started; errorString() then says
-     * why, and \a finished is never called.
-     */
-    bool start(const std::function<void(int status)> &finished);
-
-    /*!
-     * \brief Kills the command if it is still there in 5 seconds; \a signal asks for this end.
-     *
-     * Passes \a signal on to the command, unless \a isTyped: then the terminal has done so.
+     * If the signal \a isTyped, the command has received it from the terminal.
      */
     void end(int signal, bool isTyped);
 
-    /*! \brief What went wrong in start(). */
-    QString errorString() const;
-
 private:
-    class Process : public QProcess
-    {
-    public:
-        explicit Process(const SignalState &signals);
-
-    protected:
-        void setupChildProcess() override;
-
-    private:
-        SignalState m_signals;
-    };
-
-    Process m_process;
+    std::function<void(int status)> m_finished;
+    pid_t m_processId = 0;
+    QObject m_context;
 };
 
 } // namespace Tarnvel::Sandbox

@@ -3,49 +3,77 @@
 
 #include "private_directory.h"
 
+#include "exit_status.h"
+
+#include <QtCore/QDir>
+
 #include <cerrno>
-#include <cstdlib>
-#include <cstring>
-#include <filesystem>
+#include <fcntl.h>
+#include <sys/file.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 namespace Tarnvel::Sandbox {
 
 namespace {
 
-std::filesystem::path parentDirectory()
+constexpr char nameTemplate[] = "managed-configuration-sandbox-XXXXXX";
+constexpr char namePattern[] = "managed-configuration-sandbox-??????";
+
+// QDir::temp() would be the current directory where TMPDIR does not exist.
+QDir parentDirectory()
 {
-    const char *const chosen = std::getenv("TMPDIR");
-    std::error_code error;
-    return std::filesystem::absolute(chosen && *chosen ? chosen : "/tmp", error);
+    const QString directory = QFile::decodeName(qgetenv("TMPDIR"));
+    return {directory.isEmpty() ? QStringLiteral("/tmp") : directory};
+}
+
+int openDirectory(const QString &path)
+{
+    return open(QFile::encodeName(path).constData(),
+                O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
 }
 
 } // namespace
 
-PrivateDirectory::PrivateDirectory()
-    : m_path(parentDirectory() / "managed-configuration-sandbox-XXXXXX")
-{
-    const std::string pattern = m_path;
-    if (mkdtemp(m_path.data()))
-        return;
-    m_errorString = pattern + ": " + std::strerror(errno);
-    m_path.clear();
-}
-
 PrivateDirectory::~PrivateDirectory()
 {
-    std::error_code error;
-    if (!m_path.empty())
-        std::filesystem::remove_all(m_path, error);
+    m_directory.reset();
+    close(m_lock);
 }
 
-const std::string &PrivateDirectory::path() const
+Tools::Failure PrivateDirectory::create()
 {
-    return m_path;
+    removeAbandoned();
+    const QString pattern = parentDirectory().absoluteFilePath(QLatin1String(nameTemplate));
+    // Another sandbox may remove the directory before it is locked.
+    do {
+        close(m_lock);
+        m_directory.emplace(pattern);
+        if (!m_directory->isValid())
+            return {SandboxFailed, m_directory->errorString(), {}, pattern};
+        m_lock = openDirectory(path());
+        if (m_lock == -1 && errno != ENOENT)
+            return {SandboxFailed, qt_error_string(errno), {}, path()};
+        flock(m_lock, LOCK_EX);
+    } while (!QFileInfo::exists(path()));
+    return {};
 }
 
-const std::string &PrivateDirectory::errorString() const
+void PrivateDirectory::removeAbandoned()
 {
-    return m_errorString;
+    const QDir parent = parentDirectory();
+    const QStringList names = parent.entryList(QStringList(QLatin1String(namePattern)), QDir::Dirs);
+    for (const QString &name : names) {
+        const QString path = parent.filePath(name);
+        const int directory = openDirectory(path);
+        // The name proves nothing: others may use it too.
+        struct stat status = {};
+        if (fstat(directory, &status) == 0 && status.st_uid == geteuid()
+            && (status.st_mode & ACCESSPERMS) == S_IRWXU
+            && flock(directory, LOCK_EX | LOCK_NB) == 0)
+            QDir(path).removeRecursively();
+        close(directory);
+    }
 }
 
 } // namespace Tarnvel::Sandbox

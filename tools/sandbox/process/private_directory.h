@@ -3,37 +3,41 @@
 
 #pragma once
 
-#include <string>
+#include "failure.h"
+
+#include <QtCore/QTemporaryDir>
+
+#include <optional>
 
 namespace Tarnvel::Sandbox {
 
 /*!
- * \brief A new directory for temporary files that only the present user can enter.
+ * \brief A directory for temporary files that only the current user can enter.
  *
- * It can be made before there is an application object, without which Qt does not know the encoding
- * of file names.
+ * It is locked. If this process dies without removing it, the kernel releases the lock, and
+ * removeAbandoned(), in any sandbox, removes the directory.
  */
 class PrivateDirectory
 {
 public:
-    /*! \brief Makes the directory, in TMPDIR or else in /tmp. */
-    PrivateDirectory();
-
     /*! \brief Removes the directory with all that is in it. */
     ~PrivateDirectory();
 
-    PrivateDirectory(const PrivateDirectory &) = delete;
-    PrivateDirectory &operator=(const PrivateDirectory &) = delete;
+    /*! \brief Removes abandoned directories, and makes a new one in TMPDIR or else in /tmp. */
+    Tools::Failure create();
 
-    /*! \brief The absolute path, as the file system has it; empty if there is no directory. */
-    const std::string &path() const;
+    /*! \brief The absolute path of the directory. */
+    QString path() const
+    {
+        return m_directory->path();
+    }
 
-    /*! \brief Why there is no directory. */
-    const std::string &errorString() const;
+    /*! \brief Removes the directories of the current user whose processes have died. */
+    static void removeAbandoned();
 
 private:
-    std::string m_path;
-    std::string m_errorString;
+    std::optional<QTemporaryDir> m_directory;
+    int m_lock = -1;
 };
 
 } // namespace Tarnvel::Sandbox

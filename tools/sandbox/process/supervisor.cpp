@@ -3,103 +3,89 @@
 
 #include "supervisor.h"
 
-#include "directory_reaper.h"
-#include "private_directory.h"
-#include "subreaper.h"
+#include "exit_status.h"
 #include "termination_signals.h"
 
 #include <QtCore/QDeadlineTimer>
 
-#include <cerrno>
 #include <cstdio>
-#include <cstdlib>
+#include <fstream>
 #include <sys/prctl.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace Tarnvel::Sandbox {
 
 namespace {
 
-// More than the sandbox itself gives to its command.
-constexpr int endTimeoutMs = 10000;
-constexpr int signalStatusBase = 128;
+// More than the worker allows the command.
+constexpr unsigned int workerTimeoutSeconds = 10;
+// A debugger can hold back a process that is killed.
+constexpr int killTimeoutMs = 5000;
+constexpr int pollIntervalUs = 1000;
 
-int shellStatus(int status)
+// False if there is none that this process may kill.
+bool killChildren()
 {
-    return WIFSIGNALED(status) ? signalStatusBase + WTERMSIG(status) : WEXITSTATUS(status);
+    bool isAnyKilled = false;
+    std::ifstream children("/proc/thread-self/children");
+    for (pid_t child = 0; children >> child; waitpid(child, nullptr, WNOHANG))
+        isAnyKilled |= kill(child, SIGKILL) == 0;
+    return isAnyKilled;
 }
 
-// 0 if none of them comes in time.
-int waitForSignal(const sigset_t &signals, const QDeadlineTimer &deadline, siginfo_t *info)
+// Until there is none left: the orphans of those killed become children of this process.
+void killDescendants()
 {
-    if (deadline.isForever())
-        return sigwaitinfo(&signals, info);
-    const qint64 left = deadline.remainingTime();
-    const timespec timeout = {static_cast<time_t>(left / 1000),
-                              static_cast<long>(left % 1000 * 1000000)};
-    const int signal = sigtimedwait(&signals, info, &timeout);
-    return signal == -1 && errno == EAGAIN ? 0 : signal;
+    const QDeadlineTimer deadline(killTimeoutMs);
+    while (killChildren() && !deadline.hasExpired())
+        usleep(pollIntervalUs);
 }
 
 int waitForEnd(pid_t worker)
 {
     sigset_t signals = terminationSignals();
     sigaddset(&signals, SIGCHLD);
+    sigaddset(&signals, SIGALRM);
     sigprocmask(SIG_BLOCK, &signals, nullptr);
-    QDeadlineTimer deadline(QDeadlineTimer::Forever);
     int status = 0;
     while (waitpid(worker, &status, WNOHANG) != worker) {
         siginfo_t info = {};
-        const int signal = waitForSignal(signals, deadline, &info);
-        if (signal == 0) {
+        const int signal = sigwaitinfo(&signals, &info);
+        if (signal == SIGALRM) {
             kill(worker, SIGKILL);
-            deadline = QDeadlineTimer(QDeadlineTimer::Forever);
         } else if (signal > 0 && signal != SIGCHLD) {
             if (!isTyped(signal, info.si_code))
                 kill(worker, signal);
-            if (deadline.isForever())
-                deadline.setRemainingTime(endTimeoutMs);
+            alarm(workerTimeoutSeconds);
         }
     }
     return shellStatus(status);
 }
 
-void endWith(pid_t guard)
-{
-    prctl(PR_SET_PDEATHSIG, SIGTERM);
-    // It may be gone already.
-    if (getppid() != guard)
-        raise(SIGTERM);
-}
-
 } // namespace
 
-int runSupervised(const std::function<int(const PrivateDirectory &)> &work)
+int runSupervised(const std::function<int()> &work)
 {
     const sigset_t signals = terminationSignals();
     sigprocmask(SIG_BLOCK, &signals, nullptr);
-    // Where it is ignored, nobody learns how a child has ended.
-    signal(SIGCHLD, SIG_DFL);
-
-    // Each process has these and clears away after itself, the guard after both, and the directory
-    // reaper if both are killed at once. It comes before the descendants, lest it become one of
-    // them.
-    const PrivateDirectory directory;
-    const DirectoryReaper directoryReaper(directory.path());
-    const Subreaper descendants;
-    const pid_t guard = getpid();
+    prctl(PR_SET_CHILD_SUBREAPER, 1);
+    const pid_t supervisor = getpid();
     const pid_t worker = fork();
     if (worker == -1) {
         std::perror("fork");
-        return EXIT_FAILURE;
+        return SandboxFailed;
     }
-    if (worker != 0)
-        return waitForEnd(worker);
-    endWith(guard);
-    // The guard does not share with its child that it takes orphans in.
-    const Subreaper ownSubreaper;
-    return work(directory);
+    if (worker == 0) {
+        // A child does not inherit it.
+        prctl(PR_SET_CHILD_SUBREAPER, 1);
+        prctl(PR_SET_PDEATHSIG, SIGTERM);
+        // The supervisor may have died before.
+        if (getppid() != supervisor)
+            raise(SIGTERM);
+    }
+    const int status = worker == 0 ? work() : waitForEnd(worker);
+    killDescendants();
+    return status;
 }
 
 } // namespace Tarnvel::Sandbox

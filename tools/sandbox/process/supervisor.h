@@ -7,25 +7,19 @@
 
 namespace Tarnvel::Sandbox {
 
-class PrivateDirectory;
-
 /*!
- * \brief Runs \a work in a child of this process, the guard, and returns its exit status.
+ * \brief Runs \a work in a child of this process, the worker, and returns its shellStatus().
  *
- * The status is that of a shell: 128 and its number added when a signal ended the child. \a work
- * receives a private directory, and returns the status.
+ * Both processes are subreapers: they adopt the orphans among their descendants. However \a work
+ * ends, the worker killed included, all its descendants are killed. If the supervisor is killed,
+ * the worker receives SIGTERM, and kills the descendants itself once \a work has returned.
  *
- * Each of the two processes puts away what the other leaves behind when it is killed, and a third
- * one the directory when both are killed at once. Once \a work has ended, in whatever way, all its
- * descendants are killed and the directory is removed. When the guard ends first, \a work receives
- * SIGTERM.
+ * \a work runs with the terminationSignals() blocked. Those that the supervisor receives are passed
+ * on to the worker, except typed ones, which it receives from the terminal. The worker is killed if
+ * it has not ended ten seconds later.
  *
- * \a work runs with the terminationSignals() blocked; those that the guard receives are passed on
- * to it, unless they were typed, when it has got them by itself. It is killed if it does not end
- * within ten seconds of the first.
- *
- * Both processes return from this function. Call it before there is a second thread.
+ * Call this before there is a second thread. It returns in both processes.
  */
-int runSupervised(const std::function<int(const PrivateDirectory &)> &work);
+int runSupervised(const std::function<int()> &work);
 
 } // namespace Tarnvel::Sandbox

@@ -3,10 +3,8 @@
 
 #include "termination_signals.h"
 
-#include <glib-unix.h>
 #include <sys/signalfd.h>
 #include <unistd.h>
-#include <utility>
 
 namespace Tarnvel::Sandbox {
 
@@ -16,8 +14,8 @@ sigset_t terminationSignals()
     sigemptyset(&signals);
     for (const int signal : {SIGINT, SIGQUIT, SIGTERM})
         sigaddset(&signals, signal);
-    // A script's background commands ignore SIGINT without anybody's having asked for it; SIGHUP is
-    // ignored on purpose only.
+    // A shell without job control ignores SIGINT and SIGQUIT for its background commands; SIGHUP is
+    // ignored only where the user asked for it.
     struct sigaction hangUp = {};
     sigaction(SIGHUP, nullptr, &hangUp);
     if (hangUp.sa_handler != SIG_IGN)
@@ -27,37 +25,29 @@ sigset_t terminationSignals()
 
 bool isTyped(int signal, int code)
 {
-    // When its terminal hangs up, the leader of a session is the only one that is told.
+    // When a terminal hangs up, only the session leader is sent SIGHUP.
     return code == SI_KERNEL && signal != SIGHUP;
 }
 
-TerminationSignals::TerminationSignals(Handler handler) : m_handler(std::move(handler))
+TerminationSignals::TerminationSignals(const std::function<void(int, bool)> &handler)
+    : m_signals(terminationSignals()),
+      m_file(signalfd(-1, &m_signals, SFD_CLOEXEC | SFD_NONBLOCK)),
+      m_notifier(m_file, QSocketNotifier::Read)
 {
-    const sigset_t signals = terminationSignals();
-    sigprocmask(SIG_BLOCK, &signals, nullptr);
-    m_file = signalfd(-1, &signals, SFD_CLOEXEC | SFD_NONBLOCK);
-    m_source = g_unix_fd_add(
-        m_file, G_IO_IN,
-        [](gint, GIOCondition, gpointer target) -> gboolean {
-            static_cast<TerminationSignals *>(target)->receive();
-            return G_SOURCE_CONTINUE;
-        },
-        this);
+    sigprocmask(SIG_BLOCK, &m_signals, nullptr);
+    QObject::connect(&m_notifier, &QSocketNotifier::activated, &m_notifier, [this, handler] {
+        signalfd_siginfo info = {};
+        if (read(m_file, &info, sizeof info) != sizeof info)
+            return;
+        const int signal = static_cast<int>(info.ssi_signo);
+        handler(signal, isTyped(signal, info.ssi_code));
+    });
 }
 
 TerminationSignals::~TerminationSignals()
 {
-    g_source_remove(m_source);
-    ::close(m_file);
-}
-
-void TerminationSignals::receive()
-{
-    signalfd_siginfo info = {};
-    if (::read(m_file, &info, sizeof info) != sizeof info)
-        return;
-    const int signal = static_cast<int>(info.ssi_signo);
-    m_handler(signal, isTyped(signal, info.ssi_code));
+    m_notifier.setEnabled(false);
+    close(m_file);
 }
 
 } // namespace Tarnvel::Sandbox

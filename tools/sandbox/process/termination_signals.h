@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include <QtCore/QSocketNotifier>
+
 #include <csignal>
 #include <functional>
 
@@ -11,43 +13,34 @@ namespace Tarnvel::Sandbox {
 /*!
  * \brief The signals that ask this process to end: SIGHUP, SIGINT, SIGQUIT and SIGTERM.
  *
- * SIGHUP is not among them where it is ignored, so that nohup has its effect.
+ * SIGHUP is not one of them if it is ignored, so that nohup(1) works.
  */
 sigset_t terminationSignals();
 
 /*!
- * \brief True if \a signal, which came with \a code, is from a key pressed on the terminal.
+ * \brief True if \a signal, received with si_code \a code, comes from a key typed at the terminal.
  *
- * It then has gone to all processes in the terminal's foreground, and not to this one alone.
+ * The terminal sends such a signal to all processes of the foreground process group.
  */
 bool isTyped(int signal, int code);
 
 /*!
- * \brief Receives the signals that ask this process to end, in the event loop.
+ * \brief Receives the terminationSignals() in the event loop.
  *
- * They are blocked from then on. Make one before there is a second thread. A signal that comes
- * before the event loop runs is kept for it.
+ * It blocks them, so make one before there is a second thread. A signal that comes before the event
+ * loop runs is kept for it.
  */
 class TerminationSignals
 {
 public:
-    using Handler = std::function<void(int signal, bool isTyped)>;
-
-    /*! \brief From now on, calls \a handler for each signal. */
-    explicit TerminationSignals(Handler handler);
-
-    /*! \brief Ends the receiving. */
+    /*! \brief Calls \a handler for each signal, until this object is destroyed. */
+    explicit TerminationSignals(const std::function<void(int signal, bool isTyped)> &handler);
     ~TerminationSignals();
 
-    TerminationSignals(const TerminationSignals &) = delete;
-    TerminationSignals &operator=(const TerminationSignals &) = delete;
-
 private:
-    void receive();
-
-    Handler m_handler;
+    sigset_t m_signals;
     int m_file;
-    unsigned int m_source;
+    QSocketNotifier m_notifier;
 };
 
 } // namespace Tarnvel::Sandbox

@@ -18,9 +18,9 @@ struct Request
 {
     Testing::MethodCall call;
     Testing::Caller caller;
-    /*! The application's name, "acme/viewer"; empty if none is kept at the call's path. */
+    /*! The application's name, "acme/viewer"; empty if the scenario has none at the path. */
     QString application;
-    /*! Whether a fault had it wait. */
+    /*! Whether a fault delayed the reply. */
     bool isDelayed = false;
 };
 
@@ -34,28 +34,28 @@ struct Outcome
     QString text;
     /*! The full name of the error of a refusal. */
     QString error;
-    /*! The fault that had a part in it. */
+    /*! The fault that was injected. */
     std::optional<Fault> fault;
 };
 
 /*! \brief \a request has ended in \a outcome. */
 Event callEvent(const Request &request, const Outcome &outcome);
 
-/*! \brief \a request waits for \a seconds before it goes on, because of a fault. */
+/*! \brief A fault delays the reply to \a request by \a seconds. */
 Event delayEvent(const Request &request, double seconds);
 
 /*!
  * \brief A change of the configuration of \a application, at \a path, has been announced.
  *
- * \a fault is the one that had it announced; none for a change that was made.
+ * \a fault is the one that caused it, if any.
  */
 Event announcementEvent(const QString &application, const QString &path,
                         const std::optional<Fault> &fault);
 
-/*! \brief Something happened to the service itself, or to its bus: \a text. */
+/*! \brief The service, or its bus, has ended or come back, as \a text says. */
 Event serviceEvent(const QString &text, Tools::Style style, const std::optional<Fault> &fault = {});
 
-/*! \brief Something happened to the scenario file \a fileName: \a line. */
+/*! \brief The scenario file \a fileName was reloaded or refused, as \a line says. */
 Event scenarioEvent(const QString &fileName, const QString &line, Tools::Style style);
 
 } // namespace Tarnvel::Sandbox

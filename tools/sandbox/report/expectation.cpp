@@ -3,64 +3,11 @@
 
 #include "expectation.h"
 
-#include "scenario/json_document.h"
-
-#include <QtCore/QFile>
-#include <QtCore/QJsonArray>
-#include <QtCore/QJsonDocument>
-#include <QtCore/QMap>
-
-#include <limits>
+#include "exit_status.h"
 
 namespace Tarnvel::Sandbox {
 
 namespace {
-
-const QString within = QStringLiteral("within");
-
-bool checkCall(const JsonValue &call, Mistake *mistake)
-{
-    static const QMap<QString, JsonValue::Kind> kinds {
-        {QStringLiteral("application"), JsonValue::String},
-        {QStringLiteral("change"), JsonValue::Object},
-        {QStringLiteral("error"), JsonValue::String},
-        {QStringLiteral("fault"), JsonValue::String},
-        {QStringLiteral("message"), JsonValue::String},
-        {QStringLiteral("method"), JsonValue::String},
-        {QStringLiteral("outcome"), JsonValue::String},
-        {QStringLiteral("path"), JsonValue::String},
-        {QStringLiteral("user"), JsonValue::Number},
-        {within, JsonValue::Number},
-    };
-    if (call.kind != JsonValue::Object)
-        return refuse(call.offset, QStringLiteral("not an object"), mistake);
-    for (const JsonMember &member : call.members) {
-        const auto kind = kinds.find(member.key);
-        if (kind == kinds.end())
-            return refuse(member.offset,
-                          QStringLiteral("%1 is no member of a call").arg(quoted(member.key)),
-                          mistake);
-        if (member.value.kind != *kind)
-            return refuse(member.value.offset,
-                          QStringLiteral("%1 is not %2").arg(quoted(member.key), describe(*kind)),
-                          mistake);
-    }
-    return true;
-}
-
-bool checkDocument(const JsonValue &document, Mistake *mistake)
-{
-    const JsonMember *const list = document.member(QLatin1String("calls"));
-    if (!list || list->value.kind != JsonValue::List || document.members.size() != 1)
-        return refuse(document.offset,
-                      QStringLiteral("not an object with a list of \"calls\" and nothing else"),
-                      mistake);
-    for (const JsonValue &call : list->value.items) {
-        if (!checkCall(call, mistake))
-            return false;
-    }
-    return true;
-}
 
 bool fits(const QJsonObject &members, const QJsonObject &record)
 {
@@ -73,61 +20,30 @@ bool fits(const QJsonObject &members, const QJsonObject &record)
 
 } // namespace
 
-bool Expectation::parse(const QString &fileName, const QByteArray &text, QString *mistake)
-{
-    const auto place = [&](int offset) {
-        return fileName + QLatin1Char(':') + lineAndColumn(text, offset);
-    };
-    JsonValue document;
-    Mistake found;
-    if (!parseJson(text, &document, &found) || !checkDocument(document, &found)) {
-        *mistake = place(found.offset) + QLatin1String(": ") + found.text;
-        return false;
-    }
-    const std::vector<JsonValue> &calls = document.members.front().value.items;
-    const QJsonArray values =
-        QJsonDocument::fromJson(text).object().value(QLatin1String("calls")).toArray();
-    for (int index = 0; index < values.size(); ++index) {
-        QJsonObject members = values.at(index).toObject();
-        const QJsonValue limit = members.take(within);
-        m_calls.append({place(calls.at(static_cast<std::size_t>(index)).offset), members,
-                        limit.toDouble(std::numeric_limits<double>::infinity())});
-    }
-    return true;
-}
-
-bool Expectation::read(const QString &fileName, QString *mistake)
-{
-    QFile file(fileName);
-    if (!file.open(QIODevice::ReadOnly)) {
-        *mistake = fileName + QLatin1String(": ") + file.errorString();
-        return false;
-    }
-    return parse(fileName, file.readAll(), mistake);
-}
+Expectation::Expectation(const QVector<ExpectedCall> &calls) : m_calls(calls) { }
 
 void Expectation::record(const QJsonObject &record)
 {
-    if (m_seen == m_calls.size() || record.value(QLatin1String("event")) != QLatin1String("call"))
+    if (m_met == m_calls.size() || record.value(QLatin1String("event")) != QLatin1String("call"))
         return;
-    const Call &expected = m_calls.at(m_seen);
+    const ExpectedCall &expected = m_calls.at(m_met);
     if (!fits(expected.members, record))
         return;
     const double time = record.value(QLatin1String("time")).toDouble();
     if (time <= expected.within)
-        ++m_seen;
-    else if (m_late == 0)
-        m_late = time;
+        ++m_met;
+    else if (m_lateTime == 0)
+        m_lateTime = time;
 }
 
-QString Expectation::missing() const
+Tools::Failure Expectation::missing() const
 {
-    if (m_seen == m_calls.size())
+    if (m_met == m_calls.size())
         return {};
-    const QString &place = m_calls.at(m_seen).place;
-    return m_late == 0
-        ? QStringLiteral("%1: the expected call did not come").arg(place)
-        : QStringLiteral("%1: the expected call came after %2 s").arg(place).arg(m_late);
+    const QString message = m_lateTime == 0
+        ? QStringLiteral("the expected call did not come")
+        : QStringLiteral("the expected call came after %1 s").arg(m_lateTime);
+    return {ExpectationsNotMet, message, {}, m_calls.at(m_met).location};
 }
 
 } // namespace Tarnvel::Sandbox

@@ -3,6 +3,8 @@
 
 #include "log.h"
 
+#include "exit_status.h"
+
 #include <QtCore/QJsonDocument>
 
 #include <utility>
@@ -14,10 +16,12 @@ Log::Log(Handler handler) : m_handler(std::move(handler))
     start();
 }
 
-bool Log::open(const QString &fileName)
+Tools::Failure Log::open(const QString &fileName)
 {
     m_file.setFileName(fileName);
-    return m_file.open(QIODevice::WriteOnly | QIODevice::Truncate);
+    if (m_file.open(QIODevice::WriteOnly | QIODevice::Truncate))
+        return {};
+    return fileFailure();
 }
 
 void Log::start()
@@ -25,36 +29,31 @@ void Log::start()
     m_clock.start();
 }
 
-double Log::elapsed() const
-{
-    return static_cast<double>(m_clock.elapsed()) / 1000;
-}
-
 void Log::report(const Event &event)
 {
     QJsonObject record = event.record;
-    record.insert(QStringLiteral("time"), elapsed());
+    record.insert(QStringLiteral("time"), static_cast<double>(m_clock.elapsed()) / 1000);
     record.insert(QStringLiteral("text"), event.line);
     if (m_file.isOpen())
         write(QJsonDocument(record).toJson(QJsonDocument::Compact) + '\n');
     if (m_handler)
         m_handler(record);
-    // Last, so that whoever sees the line finds the record.
+    // Last, so that a process that has read the line finds the record.
     printEvent(event.line, event.style);
 }
 
 void Log::write(const QByteArray &line)
 {
-    // Whoever follows the file sees each event when it happens.
+    // A process that follows the file sees each event when it happens.
     if (m_file.write(line) == line.size() && m_file.flush())
         return;
-    printEvent(errorString(), Tools::Style::Bad);
+    printEvent(fileFailure().text(), Tools::Style::Bad);
     m_file.close();
 }
 
-QString Log::errorString() const
+Tools::Failure Log::fileFailure() const
 {
-    return QStringLiteral("%1: %2").arg(m_file.fileName(), m_file.errorString());
+    return {SandboxFailed, m_file.errorString(), {}, m_file.fileName()};
 }
 
 void printEvent(const QString &line, Tools::Style style)

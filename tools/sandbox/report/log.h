@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "failure.h"
 #include "terminal.h"
 
 #include <QtCore/QElapsedTimer>
@@ -17,55 +18,46 @@ namespace Tarnvel::Sandbox {
 /*! \brief Something that has happened in the sandbox. */
 struct Event
 {
-    /*! The event as one line for people. */
+    /*! For people. */
     QString line;
-    /*! How the line is to be taken. */
     Tools::Style style = Tools::Style::Plain;
-    /*! The event for programs. "event" is its kind: "call", "announcement", "fault", "service" or
-     *  "scenario". */
+    /*! For programs. "event" is its kind: "call", "announcement", "fault", "service" or "scenario".
+     */
     QJsonObject record;
 };
 
-/*! \brief Tells what happens: people on the standard error channel, programs in a file. */
+/*! \brief Reports events: to people on standard error, to programs as JSON in a file. */
 class Log
 {
 public:
     using Handler = std::function<void(const QJsonObject &record)>;
 
-    /*! \brief A log that writes into no file and calls \a handler with each record. */
+    /*! \brief A log without a file that passes each record to \a handler. */
     explicit Log(Handler handler = {});
 
-    /*! \brief Writes a record of each event into \a fileName too, as JSON, one on a line.
-     *
-     * False if that file cannot be written; errorString() then says why.
-     */
-    bool open(const QString &fileName);
+    /*! \brief Writes the records into \a fileName too, one on a line, or fails. */
+    Tools::Failure open(const QString &fileName);
 
-    /*! \brief From now on, the seconds of the records count. */
+    /*! \brief Starts the clock for the "time" of the records. */
     void start();
-
-    /*! \brief The seconds since start(). */
-    double elapsed() const;
 
     /*!
      * \brief Prints the line of \a event and records it with the "time" elapsed and the "text".
      *
-     * If it cannot be recorded, this says why, and nothing is recorded any more.
+     * If the file cannot be written, prints why and closes it.
      */
     void report(const Event &event);
 
-    /*! \brief What went wrong in open(). */
-    QString errorString() const;
-
 private:
     void write(const QByteArray &line);
+    Tools::Failure fileFailure() const;
 
     Handler m_handler;
     QFile m_file;
     QElapsedTimer m_clock;
 };
 
-/*! \brief Prints one line on the standard error channel. */
+/*! \brief Prints one line on standard error. */
 void printEvent(const QString &line, Tools::Style style = Tools::Style::Plain);
 
 } // namespace Tarnvel::Sandbox

@@ -13,11 +13,12 @@ namespace Tarnvel::Sandbox {
 
 namespace {
 
-QJsonObject typedJson(GVariant *value)
+const QLatin1String textKey("$gvariant");
+
+QJsonObject textJson(GVariant *value)
 {
-    g_autofree gchar *text = g_variant_print(value, FALSE);
-    return {{QStringLiteral("$type"), QLatin1String(g_variant_get_type_string(value))},
-            {QStringLiteral("value"), QString::fromUtf8(text)}};
+    g_autofree gchar *text = g_variant_print(value, TRUE);
+    return {{textKey, QString::fromUtf8(text)}};
 }
 
 QJsonArray listJson(GVariant *list)
@@ -34,7 +35,7 @@ QJsonObject configurationJson(GVariant *configuration)
     const Entries entries = entriesOf(configuration);
     for (auto entry = entries.begin(); entry != entries.end(); ++entry)
         object.insert(entry.key(), toJson(entry.value().get()));
-    return object;
+    return object.contains(textKey) ? textJson(configuration) : object;
 }
 
 } // namespace
@@ -52,7 +53,7 @@ QJsonValue toJson(GVariant *value)
         return listJson(value);
     if (type == "a{sv}")
         return configurationJson(value);
-    return typedJson(value);
+    return textJson(value);
 }
 
 QString toJsonText(GVariant *value)

@@ -10,11 +10,7 @@
 
 namespace Tarnvel::Sandbox {
 
-/*!
- * \brief \a value for people and for logs, as a scenario file would hold it.
- *
- * Of a value that a scenario file holds under a "$type", GLib's text form stands there.
- */
+/*! \brief \a value as a scenario holds it; readConfiguration() reads it back. */
 QJsonValue toJson(GVariant *value);
 
 /*! \brief toJson() as a text on one line. */

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "diagnostics.h"
 #include "json_document.h"
 #include "variant.h"
 
@@ -14,27 +15,15 @@ namespace Tarnvel::Sandbox {
  * - An integer is an int32, a string a string, a boolean a boolean.
  * - A list of values of one of these types is an array of it, an empty list one of strings.
  * - An object is a nested configuration.
- * - An object with the members "$type" and "value" is a value of the D-Bus type that "$type" names.
- *   Its integers are integers, its "d" numbers, its "s", "o" and "g" strings, its arrays and
- *   structures lists. A dictionary is an object, or a list of [key, value] if its keys are neither
- *   "s" nor "o" nor "g". In a variant, a value stands by these same rules.
+ * - An object with the only member "$gvariant" is the value that GLib's text format describes
+ * there.
  *
- * Everything else is refused, and so is what D-Bus would not carry: then the result is null and
- * \a mistake says where and why.
+ * Everything else adds to \a diagnostics, and so does what no D-Bus message can hold: the result is
+ * then incomplete. Null if \a value is.
  */
-Variant configurationFromJson(const JsonValue &value, Mistake *mistake);
+Variant readConfiguration(const JsonValue *value, Diagnostics *diagnostics);
 
-/*!
- * \brief The array that the List \a value describes by the rules of configurationFromJson().
- *
- * Null and a \a mistake if it describes none.
- */
-Variant arrayFromJson(const JsonValue &value, Mistake *mistake);
-
-/*! \brief Sets \a number if \a value is an integer in the range from \a minimum to \a maximum. */
-bool integerFromJson(const JsonValue &value, qint64 minimum, qint64 maximum, qint64 *number);
-
-/*! \brief True if D-Bus carries \a text as a string. */
-bool isDBusText(const QString &text);
+/*! \brief The items of the List \a value: integers, booleans or strings, as in a configuration. */
+QVector<Variant> readItems(const JsonValue &list, Diagnostics *diagnostics);
 
 } // namespace Tarnvel::Sandbox

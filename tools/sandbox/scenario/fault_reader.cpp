@@ -5,7 +5,7 @@
 
 #include "configuration_reader.h"
 #include "endpoint.h"
-#include "json_members.h"
+#include "json_reader.h"
 
 #include <QtCore/QStringList>
 
@@ -16,180 +16,104 @@ namespace Tarnvel::Sandbox {
 
 namespace {
 
-using FaultMember = KnownMember<Fault>;
-
-const QLatin1String methodKey("method");
-const QLatin1String callKey("call");
-const QLatin1String timeKey("time");
-
-bool readSeconds(const JsonMember &member, double *seconds, Mistake *mistake)
+const FaultDescription *readDescription(const JsonValue *name, Diagnostics *diagnostics)
 {
-    const double number = g_ascii_strtod(member.value.text.toLatin1().constData(), nullptr);
-    if (member.value.kind != JsonValue::Number || number < 0 || number > Fault::maximumSeconds)
-        return refuse(member.value.offset,
-                      QStringLiteral("\"%1\" is no number from 0 to %2")
-                          .arg(member.key)
-                          .arg(Fault::maximumSeconds),
-                      mistake);
-    *seconds = number;
-    return true;
-}
-
-bool readCount(const JsonMember &member, int maximum, int *count, Mistake *mistake)
-{
-    qint64 number = 0;
-    if (!integerFromJson(member.value, 1, maximum, &number))
-        return refuse(
-            member.value.offset,
-            QStringLiteral("\"%1\" is no integer from 1 to %2").arg(member.key).arg(maximum),
-            mistake);
-    *count = static_cast<int>(number);
-    return true;
-}
-
-bool readMethod(const JsonMember &member, Fault *fault, Mistake *mistake)
-{
-    const QStringList methods {QLatin1String(DBus::getConfigurationMethod),
-                               QLatin1String(DBus::changeConfigurationMethod)};
-    if (member.value.kind != JsonValue::String || !methods.contains(member.value.text))
-        return refuse(member.value.offset,
-                      QStringLiteral("\"method\" is neither \"%1\" nor \"%2\"")
-                          .arg(methods.first(), methods.last()),
-                      mistake);
-    fault->method = member.value.text;
-    return true;
-}
-
-bool readCall(const JsonMember &member, Fault *fault, Mistake *mistake)
-{
-    return readCount(member, std::numeric_limits<int>::max(), &fault->call, mistake);
-}
-
-bool readTime(const JsonMember &member, Fault *fault, Mistake *mistake)
-{
-    return readSeconds(member, &fault->time, mistake);
-}
-
-bool readError(const JsonMember &member, Fault *fault, Mistake *mistake)
-{
-    if (!isOfKind(member, JsonValue::String, mistake))
-        return false;
-    const QString name = member.value.text;
-    const QByteArray latin = name.toLatin1();
-    if (DBus::errorNames().contains(name))
-        fault->error = QLatin1String(DBus::errorPrefix) + name;
-    else if (isDBusText(name) && g_dbus_is_interface_name(latin.constData()))
-        fault->error = name;
-    else
-        return refuse(member.value.offset,
-                      QStringLiteral("%1 is no error; there are %2, and full D-Bus names such as "
-                                     "\"org.freedesktop.DBus.Error.Failed\"")
-                          .arg(quoted(name), DBus::errorNames().join(QLatin1String(", "))),
-                      mistake);
-    return true;
-}
-
-bool readMessage(const JsonMember &member, Fault *fault, Mistake *mistake)
-{
-    if (!isOfKind(member, JsonValue::String, mistake))
-        return false;
-    if (!isDBusText(member.value.text))
-        return refuse(member.value.offset, QStringLiteral("D-Bus does not carry this string"),
-                      mistake);
-    fault->message = member.value.text;
-    return true;
-}
-
-bool readDuration(const JsonMember &member, Fault *fault, Mistake *mistake)
-{
-    return readSeconds(member, &fault->seconds, mistake);
-}
-
-bool readFloodCount(const JsonMember &member, Fault *fault, Mistake *mistake)
-{
-    return readCount(member, Fault::maximumCount, &fault->count, mistake);
-}
-
-bool readConfiguration(const JsonMember &member, Fault *fault, Mistake *mistake)
-{
-    fault->configuration = configurationFromJson(member.value, mistake);
-    return fault->configuration != nullptr;
-}
-
-QVector<FaultMember> knownMembers(const FaultDescription &description)
-{
-    QVector<FaultMember> members {
-        // It has been read before, since it says which others there are.
-        {"fault", true, [](const JsonMember &, Fault *, Mistake *) { return true; }},
-    };
-    if (description.comesWithCall)
-        members << FaultMember {"method", !description.comesAtTime, readMethod}
-                << FaultMember {"call", false, readCall};
-    if (description.comesAtTime)
-        members << FaultMember {"time", !description.comesWithCall, readTime};
-    if (description.kind == Fault::Error)
-        members << FaultMember {"error", true, readError}
-                << FaultMember {"message", false, readMessage};
-    if (description.kind == Fault::Delay || description.kind == Fault::Restart)
-        members << FaultMember {"seconds", description.kind == Fault::Delay, readDuration};
-    if (description.kind == Fault::Push)
-        members << FaultMember {"configuration", true, readConfiguration};
-    if (description.kind == Fault::Flood)
-        members << FaultMember {"count", true, readFloodCount};
-    return members;
-}
-
-const FaultDescription *findDescription(const JsonValue &value, Mistake *mistake)
-{
-    const JsonMember *const name = value.member(QLatin1String("fault"));
-    if (!name) {
-        refuse(value.offset, QStringLiteral("\"fault\" is missing"), mistake);
-        return nullptr;
-    }
-    if (!isOfKind(*name, JsonValue::String, mistake))
+    if (!name)
         return nullptr;
     QStringList names;
     for (const FaultDescription &description : faultDescriptions()) {
-        if (name->value.text == QLatin1String(description.name))
+        if (name->kind == JsonValue::String && name->text == QLatin1String(description.name))
             return &description;
         names << QLatin1String(description.name);
     }
-    refuse(name->value.offset,
-           QStringLiteral("%1 is no fault; there are %2")
-               .arg(quoted(name->value.text), names.join(QLatin1String(", "))),
-           mistake);
+    refuse(*name, QStringLiteral("one of the faults ") + names.join(QLatin1String(", ")),
+           diagnostics);
     return nullptr;
 }
 
-bool checkOccasion(const JsonValue &value, Mistake *mistake)
+QString readMethod(const JsonValue *value, Diagnostics *diagnostics)
 {
-    const JsonMember *const method = value.member(methodKey);
-    const JsonMember *const call = value.member(callKey);
-    const JsonMember *const time = value.member(timeKey);
+    const QStringList methods {QLatin1String(DBus::getConfigurationMethod),
+                               QLatin1String(DBus::changeConfigurationMethod)};
+    if (value && (value->kind != JsonValue::String || !methods.contains(value->text)))
+        refuse(*value, QStringLiteral("\"%1\" or \"%2\"").arg(methods.first(), methods.last()),
+               diagnostics);
+    return value ? value->text : QString();
+}
+
+QString readError(const JsonValue *value, Diagnostics *diagnostics)
+{
+    const QString name = value ? value->text : QString();
+    if (DBus::errorNames().contains(name))
+        return QLatin1String(DBus::errorPrefix) + name;
+    if (value && !g_dbus_is_interface_name(name.toUtf8().constData()))
+        refuse(*value,
+               QStringLiteral("%1, or a full name such as \"org.freedesktop.DBus.Error.Failed\"")
+                   .arg(DBus::errorNames().join(QLatin1String(", "))),
+               diagnostics);
+    return name;
+}
+
+// When the fault happens.
+void readOccasion(const JsonValue &value, const FaultDescription &description, ObjectReader *object,
+                  Fault *fault, Diagnostics *diagnostics)
+{
+    const QLatin1String methodKey("method");
+    const QLatin1String timeKey("time");
+    const bool isEither = description.comesWithCall && description.comesAtTime;
+    const JsonValue *method = nullptr;
+    const JsonValue *call = nullptr;
+    const JsonValue *time = nullptr;
+    if (description.comesWithCall) {
+        method = isEither ? object->find(methodKey) : object->require(methodKey);
+        call = object->find(QLatin1String("call"));
+    }
+    if (description.comesAtTime)
+        time = isEither ? object->find(timeKey) : object->require(timeKey);
+    if (isEither && !method && !time)
+        diagnostics->add(value.offset, QStringLiteral("\"method\" or \"time\" is missing"));
     if (method && time)
-        return refuse(time->offset, QStringLiteral("\"time\" besides \"method\""), mistake);
-    if (call && time)
-        return refuse(call->offset, QStringLiteral("\"call\" without \"method\""), mistake);
-    return method || time
-        || refuse(value.offset, QStringLiteral("\"method\" or \"time\" is missing"), mistake);
+        diagnostics->add(time->offset,
+                         QStringLiteral("\"time\" and \"method\" exclude each other"));
+    if (time && call)
+        diagnostics->add(call->offset, QStringLiteral("\"call\" and \"time\" exclude each other"));
+    fault->method = readMethod(method, diagnostics);
+    fault->call = static_cast<int>(
+        readInteger(call, 1, std::numeric_limits<int>::max(), diagnostics));
+    fault->time = readNumber(time, Fault::maximumSeconds, diagnostics);
 }
 
 } // namespace
 
-bool faultFromJson(const JsonValue &value, Fault *fault, Mistake *mistake)
+Fault readFault(const JsonValue &value, Diagnostics *diagnostics)
 {
-    if (!isOfKind(value, JsonValue::Object, QStringLiteral("a fault"), mistake))
-        return false;
-    const FaultDescription *const description = findDescription(value, mistake);
+    ObjectReader object(value, diagnostics);
+    const FaultDescription *const description = readDescription(
+        object.require(QLatin1String("fault")), diagnostics);
     if (!description)
-        return false;
-    *fault = {};
-    fault->kind = description->kind;
-    if (description->kind == Fault::Error)
-        fault->message = QStringLiteral("this is a fault of the scenario");
-    const QString name = QStringLiteral("the fault \"%1\"").arg(faultName(description->kind));
-    return readMembers(value, name, knownMembers(*description), fault, mistake)
-        && checkOccasion(value, mistake);
+        return {};
+    Fault fault {};
+    fault.kind = description->kind;
+    readOccasion(value, *description, &object, &fault, diagnostics);
+    const QLatin1String secondsKey("seconds");
+    if (fault.kind == Fault::Error) {
+        fault.error = readError(object.require(QLatin1String("error")), diagnostics);
+        const JsonValue *const message = object.find(QLatin1String("message"));
+        fault.message = message ? readString(message, diagnostics)
+                                : QStringLiteral("error injected by the sandbox");
+    } else if (fault.kind == Fault::Delay || fault.kind == Fault::Restart) {
+        const JsonValue *const seconds = fault.kind == Fault::Delay ? object.require(secondsKey)
+                                                                    : object.find(secondsKey);
+        fault.seconds = readNumber(seconds, Fault::maximumSeconds, diagnostics);
+    } else if (fault.kind == Fault::Push) {
+        fault.configuration = readConfiguration(object.require(QLatin1String("configuration")),
+                                                diagnostics);
+    } else if (fault.kind == Fault::Flood) {
+        fault.count = static_cast<int>(readInteger(object.require(QLatin1String("count")), 1,
+                                                   Fault::maximumCount, diagnostics));
+    }
+    object.refuseOthers(QStringLiteral("the fault \"%1\"").arg(QLatin1String(description->name)));
+    return fault;
 }
 
 } // namespace Tarnvel::Sandbox

@@ -3,12 +3,13 @@
 
 #pragma once
 
+#include "diagnostics.h"
 #include "fault.h"
 #include "json_document.h"
 
 namespace Tarnvel::Sandbox {
 
-/*! \brief Sets \a fault to the one that \a value describes; if it describes none, \a mistake. */
-bool faultFromJson(const JsonValue &value, Fault *fault, Mistake *mistake);
+/*! \brief The fault that \a value describes; adds to \a diagnostics if it describes none. */
+Fault readFault(const JsonValue &value, Diagnostics *diagnostics);
 
 } // namespace Tarnvel::Sandbox

@@ -3,6 +3,8 @@
 
 #include "file_watch.h"
 
+#include "exit_status.h"
+
 #include <QtCore/QFile>
 
 #include <algorithm>
@@ -13,10 +15,10 @@ namespace Tarnvel::Sandbox {
 
 namespace {
 
-// As many as the system itself follows.
+// As many as the kernel follows.
 constexpr int maximumLinks = 40;
 
-// The symbolic links that lead to the file, and the file.
+// The symbolic links on the way to the file, and the file itself.
 std::vector<std::filesystem::path> pathsTo(const std::filesystem::path &fileName)
 {
     std::error_code error;
@@ -49,7 +51,6 @@ FileWatch::FileWatch(const QString &fileName, std::function<void()> handler)
     : m_fileName(std::filesystem::absolute(QFile::encodeName(fileName).constData())),
       m_handler(std::move(handler))
 {
-    watch();
 }
 
 FileWatch::~FileWatch()
@@ -57,9 +58,19 @@ FileWatch::~FileWatch()
     stop();
 }
 
-QString FileWatch::errorString() const
+Tools::Failure FileWatch::start()
 {
-    return m_errorString;
+    Tools::Failure failure;
+    // A link may get another target before it is watched.
+    for (auto paths = pathsTo(m_fileName); paths != m_paths; paths = pathsTo(m_fileName)) {
+        stop();
+        m_paths = paths;
+        for (const std::filesystem::path &path : paths) {
+            if (const Tools::Failure found = watch(path))
+                failure = found;
+        }
+    }
+    return failure;
 }
 
 void FileWatch::receive(GFileMonitor *, GFile *, GFile *otherFile, GFileMonitorEvent event,
@@ -71,7 +82,8 @@ void FileWatch::receive(GFileMonitor *, GFile *, GFile *otherFile, GFileMonitorE
     if (!isRenamed && event != G_FILE_MONITOR_EVENT_MOVED_IN
         && event != G_FILE_MONITOR_EVENT_CHANGES_DONE_HINT)
         return;
-    watch->watch();
+    // The links may lead elsewhere now.
+    watch->start();
     watch->m_handler();
 }
 
@@ -80,29 +92,18 @@ bool FileWatch::isWatched(const std::filesystem::path &path) const
     return std::find(m_paths.begin(), m_paths.end(), path) != m_paths.end();
 }
 
-void FileWatch::watch()
-{
-    // A link may be pointed elsewhere before it is watched.
-    for (auto paths = pathsTo(m_fileName); paths != m_paths; paths = pathsTo(m_fileName)) {
-        stop();
-        m_paths = paths;
-        for (const std::filesystem::path &path : paths)
-            watch(path);
-    }
-}
-
-void FileWatch::watch(const std::filesystem::path &path)
+Tools::Failure FileWatch::watch(const std::filesystem::path &path)
 {
     g_autoptr(GFile) file = g_file_new_for_path(path.c_str());
     g_autoptr(GError) error = nullptr;
     GFileMonitor *const monitor = g_file_monitor_file(file, G_FILE_MONITOR_WATCH_MOVES, nullptr,
                                                       &error);
-    if (!monitor) {
-        m_errorString = QString::fromUtf8(error->message);
-        return;
-    }
+    if (!monitor)
+        return {
+            SandboxFailed, QString::fromUtf8(error->message), {}, QFile::decodeName(path.c_str())};
     g_signal_connect(monitor, "changed", G_CALLBACK(receive), this);
     m_monitors.push_back(monitor);
+    return {};
 }
 
 void FileWatch::stop()

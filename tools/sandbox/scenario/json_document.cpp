@@ -8,6 +8,9 @@
 #include <QtCore/QSet>
 
 #include <algorithm>
+#include <array>
+#include <glib.h>
+#include <map>
 #include <rapidjson/memorystream.h>
 #include <rapidjson/reader.h>
 #include <string_view>
@@ -22,27 +25,17 @@ using Stream = rapidjson::MemoryStream;
 constexpr std::string_view separators = " \t\r\n,:";
 constexpr int maximumQuotedSize = 80;
 
-// An escape may stand for half a character alone, which UTF-8 has no bytes for.
-bool isUtf8(const char *text, int size)
-{
-    for (int index = 0; index + 1 < size; ++index) {
-        const auto second = static_cast<unsigned char>(text[index + 1]);
-        if (text[index] == '\xed' && second >= 0xa0)
-            return false;
-    }
-    return true;
-}
-
 // What the reader calls for each token.
 class TreeBuilder : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, TreeBuilder>
 {
 public:
-    TreeBuilder(const QByteArray &text, const Stream &stream, JsonValue *root, Mistake *mistake)
-        : m_text(text), m_stream(stream), m_root(root), m_mistake(mistake)
+    TreeBuilder(const QByteArray &text, const Stream &stream, JsonValue *root,
+                Diagnostics *diagnostics)
+        : m_text(text), m_stream(stream), m_root(root), m_diagnostics(diagnostics)
     {
     }
 
-    // Where the token begins that is being read: behind the last, there is nothing but separators.
+    // Where the current token begins: there are only separators between it and the last one.
     int tokenStart() const
     {
         int start = m_lastEnd;
@@ -53,8 +46,7 @@ public:
 
     bool Null()
     {
-        add(JsonValue::Null);
-        return true;
+        return add(JsonValue::Null);
     }
 
     bool Bool(bool isTrue)
@@ -71,9 +63,8 @@ public:
 
     bool String(const char *text, rapidjson::SizeType size, bool)
     {
-        if (!isUtf8(text, static_cast<int>(size)))
-            return refuseHalf();
-        add(JsonValue::String)->text = QString::fromUtf8(text, static_cast<int>(size));
+        const QString content = checkedText(text, size);
+        add(JsonValue::String)->text = content;
         return true;
     }
 
@@ -89,13 +80,10 @@ public:
 
     bool Key(const char *text, rapidjson::SizeType size, bool)
     {
-        if (!isUtf8(text, static_cast<int>(size)))
-            return refuseHalf();
-        const QString key = QString::fromUtf8(text, static_cast<int>(size));
+        const QString key = checkedText(text, size);
         OpenValue &object = m_open.back();
         if (object.keys.contains(key))
-            return refuse(tokenStart(), QStringLiteral("a second member %1").arg(quoted(key)),
-                          m_mistake);
+            m_diagnostics->add(tokenStart(), QStringLiteral("duplicate member ") + quoted(key));
         object.keys.insert(key);
         object.value->members.push_back({key, tokenStart(), {}});
         endToken();
@@ -115,7 +103,7 @@ public:
 private:
     struct OpenValue
     {
-        // Stays where it is: nothing is added to what holds it before it is closed.
+        // Not moved: nothing is added to the value around it before this one is closed.
         JsonValue *value;
         QSet<QString> keys;
     };
@@ -140,11 +128,12 @@ private:
 
     bool open(JsonValue::Kind kind)
     {
-        if (m_open.size() == maximumJsonDepth)
-            return refuse(tokenStart(),
-                          QStringLiteral("more than %1 lists and objects inside one another")
-                              .arg(maximumJsonDepth),
-                          m_mistake);
+        if (m_open.size() == maximumJsonDepth) {
+            m_diagnostics->add(
+                tokenStart(),
+                QStringLiteral("more than %1 nested lists and objects").arg(maximumJsonDepth));
+            return false;
+        }
         m_open.push_back({add(kind), {}});
         endBracket();
         return true;
@@ -157,9 +146,12 @@ private:
         return true;
     }
 
-    bool refuseHalf()
+    QString checkedText(const char *text, rapidjson::SizeType size)
     {
-        return refuse(tokenStart(), QStringLiteral("half a character in a string"), m_mistake);
+        if (!g_utf8_validate(text, static_cast<gssize>(size), nullptr))
+            m_diagnostics->add(tokenStart(),
+                               QStringLiteral("U+0000 or lone surrogate in a string"));
+        return QString::fromUtf8(text, static_cast<int>(size));
     }
 
     void endToken()
@@ -167,7 +159,7 @@ private:
         m_lastEnd = static_cast<int>(m_stream.Tell());
     }
 
-    // The reader takes a bracket after it has told of it.
+    // The reader reports a bracket before it consumes it.
     void endBracket()
     {
         m_lastEnd = static_cast<int>(m_stream.Tell()) + 1;
@@ -176,48 +168,36 @@ private:
     const QByteArray &m_text;
     const Stream &m_stream;
     JsonValue *m_root;
-    Mistake *m_mistake;
+    Diagnostics *m_diagnostics;
     std::vector<OpenValue> m_open;
     int m_lastEnd = 0;
 };
 
-QString syntaxMistake(rapidjson::ParseErrorCode code, char character)
+QString syntaxMessage(rapidjson::ParseErrorCode code, char character)
 {
-    switch (code) {
-    case rapidjson::kParseErrorDocumentRootNotSingular:
-        return QStringLiteral("something follows the end");
-    case rapidjson::kParseErrorObjectMissName:
-        return QStringLiteral("the name of a member is missing");
-    case rapidjson::kParseErrorObjectMissColon:
-        return QStringLiteral("a \":\" is missing");
-    case rapidjson::kParseErrorObjectMissCommaOrCurlyBracket:
-        return QStringLiteral("a \",\" or a \"}\" is missing");
-    case rapidjson::kParseErrorArrayMissCommaOrSquareBracket:
-        return QStringLiteral("a \",\" or a \"]\" is missing");
-    case rapidjson::kParseErrorStringUnicodeEscapeInvalidHex:
-        return QStringLiteral("four hexadecimal digits are missing behind \"\\u\"");
-    case rapidjson::kParseErrorStringUnicodeSurrogateInvalid:
-        return QStringLiteral("half a character in a string");
-    case rapidjson::kParseErrorStringEscapeInvalid:
-        return character == '\\' ? QStringLiteral("no such escape sequence")
-                                 : QStringLiteral("a control character in a string");
-    case rapidjson::kParseErrorStringMissQuotationMark:
-        return QStringLiteral("a string without its end");
-    case rapidjson::kParseErrorStringInvalidEncoding:
-        return QStringLiteral("not UTF-8");
-    case rapidjson::kParseErrorNumberTooBig:
-        return QStringLiteral("a number that is too great");
-    case rapidjson::kParseErrorNumberMissFraction:
-        return QStringLiteral("digits are missing behind the decimal point");
-    case rapidjson::kParseErrorNumberMissExponent:
-        return QStringLiteral("digits are missing in the exponent");
-    default:
-        return QStringLiteral("no value");
-    }
+    static const std::map<rapidjson::ParseErrorCode, const char *> messages {
+        {rapidjson::kParseErrorDocumentRootNotSingular, "unexpected text after the end"},
+        {rapidjson::kParseErrorObjectMissName, "expected the name of a member"},
+        {rapidjson::kParseErrorObjectMissColon, "expected \":\""},
+        {rapidjson::kParseErrorObjectMissCommaOrCurlyBracket, "expected \",\" or \"}\""},
+        {rapidjson::kParseErrorArrayMissCommaOrSquareBracket, "expected \",\" or \"]\""},
+        {rapidjson::kParseErrorStringUnicodeEscapeInvalidHex,
+         "expected four hexadecimal digits after \"\\u\""},
+        {rapidjson::kParseErrorStringUnicodeSurrogateInvalid, "lone surrogate in a string"},
+        {rapidjson::kParseErrorStringEscapeInvalid, "unknown escape sequence"},
+        {rapidjson::kParseErrorStringMissQuotationMark, "unterminated string"},
+        {rapidjson::kParseErrorStringInvalidEncoding, "invalid UTF-8"},
+        {rapidjson::kParseErrorNumberTooBig, "number too large"},
+        {rapidjson::kParseErrorNumberMissFraction, "expected digits after the decimal point"},
+        {rapidjson::kParseErrorNumberMissExponent, "expected digits in the exponent"},
+    };
+    if (code == rapidjson::kParseErrorStringEscapeInvalid && character != '\\')
+        return QStringLiteral("control character in a string");
+    const auto found = messages.find(code);
+    return QLatin1String(found == messages.end() ? "expected a value" : found->second);
 }
 
-// In a string that does not end and in a word that means nothing, the reader stops somewhere behind
-// the place that people look for.
+// For an unterminated string and an unknown word, the reader stops somewhere inside the token.
 bool isAboutToken(rapidjson::ParseErrorCode code)
 {
     return code == rapidjson::kParseErrorStringMissQuotationMark
@@ -226,14 +206,14 @@ bool isAboutToken(rapidjson::ParseErrorCode code)
 
 } // namespace
 
-const JsonMember *JsonValue::member(QLatin1String key) const
+const JsonValue *JsonValue::member(QLatin1String key) const
 {
     const auto found = std::find_if(members.begin(), members.end(),
                                     [key](const JsonMember &one) { return one.key == key; });
-    return found == members.end() ? nullptr : &*found;
+    return found == members.end() ? nullptr : &found->value;
 }
 
-bool parseJson(const QByteArray &text, JsonValue *value, Mistake *mistake)
+JsonValue parseJson(const QByteArray &text, Diagnostics *diagnostics)
 {
     constexpr unsigned flags = rapidjson::kParseNumbersAsStringsFlag
         | rapidjson::kParseValidateEncodingFlag | rapidjson::kParseIterativeFlag;
@@ -241,56 +221,32 @@ bool parseJson(const QByteArray &text, JsonValue *value, Mistake *mistake)
     const int null = text.indexOf('\0');
     const int size = null < 0 ? text.size() : null;
     Stream stream(text.constData(), static_cast<std::size_t>(size));
-    *value = {};
-    TreeBuilder builder(text, stream, value, mistake);
+    JsonValue value;
+    TreeBuilder builder(text, stream, &value, diagnostics);
     rapidjson::Reader reader;
     const rapidjson::ParseResult result = reader.Parse<flags>(stream, builder);
     if (result.Code() == rapidjson::kParseErrorTermination)
-        return false;
+        return value;
 
+    const rapidjson::ParseErrorCode code = result.Code();
     const int stop = result.IsError() ? static_cast<int>(result.Offset()) : size;
     if (stop == size && null >= 0)
-        return refuse(null, QStringLiteral("U+0000"), mistake);
-    if (!result.IsError())
-        return true;
-    if (stop == size && result.Code() != rapidjson::kParseErrorStringMissQuotationMark)
-        return refuse(size, QStringLiteral("the end comes too early"), mistake);
-    return refuse(isAboutToken(result.Code()) ? std::min(builder.tokenStart(), stop) : stop,
-                  syntaxMistake(result.Code(), stop < size ? text.at(stop) : '\0'), mistake);
-}
-
-QString lineAndColumn(const QByteArray &text, int offset)
-{
-    const QByteArray before = text.left(offset);
-    const QByteArray line = before.mid(before.lastIndexOf('\n') + 1);
-    return QStringLiteral("%1:%2")
-        .arg(before.count('\n') + 1)
-        .arg(QString::fromUtf8(line).size() + 1);
-}
-
-bool refuse(int offset, const QString &text, Mistake *mistake)
-{
-    *mistake = {offset, text};
-    return false;
+        diagnostics->add(null, QStringLiteral("U+0000 is not allowed"));
+    else if (stop == size && result.IsError()
+             && code != rapidjson::kParseErrorStringMissQuotationMark)
+        diagnostics->add(size, QStringLiteral("unexpected end of the file"));
+    else if (result.IsError())
+        diagnostics->add(isAboutToken(code) ? std::min(builder.tokenStart(), stop) : stop,
+                         syntaxMessage(code, stop < size ? text.at(stop) : '\0'));
+    return value;
 }
 
 QString describe(JsonValue::Kind kind)
 {
-    switch (kind) {
-    case JsonValue::Null:
-        return QStringLiteral("null");
-    case JsonValue::Boolean:
-        return QStringLiteral("a boolean");
-    case JsonValue::Number:
-        return QStringLiteral("a number");
-    case JsonValue::String:
-        return QStringLiteral("a string");
-    case JsonValue::List:
-        return QStringLiteral("a list");
-    case JsonValue::Object:
-        break;
-    }
-    return QStringLiteral("an object");
+    static const std::array<const char *, 6> descriptions {
+        "null", "a boolean", "a number", "a string", "a list", "an object",
+    };
+    return QLatin1String(descriptions.at(kind));
 }
 
 QString quoted(const QString &text)

@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "diagnostics.h"
+
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
 
@@ -33,11 +35,11 @@ struct JsonValue
     QString text;
     /*! The items of a List. */
     std::vector<JsonValue> items;
-    /*! The members of an Object in the order of the text; each has another key. */
+    /*! The members of an Object in the order of the text. */
     std::vector<JsonMember> members;
 
-    /*! \brief The member \a key of an Object, or null. */
-    const JsonMember *member(QLatin1String key) const;
+    /*! \brief The value of the member \a key of an Object, or null. */
+    const JsonValue *member(QLatin1String key) const;
 };
 
 /*! \brief A member of an object. */
@@ -49,30 +51,20 @@ struct JsonMember
     JsonValue value;
 };
 
-/*! \brief What is wrong in a text, and where, in bytes from its start. */
-struct Mistake
-{
-    int offset = 0;
-    QString text;
-};
-
-/*! \brief Lists and objects may lie so deep inside one another. */
+/*! \brief How many lists and objects may be inside one another. */
 constexpr int maximumJsonDepth = 128;
 
-/*! \brief Sets \a value to the one that \a text holds; if it holds none, false and \a mistake. */
-bool parseJson(const QByteArray &text, JsonValue *value, Mistake *mistake);
-
-/*! \brief The line and the column at \a offset, counted in characters from 1: "3:14". */
-QString lineAndColumn(const QByteArray &text, int offset);
-
-/*! \brief Sets \a mistake, and is false for the caller to return. */
-bool refuse(int offset, const QString &text, Mistake *mistake);
+/*!
+ * \brief The value that \a text holds.
+ *
+ * Adds to \a diagnostics if it holds none, a key twice or U+0000; the value is then incomplete.
+ */
+JsonValue parseJson(const QByteArray &text, Diagnostics *diagnostics);
 
 /*! \brief What kind of value that is, for people: "a list". */
 QString describe(JsonValue::Kind kind);
 
-/*! \brief \a text between quotation marks, cut off where it is long, with nothing but text in it.
- */
+/*! \brief \a text in quotation marks, on one line and cut off where it is long. */
 QString quoted(const QString &text);
 
 } // namespace Tarnvel::Sandbox

@@ -6,7 +6,6 @@
 #include "fault.h"
 #include "variant.h"
 
-#include <QtCore/QByteArray>
 #include <QtCore/QMap>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
@@ -36,13 +35,13 @@ struct Application
     QString name;
     /*! The configuration, an a{sv}. */
     Variant configuration;
-    /*! The settings that the application may not alter, such as "network/proxy". */
+    /*! The settings that the application may not change, such as "network/proxy". */
     QStringList locked;
     /*! False if the service refuses every call of the application. */
     bool isConfigurable = true;
     /*! The users whose calls are served; those of all users if there is no list. */
     std::optional<QVector<quint32>> users;
-    /*! What the application may set, in the order of the file; anything where nothing is said. */
+    /*! What the application may set, in the order of the file; other settings may get any value. */
     QVector<AllowedValues> allowed;
     /*! What goes wrong, in the order of the file. */
     QVector<Fault> faults;
@@ -50,24 +49,5 @@ struct Application
 
 /*! \brief All applications, under the object paths at which they are served. */
 using Scenario = QMap<QString, Application>;
-
-/*!
- * \brief The keys in the path of a setting; empty if \a path names none.
- *
- * A path consists of keys with "/" between them. None of the keys is empty.
- */
-QStringList settingKeys(const QString &path);
-
-/*!
- * \brief Sets \a scenario to the one that \a text, the content of \a fileName, describes.
- *
- * If it describes none, false; \a scenario is then unchanged, and \a mistake is one line that
- * begins with \a fileName and says where and why.
- */
-bool parseScenario(const QString &fileName, const QByteArray &text, Scenario *scenario,
-                   QString *mistake);
-
-/*! \brief Does as parseScenario() with what is in the file now. */
-bool readScenario(const QString &fileName, Scenario *scenario, QString *mistake);
 
 } // namespace Tarnvel::Sandbox

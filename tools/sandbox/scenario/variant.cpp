@@ -43,12 +43,14 @@ Entries entriesOf(GVariant *configuration)
     g_variant_iter_init(&iterator, configuration);
     const gchar *key = nullptr;
     GVariant *content = nullptr;
-    while (g_variant_iter_next(&iterator, "{&sv}", &key, &content)) {
-        const Variant value = adopt(content);
-        entries.insert(QString::fromUtf8(key),
-                       isConfiguration(content) ? makeConfiguration(entriesOf(content)) : value);
-    }
+    while (g_variant_iter_next(&iterator, "{&sv}", &key, &content))
+        entries.insert(QString::fromUtf8(key), inOrder(adopt(content)));
     return entries;
+}
+
+Variant inOrder(const Variant &value)
+{
+    return isConfiguration(value.get()) ? makeConfiguration(entriesOf(value.get())) : value;
 }
 
 Variant mergeConfigurations(const Variant &configuration, GVariant *change)
@@ -60,28 +62,36 @@ Variant mergeConfigurations(const Variant &configuration, GVariant *change)
     return makeConfiguration(merged);
 }
 
+QStringList settingKeys(const QString &path)
+{
+    const QStringList keys = path.split(QLatin1Char('/'));
+    return keys.contains(QString()) ? QStringList() : keys;
+}
+
 Variant valueAt(const Variant &configuration, const QStringList &path)
 {
     Variant value = configuration;
     for (const QString &key : path) {
         if (!value || !isConfiguration(value.get()))
             return {};
-        value = entriesOf(value.get()).value(key);
+        GVariant *const found = g_variant_lookup_value(value.get(), key.toUtf8().constData(),
+                                                       nullptr);
+        value = found ? adopt(found) : Variant();
     }
     return value;
 }
 
 bool isTooLarge(const Variant &configuration)
 {
-    g_autoptr(GDBusMessage) answer = g_dbus_message_new();
-    g_dbus_message_set_message_type(answer, G_DBUS_MESSAGE_TYPE_METHOD_RETURN);
-    g_dbus_message_set_reply_serial(answer, 1);
-    g_dbus_message_set_destination(answer, longestName);
+    g_autoptr(GDBusMessage) reply = g_dbus_message_new();
+    g_dbus_message_set_message_type(reply, G_DBUS_MESSAGE_TYPE_METHOD_RETURN);
+    g_dbus_message_set_reply_serial(reply, 1);
+    g_dbus_message_set_destination(reply, longestName);
     GVariant *const body = configuration.get();
-    g_dbus_message_set_body(answer, g_variant_new_tuple(&body, 1));
+    g_dbus_message_set_body(reply, g_variant_new_tuple(&body, 1));
     gsize size = 0;
     // What is too large for any bus has no form as a message at all.
-    g_autofree guchar *message = g_dbus_message_to_blob(answer, &size, G_DBUS_CAPABILITY_FLAGS_NONE,
+    g_autofree guchar *message = g_dbus_message_to_blob(reply, &size, G_DBUS_CAPABILITY_FLAGS_NONE,
                                                         nullptr);
     return !message || size > DBus::maximumMessageSize;
 }

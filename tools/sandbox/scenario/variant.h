@@ -24,29 +24,31 @@ Variant adopt(GVariant *value);
 /*! \brief A configuration, an a{sv}, of \a entries. */
 Variant makeConfiguration(const Entries &entries);
 
-/*!
- * \brief The entries of \a configuration, which must be an a{sv}.
- *
- * Nested configurations come with their entries in the order of the keys, so that configurations
- * of the same content are equal in whatever order a client has written them.
- */
+/*! \brief The entries of \a configuration, which must be an a{sv}, inOrder() each. */
 Entries entriesOf(GVariant *configuration);
+
+/*!
+ * \brief \a value; if it is a configuration, with its entries in the order of their keys, nested
+ * ones included.
+ *
+ * Configurations of the same content are then equal, in whatever order a client has written them.
+ */
+Variant inOrder(const Variant &value);
 
 /*! \brief \a configuration with the entries of \a change added, or put in place of its own. */
 Variant mergeConfigurations(const Variant &configuration, GVariant *change);
 
-/*!
- * \brief The value that \a path names, a key followed by keys of nested configurations.
- *
- * Null if there is none.
- */
+/*! \brief The keys in \a path, between which "/" stands; none if one of them were empty. */
+QStringList settingKeys(const QString &path);
+
+/*! \brief The value at \a path, a key and those of nested configurations; null if none is there. */
 Variant valueAt(const Variant &configuration, const QStringList &path);
 
 /*!
- * \brief True if an answer with \a configuration, an a{sv}, is larger than a system bus lets pass.
+ * \brief True if a reply with \a configuration, an a{sv}, is larger than a system bus allows.
  *
- * The bus would end the service's connection. An answer may be a few bytes shorter than the bus
- * allows, since its caller's name may be longer another time.
+ * The bus would close the service's connection. The limit is a few bytes lower than that of the
+ * bus, since the name of the caller may be longer another time.
  */
 bool isTooLarge(const Variant &configuration);
 

@@ -14,9 +14,9 @@ QString quoted(const QString &text)
     return QLatin1Char('"') + text + QLatin1Char('"');
 }
 
-QString typeText(GVariant *value)
+const QMap<QByteArray, QString> &supportedTypes()
 {
-    static const QMap<QByteArray, QString> texts {
+    static const QMap<QByteArray, QString> names {
         {"i", QStringLiteral("an integer")},
         {"b", QStringLiteral("a boolean")},
         {"s", QStringLiteral("a string")},
@@ -25,34 +25,29 @@ QString typeText(GVariant *value)
         {"as", QStringLiteral("a list of strings")},
         {"a{sv}", QStringLiteral("a configuration")},
     };
-    const QByteArray type = g_variant_get_type_string(value);
-    return texts.value(type, QStringLiteral("of the type \"%1\"").arg(QLatin1String(type)));
+    return names;
+}
+
+QByteArray typeOf(GVariant *value)
+{
+    return g_variant_get_type_string(value);
+}
+
+QString typeText(GVariant *value)
+{
+    const QString unsupported = QStringLiteral("of the type \"%1\"");
+    return supportedTypes().value(typeOf(value), unsupported.arg(QLatin1String(typeOf(value))));
 }
 
 bool isList(GVariant *value)
 {
-    return g_variant_is_of_type(value, G_VARIANT_TYPE("ai"))
-        || g_variant_is_of_type(value, G_VARIANT_TYPE("ab"))
-        || g_variant_is_of_type(value, G_VARIANT_TYPE_STRING_ARRAY);
+    return typeOf(value).size() == 2 && supportedTypes().contains(typeOf(value));
 }
 
-bool isConfiguration(GVariant *value)
-{
-    return g_variant_is_of_type(value, G_VARIANT_TYPE_VARDICT);
-}
-
-bool isSupported(GVariant *value)
-{
-    return isList(value) || isConfiguration(value)
-        || g_variant_is_of_type(value, G_VARIANT_TYPE_INT32)
-        || g_variant_is_of_type(value, G_VARIANT_TYPE_BOOLEAN)
-        || g_variant_is_of_type(value, G_VARIANT_TYPE_STRING);
-}
-
-// An empty list in a scenario file does not say what it is a list of.
+// An empty list in a scenario does not say what it is a list of.
 bool isOfSameType(GVariant *known, GVariant *value)
 {
-    return g_variant_is_of_type(value, g_variant_get_type(known))
+    return typeOf(known) == typeOf(value)
         || (isList(known) && g_variant_n_children(known) == 0 && isList(value));
 }
 
@@ -60,10 +55,10 @@ std::optional<Refusal> refuseType(const QString &path, GVariant *known, GVariant
 {
     if (isOfSameType(known, value))
         return {};
-    if (!isSupported(value))
-        return Refusal {QStringLiteral("UnsupportedType"),
-                        QStringLiteral("%1 would be %2, as no setting can be")
-                            .arg(quoted(path), typeText(value))};
+    if (!supportedTypes().contains(typeOf(value)))
+        return Refusal {
+            QStringLiteral("UnsupportedType"),
+            QStringLiteral("%1 cannot be %2: no setting can").arg(quoted(path), typeText(value))};
     return Refusal {
         QStringLiteral("InvalidType"),
         QStringLiteral("%1 is %2, not %3").arg(quoted(path), typeText(known), typeText(value))};
@@ -71,30 +66,32 @@ std::optional<Refusal> refuseType(const QString &path, GVariant *known, GVariant
 
 std::optional<Refusal> refuseEntries(const QString &prefix, GVariant *known, GVariant *change)
 {
-    const Entries knownEntries = entriesOf(known);
-    const Entries entries = entriesOf(change);
-    for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
-        const QString path = prefix + entry.key();
-        GVariant *const value = entry.value().get();
-        GVariant *const knownValue = knownEntries.value(entry.key()).get();
+    GVariantIter entries;
+    g_variant_iter_init(&entries, change);
+    const gchar *key = nullptr;
+    GVariant *content = nullptr;
+    while (g_variant_iter_next(&entries, "{&sv}", &key, &content)) {
+        const Variant value = adopt(content);
+        const QString path = prefix + QString::fromUtf8(key);
+        g_autoptr(GVariant) knownValue = g_variant_lookup_value(known, key, nullptr);
         if (!knownValue)
             return Refusal {QStringLiteral("NotExistingKey"),
                             quoted(path) + QStringLiteral(" does not exist")};
-        std::optional<Refusal> refusal = refuseType(path, knownValue, value);
-        if (!refusal && isConfiguration(value))
-            refusal = refuseEntries(path + QLatin1Char('/'), knownValue, value);
+        std::optional<Refusal> refusal = refuseType(path, knownValue, content);
+        if (!refusal && g_variant_is_of_type(content, G_VARIANT_TYPE_VARDICT))
+            refusal = refuseEntries(path + QLatin1Char('/'), knownValue, content);
         if (refusal)
             return refusal;
     }
     return {};
 }
 
-// Empty if none is altered.
-QString alteredLock(const Application &application, const Variant &changed)
+// Empty if no locked setting would change.
+QString changedLock(const Application &application, const Variant &current, const Variant &changed)
 {
     for (const QString &path : application.locked) {
         const QStringList keys = settingKeys(path);
-        if (!areEqual(valueAt(application.configuration, keys), valueAt(changed, keys)))
+        if (!areEqual(valueAt(current, keys), valueAt(changed, keys)))
             return path;
     }
     return {};
@@ -134,13 +131,14 @@ QString allowedText(const AllowedValues &allowed)
     return texts.join(QStringLiteral(", "));
 }
 
-// What the change leaves as it is may be anything: the administrator has put it there.
-std::optional<Refusal> refuseValues(const Application &application, const Variant &changed)
+// A value that stays need not be allowed: the administrator has set it.
+std::optional<Refusal> refuseValues(const Application &application, const Variant &current,
+                                    const Variant &changed)
 {
     for (const AllowedValues &allowed : application.allowed) {
         const QStringList keys = settingKeys(allowed.path);
         const Variant value = valueAt(changed, keys);
-        if (!value || areEqual(valueAt(application.configuration, keys), value))
+        if (!value || areEqual(valueAt(current, keys), value))
             continue;
         if (const Variant forbidden = forbiddenValue(allowed, value))
             return Refusal {
@@ -163,19 +161,20 @@ std::optional<Refusal> refuseCaller(const Application &application, const QStrin
         return {};
     const QString user = userId ? QString::number(*userId) : QStringLiteral("(unknown)");
     return Refusal {QStringLiteral("InvalidUserId"),
-                    QStringLiteral("user %1 is not admitted to %2").arg(user, quoted(path))};
+                    QStringLiteral("user %1 may not use %2").arg(user, quoted(path))};
 }
 
-std::optional<Refusal> refuseChange(const Application &application, const Variant &known,
-                                    GVariant *change)
+std::optional<Refusal> refuseChange(const Application &application,
+                                    const Configurations &configurations, GVariant *change)
 {
-    const Variant changed = mergeConfigurations(application.configuration, change);
-    const QString lock = alteredLock(application, changed);
+    const Variant &current = configurations.current;
+    const Variant changed = mergeConfigurations(current, change);
+    const QString lock = changedLock(application, current, changed);
     if (!lock.isEmpty())
         return Refusal {QStringLiteral("Forbidden"), quoted(lock) + QStringLiteral(" is locked")};
-    if (const std::optional<Refusal> refusal = refuseEntries({}, known.get(), change))
+    if (const auto refusal = refuseEntries({}, configurations.given.get(), change))
         return refusal;
-    return refuseValues(application, changed);
+    return refuseValues(application, current, changed);
 }
 
 } // namespace Tarnvel::Sandbox

@@ -12,6 +12,15 @@
 
 namespace Tarnvel::Sandbox {
 
+/*! \brief The configuration of an application, an a{sv}, in two states. */
+struct Configurations
+{
+    /*! As the scenario or a push has set it: this says which settings there are, of which types. */
+    Variant given;
+    /*! As the application has changed it; it may have lost settings. */
+    Variant current;
+};
+
 /*! \brief Why the service refuses a call. */
 struct Refusal
 {
@@ -22,21 +31,19 @@ struct Refusal
 };
 
 /*!
- * \brief Why calls of the user \a userId for \a application, kept at \a path, are refused.
+ * \brief Why calls of the user \a userId for \a application, at \a path, are refused.
  *
- * Nothing if they are admitted. A user that is not known is none of the admitted ones.
+ * Nothing if they are not. An unknown user is not among the users of an application.
  */
 std::optional<Refusal> refuseCaller(const Application &application, const QString &path,
                                     std::optional<quint32> userId);
 
 /*!
- * \brief Why \a application may not make \a change, an a{sv}, to its configuration.
+ * \brief Why \a application may not make \a change, an a{sv}, to its \a configurations.
  *
- * \a known is the configuration as the administrator has made it: it says which settings there
- * are, and of which types; what stands in the application's configuration may have lost some.
- * Nothing if the change is admitted.
+ * Nothing if it may.
  */
-std::optional<Refusal> refuseChange(const Application &application, const Variant &known,
-                                    GVariant *change);
+std::optional<Refusal> refuseChange(const Application &application,
+                                    const Configurations &configurations, GVariant *change);
 
 } // namespace Tarnvel::Sandbox

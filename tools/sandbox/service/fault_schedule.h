@@ -16,55 +16,58 @@
 
 namespace Tarnvel::Sandbox {
 
-/*! \brief What goes wrong with one call. */
+/*! \brief The faults to inject into one call. */
 struct CallFaults
 {
-    /*! Seconds until anything else happens. */
+    /*! Seconds to wait first. */
     std::optional<double> delay;
-    /*! What then happens in place of the answer, or to it. */
+    /*! What then happens to the reply, or in place of it. */
     std::optional<Fault> fault;
 };
 
 /*!
- * \brief The faults of a scenario, as they come.
+ * \brief Knows when each fault of a scenario is due.
  *
- * For each fault, calls and seconds are counted from when it has come into the scenario; one that
- * stays in the scenario when that changes goes on counting.
+ * It counts calls and seconds for each fault since that was added to the scenario. A fault that is
+ * also in the next scenario goes on counting.
  */
 class FaultSchedule
 {
 public:
     using Handler = std::function<void(const QString &path, const Fault &fault)>;
 
-    /*! \brief A plan that calls \a handler when a fault comes at its time. */
+    /*! \brief A schedule that calls \a handler for each fault whose time has come. */
     explicit FaultSchedule(Handler handler);
 
-    /*! \brief Goes on with the faults of \a scenario. */
-    void setScenario(const Scenario &scenario);
+    /*! \brief From now on, the faults are those of \a scenario. */
+    void setScenario(const std::shared_ptr<const Scenario> &scenario);
 
     /*!
      * \brief Counts a call to \a method at \a path.
      *
-     * Of several faults that it meets, the first delay and the first other one count.
+     * Of several faults that are due, the first delay and the first other one count.
      */
     CallFaults count(const QString &path, const QString &method);
 
 private:
     struct Entry
     {
-        Fault fault;
+        // In the scenario.
+        const Fault *fault = nullptr;
         int calls = 0;
-        std::unique_ptr<QTimer> timer;
+        QTimer timer;
     };
     using Entries = QVector<std::shared_ptr<Entry>>;
 
     std::shared_ptr<Entry> makeEntry(const QString &path, const Fault &fault);
 
     Handler m_handler;
+    std::shared_ptr<const Scenario> m_scenario;
+    // By path.
     QMap<QString, Entries> m_entries;
 };
 
-/*! \brief \a seconds as timers take them. */
+/*! \brief \a seconds in the unit of timers. */
 int toMilliseconds(double seconds);
 
 } // namespace Tarnvel::Sandbox

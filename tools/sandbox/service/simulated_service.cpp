@@ -3,10 +3,11 @@
 
 #include "simulated_service.h"
 
-#include "answer.h"
+#include "bus_connection.h"
 #include "change_validation.h"
 #include "endpoint.h"
-#include "spoofed_signal.h"
+#include "exit_status.h"
+#include "reply.h"
 
 #include <QtCore/QTimer>
 
@@ -14,11 +15,12 @@
 
 namespace Tarnvel::Sandbox {
 
+using Testing::MethodCall;
 using Tools::Style;
 
 namespace {
 
-// Errors that no library with the right calls meets are those of D-Bus itself.
+// A library that calls the right methods never gets the errors of D-Bus itself.
 constexpr char busErrorPrefix[] = "org.freedesktop.DBus.Error.";
 
 QString serviceError(const QString &name)
@@ -44,29 +46,36 @@ QString unknownPathMessage(const QString &path, const QStringList &known)
         .arg(path, known.join(QLatin1String("\", \"")));
 }
 
-QMap<QString, Variant> configurationsOf(const Scenario &scenario)
+int announcementCount(const std::optional<Fault> &fault)
 {
-    QMap<QString, Variant> configurations;
-    for (auto application = scenario.begin(); application != scenario.end(); ++application)
-        configurations.insert(application.key(), application->configuration);
-    return configurations;
-}
-
-int announcementsOf(const Fault &fault)
-{
-    switch (fault.kind) {
-    case Fault::Announce:
+    if (!fault)
         return 1;
+    switch (fault->kind) {
+    case Fault::SpoofedSignal:
+        return 0;
     case Fault::AnnounceTwice:
         return 2;
     case Fault::Flood:
-        return fault.count;
+        return fault->count;
     default:
-        return 0;
+        return 1;
     }
 }
 
-bool isBreakdown(const Fault &fault)
+// Announces a change of the configuration at \a path through a connection that is not the
+// service's.
+void emitSpoofedSignal(const QString &address, const QString &path)
+{
+    g_autoptr(GDBusConnection) connection = Testing::openConnection(address, nullptr);
+    if (!connection)
+        return;
+    g_dbus_connection_emit_signal(connection, nullptr, path.toUtf8().constData(),
+                                  DBus::applicationInterface, DBus::configurationChangedSignal,
+                                  nullptr, nullptr);
+    Testing::closeConnection(connection);
+}
+
+bool endsService(const Fault &fault)
 {
     return fault.kind == Fault::Exit || fault.kind == Fault::Restart
         || fault.kind == Fault::BusDeath;
@@ -74,67 +83,69 @@ bool isBreakdown(const Fault &fault)
 
 } // namespace
 
-SimulatedService::SimulatedService(const Scenario &scenario, Log *log,
-                                   std::function<void()> killBus)
-    : m_scenario(scenario),
-      m_known(configurationsOf(scenario)),
+SimulatedService::SimulatedService(Scenario scenario, Log *log, std::function<void()> killBus)
+    : m_scenario(std::make_shared<const Scenario>(std::move(scenario))),
       m_log(log),
       m_killBus(std::move(killBus)),
-      m_service([this](const Testing::MethodCall &call) { receive(call); },
-                [this] { loseConnection(); }),
-      m_faults([this](const QString &path, const Fault &fault) { meetInTime(path, fault); })
+      m_service([this](const MethodCall &call) { receive(call); },
+                [this] { handleConnectionLoss(); }),
+      m_faults([this](const QString &path, const Fault &fault) { inject(path, fault); })
 {
 }
 
-QString SimulatedService::open(const QString &address)
+Tools::Failure SimulatedService::open(const QString &address)
 {
     m_address = address;
-    m_presence = std::make_unique<QObject>();
+    m_timerContext = std::make_unique<QObject>();
     const QString error = m_service.open(address);
     if (!error.isNull())
-        return error;
+        return {SandboxFailed, error};
     m_log->start();
     m_faults.setScenario(m_scenario);
     return {};
 }
 
-void SimulatedService::apply(const Scenario &scenario)
+void SimulatedService::apply(Scenario scenario)
 {
-    const Scenario old = std::exchange(m_scenario, scenario);
-    m_known = configurationsOf(scenario);
-    m_faults.setScenario(scenario);
-    for (auto entry = old.begin(); entry != old.end(); ++entry) {
-        if (!areEqual(entry->configuration, scenario.value(entry.key()).configuration))
-            announceMade(entry.key(), entry->name);
+    QVector<QPair<QString, QString>> changed;
+    for (auto old = m_scenario->begin(); old != m_scenario->end(); ++old) {
+        const Variant configuration = scenario.value(old.key()).configuration;
+        if (!areEqual(configurationsAt(old.key()).current, configuration))
+            changed.append({old.key(), old->name});
     }
-    for (auto entry = scenario.begin(); entry != scenario.end(); ++entry) {
-        if (!old.contains(entry.key()))
-            announceMade(entry.key(), entry->name);
+    for (auto added = scenario.begin(); added != scenario.end(); ++added) {
+        if (!m_scenario->contains(added.key()))
+            changed.append({added.key(), added->name});
     }
+    m_scenario = std::make_shared<const Scenario>(std::move(scenario));
+    m_changedConfigurations.clear();
+    m_faults.setScenario(m_scenario);
+    for (const auto &[path, name] : qAsConst(changed))
+        announce(path, name);
 }
 
-void SimulatedService::receive(const Testing::MethodCall &call)
+void SimulatedService::receive(const MethodCall &call)
 {
     const CallFaults faults = m_faults.count(call.path(), call.method());
-    const Request request {call, call.caller(), m_scenario.value(call.path()).name,
+    const Request request {call, call.caller(), m_scenario->value(call.path()).name,
                            faults.delay.has_value()};
     if (!faults.delay) {
-        meet(request, faults.fault);
+        handle(request, faults.fault);
         return;
     }
     m_log->report(delayEvent(request, *faults.delay));
-    QTimer::singleShot(toMilliseconds(*faults.delay), Qt::PreciseTimer, m_presence.get(),
-                       [this, request, fault = faults.fault] { meet(request, fault); });
+    QTimer::singleShot(toMilliseconds(*faults.delay), Qt::PreciseTimer, m_timerContext.get(),
+                       [this, request, fault = faults.fault] { handle(request, fault); });
 }
 
-void SimulatedService::meet(const Request &request, const std::optional<Fault> &fault)
+void SimulatedService::handle(const Request &request, const std::optional<Fault> &fault)
 {
     if (fault && fault->kind == Fault::Error) {
         refuse(request, fault->error, fault->message, fault);
-    } else if (fault && (fault->kind == Fault::NoAnswer || isBreakdown(*fault))) {
+    } else if (fault && (fault->kind == Fault::NoAnswer || endsService(*fault))) {
         m_log->report(callEvent(request, {Outcome::Unanswered, {}, {}, fault}));
-        if (isBreakdown(*fault))
-            breakDown(*fault);
+        if (endsService(*fault))
+            endService(*fault);
     } else {
         serve(request, fault);
     }
@@ -142,51 +153,51 @@ void SimulatedService::meet(const Request &request, const std::optional<Fault> &
 
 void SimulatedService::serve(const Request &request, const std::optional<Fault> &fault)
 {
-    const Testing::MethodCall &call = request.call;
-    const auto application = m_scenario.find(call.path());
-    if (application == m_scenario.end())
+    const MethodCall &call = request.call;
+    const auto application = m_scenario->find(call.path());
+    if (application == m_scenario->end())
         return refuse(request, serviceError(QStringLiteral("NotConfigurable")),
-                      unknownPathMessage(call.path(), m_scenario.keys()));
+                      unknownPathMessage(call.path(), m_scenario->keys()));
     if (const auto refusal = refuseCaller(*application, call.path(), request.caller.userId))
         return refuse(request, serviceError(refusal->error), refusal->message);
     if (call.method() == QLatin1String(DBus::getConfigurationMethod))
-        return answer(request, *application, fault);
+        return get(request, fault);
     if (call.method() != QLatin1String(DBus::changeConfigurationMethod))
         return refuse(request, busError("UnknownMethod"),
                       QStringLiteral("there is no method \"%1\"").arg(call.method()));
     if (!g_variant_is_of_type(call.arguments(), G_VARIANT_TYPE("(a{sv})")))
         return refuse(request, busError("InvalidArgs"),
-                      QStringLiteral("the argument is not one configuration, but \"%1\"")
+                      QStringLiteral("expected arguments of the type \"(a{sv})\", found \"%1\"")
                           .arg(QLatin1String(g_variant_get_type_string(call.arguments()))));
-    change(request, &*application, fault);
+    change(request, *application, fault);
 }
 
-void SimulatedService::answer(const Request &request, const Application &application,
-                              const std::optional<Fault> &fault)
+void SimulatedService::get(const Request &request, const std::optional<Fault> &fault)
 {
-    GVariant *const configuration = application.configuration.get();
-    request.call.reply(answerValues(configuration, fault));
-    const QString count = entryCount(g_variant_n_children(configuration));
+    const Variant configuration = configurationsAt(request.call.path()).current;
+    request.call.reply(replyArguments(configuration.get(), fault));
+    const QString count = entryCount(g_variant_n_children(configuration.get()));
     m_log->report(callEvent(request, {Outcome::Answered, count, {}, fault}));
 }
 
-void SimulatedService::change(const Request &request, Application *application,
+void SimulatedService::change(const Request &request, const Application &application,
                               const std::optional<Fault> &fault)
 {
-    const Testing::MethodCall &call = request.call;
+    const MethodCall &call = request.call;
     const Variant change = adopt(g_variant_get_child_value(call.arguments(), 0));
-    const Variant known = m_known.value(call.path());
-    if (const auto refusal = refuseChange(*application, known, change.get()))
+    Configurations configurations = configurationsAt(call.path());
+    if (const auto refusal = refuseChange(application, configurations, change.get()))
         return refuse(request, serviceError(refusal->error), refusal->message);
 
-    const Variant changed = mergeConfigurations(application->configuration, change.get());
-    const bool isAltered = !areEqual(application->configuration, changed);
-    application->configuration = changed;
-    call.reply(answerValues(nullptr, fault));
-    const QString text = isAltered ? QString() : QStringLiteral("no difference");
+    const Variant old = configurations.current;
+    configurations.current = mergeConfigurations(old, change.get());
+    m_changedConfigurations.insert(call.path(), configurations);
+    call.reply(replyArguments(nullptr, fault));
+    const bool isChanged = !areEqual(old, configurations.current);
+    const QString text = isChanged ? QString() : QStringLiteral("no difference");
     m_log->report(callEvent(request, {Outcome::Accepted, text, {}, fault}));
-    if (isAltered)
-        announceMade(call.path(), application->name);
+    if (isChanged)
+        announce(call.path(), application.name);
 }
 
 void SimulatedService::refuse(const Request &request, const QString &error, const QString &message,
@@ -196,66 +207,57 @@ void SimulatedService::refuse(const Request &request, const QString &error, cons
     m_log->report(callEvent(request, {Outcome::Refused, message, error, fault}));
 }
 
-void SimulatedService::meetInTime(const QString &path, const Fault &fault)
+void SimulatedService::inject(const QString &path, const Fault &fault)
 {
-    if (isBreakdown(fault))
-        breakDown(fault);
-    else if (fault.kind == Fault::Push)
-        push(path, fault);
-    else
-        announceUnmade(path, fault);
+    if (endsService(fault))
+        return endService(fault);
+    if (fault.kind == Fault::Push)
+        m_changedConfigurations.insert(path, {fault.configuration, fault.configuration});
+    announce(path, m_scenario->value(path).name, fault);
 }
 
-void SimulatedService::push(const QString &path, const Fault &fault)
-{
-    Application &application = m_scenario[path];
-    application.configuration = fault.configuration;
-    m_known.insert(path, fault.configuration);
-    announceMade(path, application.name, fault);
-}
-
-void SimulatedService::announceMade(const QString &path, const QString &name,
-                                    const std::optional<Fault> &fault)
+void SimulatedService::announce(const QString &path, const QString &name,
+                                const std::optional<Fault> &fault)
 {
     if (!m_service.isOpen())
         return;
-    m_service.announceChange(path);
+    if (fault && fault->kind == Fault::SpoofedSignal)
+        emitSpoofedSignal(m_address, path);
+    for (int count = announcementCount(fault); count > 0; --count)
+        m_service.announceChange(path);
     m_log->report(announcementEvent(name, path, fault));
 }
 
-void SimulatedService::announceUnmade(const QString &path, const Fault &fault)
+Configurations SimulatedService::configurationsAt(const QString &path) const
 {
-    if (!m_service.isOpen())
-        return;
-    if (fault.kind == Fault::SpoofedSignal)
-        emitSpoofedSignal(m_address, path);
-    const int announcements = announcementsOf(fault);
-    for (int announcement = 0; announcement < announcements; ++announcement)
-        m_service.announceChange(path);
-    m_log->report(announcementEvent(m_scenario.value(path).name, path, fault));
+    const auto changed = m_changedConfigurations.find(path);
+    if (changed != m_changedConfigurations.end())
+        return *changed;
+    const Variant configuration = m_scenario->value(path).configuration;
+    return {configuration, configuration};
 }
 
-void SimulatedService::breakDown(const Fault &fault)
+void SimulatedService::endService(const Fault &fault)
 {
-    // The bus first: it is not to answer the calls that the service leaves behind.
+    // The bus first, or it would answer the calls that the service leaves behind.
     if (fault.kind == Fault::BusDeath)
         m_killBus();
-    leave();
+    close();
     const QString text = fault.kind == Fault::BusDeath ? QStringLiteral("the bus has died")
                                                        : QStringLiteral("the service has ended");
     m_log->report(serviceEvent(text, Style::Bad, fault));
     if (fault.kind == Fault::Restart)
-        QTimer::singleShot(toMilliseconds(fault.seconds), Qt::PreciseTimer, m_presence.get(),
-                           [this] { comeBack(); });
+        QTimer::singleShot(toMilliseconds(fault.seconds), Qt::PreciseTimer, m_timerContext.get(),
+                           [this] { reopen(); });
 }
 
-void SimulatedService::leave()
+void SimulatedService::close()
 {
-    m_presence = std::make_unique<QObject>();
+    m_timerContext = std::make_unique<QObject>();
     m_service.close();
 }
 
-void SimulatedService::comeBack()
+void SimulatedService::reopen()
 {
     const QString error = m_service.open(m_address);
     m_log->report(
@@ -264,12 +266,12 @@ void SimulatedService::comeBack()
             : serviceEvent(QStringLiteral("the service cannot come back: ") + error, Style::Bad));
 }
 
-void SimulatedService::loseConnection()
+void SimulatedService::handleConnectionLoss()
 {
-    leave();
+    close();
     m_log->report(
         serviceEvent(QStringLiteral("the bus has closed the service's connection"), Style::Bad));
-    comeBack();
+    reopen();
 }
 
 } // namespace Tarnvel::Sandbox

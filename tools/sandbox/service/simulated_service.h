@@ -3,6 +3,8 @@
 
 #pragma once
 
+#include "change_validation.h"
+#include "failure.h"
 #include "fault_schedule.h"
 #include "raw_service.h"
 #include "report/event_formatter.h"
@@ -19,64 +21,61 @@
 namespace Tarnvel::Sandbox {
 
 /*!
- * \brief The service as a Scenario has it.
+ * \brief A service on the bus that answers from a Scenario.
  *
- * A change is judged by the scenario's rules, merged key by key at the top level, as a whole or not
- * at all, and kept in memory only. Faults come as the scenario has them, from open() on. Each call,
+ * It validates each change, merges it key by key at the top level, as a whole or not at all, and
+ * keeps the result in memory only. It injects the faults of the scenario from open() on. Each call,
  * announcement and fault is an event of the log.
  */
 class SimulatedService
 {
 public:
     /*!
-     * \brief A service that keeps \a scenario, reports to \a log and is not on a bus yet.
+     * \brief A service, not on a bus yet, that answers from \a scenario and reports to \a log.
      *
-     * It calls \a killBus when the scenario has the bus die.
+     * Calls \a killBus for the fault that is the death of the bus.
      */
-    SimulatedService(const Scenario &scenario, Log *log, std::function<void()> killBus);
+    SimulatedService(Scenario scenario, Log *log, std::function<void()> killBus);
 
-    /*! \brief Appears on the bus at \a address; what went wrong if that fails, otherwise null. */
-    QString open(const QString &address);
+    /*! \brief Appears on the bus at \a address, or fails. */
+    Tools::Failure open(const QString &address);
 
     /*!
-     * \brief Keeps \a scenario from now on.
+     * \brief Answers from \a scenario from now on.
      *
-     * Announces a change to exactly the applications whose configuration is not what it was, also
-     * to one that has come or gone. The faults still to come are the new scenario's.
+     * Announces a change to exactly the applications whose configuration is another one now,
+     * including those that were added or removed. Faults that are in both scenarios go on.
      */
-    void apply(const Scenario &scenario);
+    void apply(Scenario scenario);
 
 private:
     void receive(const Testing::MethodCall &call);
-    void meet(const Request &request, const std::optional<Fault> &fault);
+    void handle(const Request &request, const std::optional<Fault> &fault);
     void serve(const Request &request, const std::optional<Fault> &fault);
-    void answer(const Request &request, const Application &application,
-                const std::optional<Fault> &fault);
-    void change(const Request &request, Application *application,
+    void get(const Request &request, const std::optional<Fault> &fault);
+    void change(const Request &request, const Application &application,
                 const std::optional<Fault> &fault);
     void refuse(const Request &request, const QString &error, const QString &message,
                 const std::optional<Fault> &fault = {});
 
-    void meetInTime(const QString &path, const Fault &fault);
-    void push(const QString &path, const Fault &fault);
-    void announceMade(const QString &path, const QString &name,
-                      const std::optional<Fault> &fault = {});
-    void announceUnmade(const QString &path, const Fault &fault);
-    void breakDown(const Fault &fault);
-    void leave();
-    void comeBack();
-    void loseConnection();
+    void inject(const QString &path, const Fault &fault);
+    void announce(const QString &path, const QString &name, const std::optional<Fault> &fault = {});
+    Configurations configurationsAt(const QString &path) const;
+    void endService(const Fault &fault);
+    void close();
+    void reopen();
+    void handleConnectionLoss();
 
-    Scenario m_scenario;
-    // The configurations as the administrator has made them, by path.
-    QMap<QString, Variant> m_known;
+    std::shared_ptr<const Scenario> m_scenario;
+    // By path; the others are the scenario's.
+    QMap<QString, Configurations> m_changedConfigurations;
     Log *m_log;
     std::function<void()> m_killBus;
     Testing::RawService m_service;
     QString m_address;
     FaultSchedule m_faults;
-    // The timers of calls that wait for their answer end with it.
-    std::unique_ptr<QObject> m_presence;
+    // Delayed replies and restarts are dropped with it.
+    std::unique_ptr<QObject> m_timerContext;
 };
 
 } // namespace Tarnvel::Sandbox

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "answer.h"
+#include "reply.h"
 
 #include "bus_limits.h"
 
@@ -24,10 +24,10 @@ GVariant *tooLargeConfiguration()
 
 } // namespace
 
-GVariant *answerValues(GVariant *configuration, const std::optional<Fault> &fault)
+GVariant *replyArguments(GVariant *configuration, const std::optional<Fault> &fault)
 {
     if (fault && fault->kind == Fault::WrongSignature)
-        return g_variant_new("(si)", "not the answer", 1);
+        return g_variant_new("(si)", "unexpected", 1);
     if (fault && fault->kind == Fault::TooLarge)
         return g_variant_new("(@a{sv})", tooLargeConfiguration());
     const bool isLonger = fault && fault->kind == Fault::FurtherArguments;

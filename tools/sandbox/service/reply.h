@@ -10,10 +10,10 @@
 namespace Tarnvel::Sandbox {
 
 /*!
- * \brief The values of an answer, a tuple with a floating reference.
+ * \brief The arguments of a reply, a tuple with a floating reference.
  *
- * It holds \a configuration, or nothing if that is null, in the form that \a fault gives it.
+ * They are \a configuration, or none if that is null, distorted as \a fault says.
  */
-GVariant *answerValues(GVariant *configuration, const std::optional<Fault> &fault);
+GVariant *replyArguments(GVariant *configuration, const std::optional<Fault> &fault);
 
 } // namespace Tarnvel::Sandbox
