@@ -15,6 +15,7 @@ using Tarnvel::Sandbox::SignalState;
 // started it, and must not be counted to the application.
 int main(int argc, char *argv[])
 {
+    const SignalState signals;
     QCoreApplication application(argc, argv);
     const QStringList words = QCoreApplication::arguments().mid(1);
     if (words.isEmpty())
@@ -24,7 +25,7 @@ int main(int argc, char *argv[])
     if (!bus.start())
         qFatal("%s", qUtf8Printable(bus.errorString()));
     Command command;
-    const auto failure = command.start(words, bus.address(), SignalState(),
+    const auto failure = command.start(words, bus.address(), signals,
                                        [](int status) { QCoreApplication::exit(status); });
     if (failure)
         qFatal("%s", qUtf8Printable(failure.text()));
