@@ -4,16 +4,16 @@
 # Adds a test that runs in the sandbox:
 #
 #     tarnvel_managed_configuration_add_test(NAME <name>
-#         SCENARIO <file>                  the applications and their configurations
+#         SCENARIO <file>               the applications and their configurations
 #         COMMAND <command> [<arg>...]  a program, or the target of one
 #         [EXPECT <file>]               the calls that must come
-#         [LOG <file>]                  where to record what happens
+#         [LOG <file>]                  where to record the events
 #         [WORKING_DIRECTORY <directory>])
 #
-# The test passes if the command succeeds and, where calls are expected, they have come. Files are
-# relative to the current source directory, and the log to the current binary directory. The test
-# has the bus in the variable DBUS_SYSTEM_BUS_ADDRESS. Empty arguments of the command are dropped, and
-# a ";" separates two.
+# The test passes if the command succeeds and each expected call comes. The command finds the bus
+# through the variable DBUS_SYSTEM_BUS_ADDRESS. Files are relative to the current source directory,
+# the log to the current binary directory. Empty arguments of the command are dropped, and a ";"
+# separates two arguments.
 function(tarnvel_managed_configuration_add_test)
     cmake_parse_arguments(PARSE_ARGV 0 test "" "NAME;SCENARIO;EXPECT;LOG;WORKING_DIRECTORY" "COMMAND")
     if(DEFINED test_UNPARSED_ARGUMENTS)
@@ -22,7 +22,7 @@ function(tarnvel_managed_configuration_add_test)
     endif()
     if(DEFINED test_KEYWORDS_MISSING_VALUES)
         message(FATAL_ERROR "tarnvel_managed_configuration_add_test: "
-            "without a value: ${test_KEYWORDS_MISSING_VALUES}")
+            "missing value after ${test_KEYWORDS_MISSING_VALUES}")
     endif()
     foreach(argument IN ITEMS NAME SCENARIO COMMAND)
         if(NOT DEFINED test_${argument})
@@ -31,7 +31,7 @@ function(tarnvel_managed_configuration_add_test)
     endforeach()
     if(NOT TARGET Tarnvel::managed-configuration-sandbox)
         message(FATAL_ERROR "tarnvel_managed_configuration_add_test: "
-            "the library has been installed without the sandbox")
+            "the sandbox is not installed")
     endif()
 
     get_filename_component(scenario ${test_SCENARIO} ABSOLUTE)

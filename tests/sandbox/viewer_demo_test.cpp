@@ -1,14 +1,16 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
+#include "program.h"
+
 #include <QtCore/QDir>
-#include <QtCore/QProcess>
 #include <QtCore/QTemporaryDir>
 #include <QtTest/QTest>
 
-namespace {
+using Tarnvel::Testing::Outcome;
+using Tarnvel::Testing::Program;
 
-constexpr int endTimeoutMs = 60000;
+namespace {
 
 const char wholeOutput[] =
     R"(==> The viewer starts. The service keeps this configuration for it:
@@ -51,84 +53,50 @@ class ViewerDemoTest : public QObject
     Q_OBJECT
 
 private Q_SLOTS:
-    void init();
-    void cleanup();
     void theDemoShowsEveryChange();
-    void theDemoFailsWhenSomethingIsNotSeen();
+    void theDemoFailsWhenALineIsMissing();
     void theDemoNeedsABuildDirectory();
     void aViewerWithoutConfigurationSaysWhyAndFails();
-
-private:
-    void run(const QString &program, const QStringList &arguments);
-
-    QScopedPointer<QTemporaryDir> m_directory;
-    int m_status = 0;
-    QString m_output;
-    QString m_errors;
 };
-
-void ViewerDemoTest::init()
-{
-    m_directory.reset(new QTemporaryDir);
-    QVERIFY(m_directory->isValid());
-}
-
-void ViewerDemoTest::cleanup()
-{
-    QCOMPARE(QDir(m_directory->path()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
-             QStringList());
-}
-
-void ViewerDemoTest::run(const QString &program, const QStringList &arguments)
-{
-    QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-    environment.insert("TMPDIR", m_directory->path());
-    QProcess process;
-    process.setProcessEnvironment(environment);
-    process.start(program, arguments);
-    QVERIFY2(process.waitForFinished(endTimeoutMs), qPrintable(process.errorString()));
-    QCOMPARE(process.exitStatus(), QProcess::NormalExit);
-    m_status = process.exitCode();
-    m_output = QString::fromUtf8(process.readAllStandardOutput());
-    m_errors = QString::fromUtf8(process.readAllStandardError());
-}
 
 void ViewerDemoTest::theDemoShowsEveryChange()
 {
-    run(DEMO, {BUILD_DIR});
-    QCOMPARE(m_errors, QString());
-    QCOMPARE(m_output.split('\n'), QString(wholeOutput).split('\n'));
-    QCOMPARE(m_status, 0);
+    const QTemporaryDir directory;
+    Program demo(DEMO);
+    demo.setVariable("TMPDIR", directory.path());
+    const Outcome outcome = demo.run({BUILD_DIR});
+    QCOMPARE(outcome.errors, QString());
+    QCOMPARE(outcome.output.split('\n'), QString(wholeOutput).split('\n'));
+    QCOMPARE(outcome.status, 0);
+    QVERIFY(QDir(directory.path()).isEmpty());
 }
 
-void ViewerDemoTest::theDemoFailsWhenSomethingIsNotSeen()
+void ViewerDemoTest::theDemoFailsWhenALineIsMissing()
 {
     const QTemporaryDir buildDirectory;
     const QDir tree(buildDirectory.path());
     QVERIFY(tree.mkpath("tools/sandbox") && tree.mkpath("examples/viewer"));
     QVERIFY(QFile::link(SANDBOX, tree.filePath("tools/sandbox/managed-configuration-sandbox")));
     QVERIFY(QFile::link("/bin/true", tree.filePath("examples/viewer/viewer")));
-    run(DEMO, {buildDirectory.path()});
-    QCOMPARE(m_errors, QString("This was not seen: Reading the configuration: done\n"));
-    QCOMPARE(m_output.split('\n').first(), QString(wholeOutput).split('\n').first());
-    QCOMPARE(m_status, 1);
+    const Outcome outcome = Program(DEMO).run({buildDirectory.path()});
+    QCOMPARE(outcome.errors, QString("missing line: Reading the configuration: done\n"));
+    QCOMPARE(outcome.status, 1);
 }
 
 void ViewerDemoTest::theDemoNeedsABuildDirectory()
 {
-    run(DEMO, {});
-    QCOMPARE(m_errors, QString("usage: demo BUILD_DIR\n"));
-    QCOMPARE(m_output, QString());
-    QCOMPARE(m_status, 2);
+    const Outcome outcome = Program(DEMO).run({});
+    QCOMPARE(outcome.errors, QString("usage: demo BUILD_DIR\n"));
+    QCOMPARE(outcome.status, 2);
 }
 
 void ViewerDemoTest::aViewerWithoutConfigurationSaysWhyAndFails()
 {
-    run(SANDBOX, {"--", VIEWER});
-    QCOMPARE(m_output,
+    const Outcome outcome = Program(SANDBOX).run({"--", VIEWER});
+    QCOMPARE(outcome.output,
              QString("Reading the configuration: failed, 6: no application is kept at "
                      "\"/acme_2eviewer\", nor at any other path\n"));
-    QCOMPARE(m_status, 1);
+    QCOMPARE(outcome.status, 1);
 }
 
 QTEST_GUILESS_MAIN(ViewerDemoTest)

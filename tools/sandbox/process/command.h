@@ -13,7 +13,7 @@
 
 namespace Tarnvel::Sandbox {
 
-/*! \brief The signals that this process was started with blocked or ignored. */
+/*! \brief The signals that this process was started with blocked or ignored; to be made first. */
 class SignalState
 {
 public:
