@@ -28,24 +28,24 @@ Variant readScalar(const JsonValue &value, Diagnostics *diagnostics)
     }
 }
 
-bool isCarried(const JsonValue &value, const QString &violation, Diagnostics *diagnostics)
-{
-    if (!violation.isNull())
-        diagnostics->add(value.offset, violation);
-    return violation.isNull();
-}
-
-Variant readArray(const JsonValue &list, int depth, Diagnostics *diagnostics)
+// Is never too deep: the most configurations inside one another leave room for one container.
+static_assert(DBus::maximumContainerDepth % DBus::containersPerLevel >= 1);
+Variant readArray(const JsonValue &list, Diagnostics *diagnostics)
 {
     const QVector<Variant> items = readItems(list, diagnostics);
-    if (!isCarried(list, depthViolation(depth + 1), diagnostics))
-        return {};
     GVariantBuilder builder;
     g_variant_builder_init(&builder,
                            items.isEmpty() ? G_VARIANT_TYPE_STRING_ARRAY : G_VARIANT_TYPE_ARRAY);
     for (const Variant &item : items)
         g_variant_builder_add_value(&builder, item.get());
     return adopt(g_variant_builder_end(&builder));
+}
+
+bool isCarried(const JsonValue &value, const QString &violation, Diagnostics *diagnostics)
+{
+    if (!violation.isNull())
+        diagnostics->add(value.offset, violation);
+    return violation.isNull();
 }
 
 Variant readText(const JsonValue &object, int depth, Diagnostics *diagnostics)
@@ -68,11 +68,11 @@ Variant readText(const JsonValue &object, int depth, Diagnostics *diagnostics)
     return isCarried(text, dbusViolation(parsed, depth), diagnostics) ? inOrder(value) : Variant();
 }
 
-// There are \a depth containers around the value.
+// The depth is the number of containers around the value.
 Variant readValue(const JsonValue &value, int depth, Diagnostics *diagnostics)
 {
     if (value.kind == JsonValue::List)
-        return readArray(value, depth, diagnostics);
+        return readArray(value, diagnostics);
     if (value.kind != JsonValue::Object)
         return readScalar(value, diagnostics);
     if (value.member(textKey))
