@@ -4,7 +4,7 @@
 #include "command_line.h"
 #include "commands/commands.h"
 #include "output.h"
-#include "service/bus_state.h"
+#include "service/bus.h"
 #include "service/identity.h"
 #include "standard_streams.h"
 

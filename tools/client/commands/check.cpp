@@ -4,7 +4,7 @@
 #include "commands.h"
 #include "endpoint.h"
 #include "output.h"
-#include "service/bus_state.h"
+#include "service/bus.h"
 #include "service/identity.h"
 #include "service/requests.h"
 #include "values/difference.h"

@@ -3,7 +3,7 @@
 
 #include "commands.h"
 #include "output.h"
-#include "service/bus_state.h"
+#include "service/bus.h"
 #include "service/requests.h"
 #include "values/json.h"
 #include "values/path.h"

@@ -3,7 +3,7 @@
 
 #include "requests.h"
 
-#include "bus_state.h"
+#include "bus.h"
 #include "endpoint.h"
 
 #include <QtCore/QCoreApplication>

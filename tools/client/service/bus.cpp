@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "bus_state.h"
+#include "bus.h"
 
 #include "endpoint.h"
 
