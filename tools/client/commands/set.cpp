@@ -21,7 +21,7 @@ Failure makeChange(const QList<Assignment> &assignments, Configuration configura
         const Failure failure = assign(assignment, &configuration);
         if (failure)
             return failure;
-        const QString key = assignment.topLevelKey();
+        const QString key = assignment.steps.first().toKey();
         change->set(key, configuration.get(key));
     }
     return {};
