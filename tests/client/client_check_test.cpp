@@ -141,9 +141,9 @@ void ClientCheckTest::anIdentityWithoutAnObjectPathIsFound()
         {"--organization", "acme", "--application", "vié", "check"});
     QCOMPARE(outcome.output,
              busLine() + m_service
-                 + "identity: organization \"acme\", application \"vié\": no object path allows "
-                   "the character \"é\"\n"
-                   "  what to do: give the names by which the service knows the application; they "
+                 + "identity: organization \"acme\", application \"vié\": /acme_2evié: \"é\" "
+                   "is not allowed in an object path\n"
+                   "  what to do: use the names by which the service knows the application; they "
                    "consist of letters, digits, \"_\" and \".\"\n"
                    "object path: /acme_2evié is none\n"
                    "  what to do: see to the identity first\n"

@@ -149,24 +149,23 @@ void ClientRequestsTest::aMistakeOfUseIsNamedAndNothingIsAsked_data()
            "managed-configuration: \"a[x]\" is not a path";
     QTest::newRow("character in a name")
         << QStringList {"--organization", "a-b", "--application", "c", "get"}
-        << "no object path allows the character \"-\"";
+        << "/a-b_2ec: \"-\" is not allowed in an object path";
     QTest::newRow("rare character in a name")
         << QStringList {"--organization", "a", "--application", "😀", "get"}
-        << "no object path allows the character \"😀\"";
+        << "/a_2e😀: \"😀\" is not allowed in an object path";
     QTest::newRow("separator at the beginning of a name")
         << QStringList {"--organization", "/a", "--application", "c", "get"}
-        << "no object path has an empty element, as in \"//a_2ec\"";
+        << "//a_2ec: an element of an object path cannot be empty";
     QTest::newRow("two separators in a name")
         << QStringList {"--organization", "a//b", "--application", "c", "get"}
-        << "no object path has an empty element, as in \"/a//b_2ec\"";
+        << "/a//b_2ec: an element of an object path cannot be empty";
     QTest::newRow("separator at the end of a name")
         << QStringList {"--organization", "a", "--application", "c/", "get"}
-        << "no object path has an empty element, as in \"/a_2ec/\"";
-    for (const char *seconds : {"", "0", "0.09", "0.05", "1.25", "-1", "86400.1", "1e3", "1s"}) {
+        << "/a_2ec/: an element of an object path cannot be empty";
+    for (const char *seconds : {"", "0.09", "-1", "20.1", "1s"}) {
         QTest::addRow("timeout %s", seconds)
             << clientArguments({QStringLiteral("--timeout=") + seconds, "get"})
-            << QStringLiteral("\"%1\" is no number of seconds from 0.1 to 86400, with at most one "
-                              "decimal")
+            << QStringLiteral("expected a timeout from 0.1 to 20 seconds, found \"%1\"")
                    .arg(seconds);
     }
 }

@@ -5,7 +5,6 @@
 #include "commands/commands.h"
 #include "output.h"
 #include "service/bus.h"
-#include "service/identity.h"
 #include "standard_streams.h"
 
 #include <QtCore/QCoreApplication>
@@ -37,7 +36,7 @@ Failure begin(const CommandLine &commandLine)
             continue;
         if (commandLine.showsTypes && command.begin != get)
             return usageFailure(QStringLiteral("--type goes with get only"));
-        const Failure failure = identityFailure(commandLine.organization, commandLine.application);
+        const Failure failure = checkIdentity(commandLine);
         // What is amiss with the identity is among the findings of a check.
         return failure && command.begin != check ? failure : command.begin(commandLine);
     }
@@ -50,15 +49,12 @@ int run(int argc, char *argv[])
     // Writing to a channel that nobody reads any more is to fail and do no more.
     std::signal(SIGPIPE, SIG_IGN);
     qInstallMessageHandler(printMessage);
-    QStringList words;
-    Failure failure = decodeWords(argc, argv, &words);
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("managed-configuration"));
     QCoreApplication::setApplicationVersion(QStringLiteral(CLIENT_VERSION));
 
     CommandLine commandLine;
-    if (!failure)
-        failure = parseCommandLine(words, &commandLine);
+    Failure failure = parseCommandLine(argc, argv, &commandLine);
     // From here on the program bears the names of the application for which it asks.
     QCoreApplication::setOrganizationName(commandLine.organization);
     QCoreApplication::setApplicationName(commandLine.application);

@@ -5,7 +5,6 @@
 #include "endpoint.h"
 #include "output.h"
 #include "service/bus.h"
-#include "service/identity.h"
 #include "service/requests.h"
 #include "values/difference.h"
 
@@ -64,10 +63,12 @@ int checkService(ServiceState state, int timeoutMs)
     return EX_OK;
 }
 
-int checkIdentity(const QString &organization, const QString &application)
+int checkNames(const CommandLine &commandLine)
 {
+    const QString &organization = commandLine.organization;
+    const QString &application = commandLine.application;
     const QString path = DBus::applicationPath(organization, application);
-    const Failure failure = identityFailure(organization, application);
+    const Failure failure = checkIdentity(commandLine);
     printFinding("identity",
                  QStringLiteral("organization \"%1\", application \"%2\"%3")
                      .arg(organization, application,
@@ -100,8 +101,8 @@ Failure check(const CommandLine &commandLine)
     if (!noBus && state == ServiceState::NoBus)
         noBus = busFailure(QStringLiteral("it does not answer"));
     // The first thing amiss is the reason for all that follow.
-    for (const int status : {checkBus(noBus), checkService(state, timeoutMs),
-                             checkIdentity(commandLine.organization, commandLine.application)}) {
+    for (const int status :
+         {checkBus(noBus), checkService(state, timeoutMs), checkNames(commandLine)}) {
         if (status == EX_OK)
             continue;
         printFinding("configuration", QStringLiteral("not asked for"),
