@@ -16,8 +16,8 @@ const QString startHint = QStringLiteral("  what to do: start it, or run this in
                                          "managed-configuration-sandbox\n");
 const QString path = QStringLiteral("identity: organization \"acme.labs\", application \"viewer\"\n"
                                     "object path: /acme_2elabs_2eviewer\n");
-const QString notAsked = QStringLiteral("configuration: not asked for\n"
-                                        "  what to do: see to the above first\n");
+const QString notAsked = QStringLiteral("configuration: not read\n"
+                                        "  what to do: fix the problem above first\n");
 
 // A bus that knows how to start the service, which then fails.
 bool writeConfiguration(const QString &directory)
@@ -74,7 +74,7 @@ void ClientCheckTest::init()
 
 QString ClientCheckTest::busLine() const
 {
-    return QStringLiteral("bus: there, at %1 (from DBUS_SYSTEM_BUS_ADDRESS)\n")
+    return QStringLiteral("bus: connected to %1 (from DBUS_SYSTEM_BUS_ADDRESS)\n")
         .arg(m_fixture.bus.address());
 }
 
@@ -97,8 +97,8 @@ void ClientCheckTest::aMissingBusIsFound()
     QVERIFY2(bus.contains("\n  what to do: start the bus, correct DBUS_SYSTEM_BUS_ADDRESS, "),
              qPrintable(bus));
     QCOMPARE(outcome.output.mid(bus.size()),
-             "service: not to be seen without a bus\n  what to do: see to the bus first\n" + path
-                 + notAsked);
+             "service: cannot be checked without a bus\n  what to do: fix the problem above first\n"
+                 + path + notAsked);
     QCOMPARE(outcome.status, 69);
 }
 
@@ -109,8 +109,8 @@ void ClientCheckTest::aMissingServiceIsFound()
     QVERIFY(m_fixture.service.start());
     QCOMPARE(outcome.output,
              busLine()
-                 + "service: missing: nobody owns org.brenvik.ManagedConfiguration, and the bus "
-                   "cannot start it\n"
+                 + "service: no service: org.brenvik.ManagedConfiguration is not running, and the "
+                   "bus cannot start it\n"
                  + startHint + path + notAsked);
     QCOMPARE(outcome.status, 69);
 }
@@ -141,12 +141,10 @@ void ClientCheckTest::anIdentityWithoutAnObjectPathIsFound()
         {"--organization", "acme", "--application", "vié", "check"});
     QCOMPARE(outcome.output,
              busLine() + m_service
-                 + "identity: organization \"acme\", application \"vié\": /acme_2evié: \"é\" "
-                   "is not allowed in an object path\n"
+                 + "identity: organization \"acme\", application \"vié\"\n"
+                   "object path: /acme_2evié: \"é\" is not allowed in an object path\n"
                    "  what to do: use the names by which the service knows the application; they "
                    "consist of letters, digits, \"_\" and \".\"\n"
-                   "object path: /acme_2evié is none\n"
-                   "  what to do: see to the identity first\n"
                  + notAsked);
     QCOMPARE(outcome.status, 64);
 }
@@ -159,8 +157,8 @@ void ClientCheckTest::aRefusalIsFound()
     QCOMPARE(outcome.output,
              busLine() + m_service + path
                  + "configuration: the service refused with error 6, NotConfigurable: unknown\n"
-                   "  what to do: correct --organization and --application, or have an "
-                   "administrator give the application a configuration\n");
+                   "  what to do: correct --organization and --application, or ask an "
+                   "administrator to set up a configuration for the application\n");
     QCOMPARE(outcome.errors, QString());
     QCOMPARE(outcome.status, 6);
 }
@@ -169,7 +167,7 @@ void ClientCheckTest::aServiceThatDoesNotAnswerIsFound()
 {
     m_fixture.service.answerThrough([](const Tarnvel::Sandbox::MethodCall &) {});
     const Outcome outcome = m_program->run(clientArguments({"check", "--timeout", "1"}));
-    QVERIFY2(outcome.output.contains("configuration: no answer from the service within 1 seconds\n"
+    QVERIFY2(outcome.output.contains("configuration: no reply from the service within 1 s\n"
                                      "  what to do: "),
              qPrintable(outcome.output));
     QCOMPARE(outcome.status, 69);

@@ -131,15 +131,15 @@ void ClientRequestsTest::aMistakeOfUseIsNamedAndNothingIsAsked_data()
     QTest::newRow("unknown option")
         << clientArguments({"--tpye", "get"}) << "Unknown option 'tpye'.";
     QTest::newRow("two paths") << clientArguments({"get", "a", "b"})
-                               << "get takes one path at most";
+                               << "get takes at most one path";
     QTest::newRow("path for watch")
         << clientArguments({"watch", "a"}) << "watch takes no arguments";
     QTest::newRow("path for check")
         << clientArguments({"check", "a"}) << "check takes no arguments";
     QTest::newRow("types set") << clientArguments({"set", "--type", "a=1"})
-                               << "--type goes with get only";
+                               << "--type is an option of get only";
     QTest::newRow("nothing to set")
-        << clientArguments({"set"}) << "set needs something to set, such as PATH=VALUE";
+        << clientArguments({"set"}) << "set needs at least one PATH=VALUE";
     QTest::newRow("no equals sign") << clientArguments({"set", "a=1", "b"})
                                     << "expected PATH=VALUE or PATH:TYPE=VALUE, found \"b\"";
     QTest::newRow("separators only") << clientArguments({"get", "//"}) << "\"//\" is not a path";
@@ -496,13 +496,13 @@ void ClientRequestsTest::aRefusalHasItsStatusItsReasonAndAHint_data()
     QTest::addColumn<int>("status");
     QTest::addColumn<QString>("hint");
 
-    QTest::newRow("Internal") << 1 << "trying again helps";
+    QTest::newRow("Internal") << 1 << "log";
     QTest::newRow("NotExistingKey") << 2 << "correct the path";
     QTest::newRow("InvalidType") << 3 << "get --type";
-    QTest::newRow("InvalidValue") << 4 << "choose a value that the service admits";
+    QTest::newRow("InvalidValue") << 4 << "accepts";
     QTest::newRow("Forbidden") << 5 << "trying again does not help";
     QTest::newRow("NotConfigurable") << 6 << "correct --organization and --application";
-    QTest::newRow("InvalidUserId") << 7 << "run this as a user whom the service admits";
+    QTest::newRow("InvalidUserId") << 7 << "run this as a user that the service accepts";
     QTest::newRow("UnsupportedType") << 8 << "use a value of another type";
 }
 
@@ -541,7 +541,7 @@ void ClientRequestsTest::aRefusalHasItsStatusItsReasonAndAHint()
 void ClientRequestsTest::aRefusalWithoutAReasonSaysSo()
 {
     m_fixture.service.answerWithError(errorPrefix + "Forbidden", "");
-    QVERIFY(run({"get"}).errors.contains("error 5, Forbidden: it gave no reason\n"));
+    QVERIFY(run({"get"}).errors.contains("error 5, Forbidden: no reason given\n"));
 }
 
 void ClientRequestsTest::anErrorOfTheBusIsTheInternalOne()
@@ -561,7 +561,7 @@ void ClientRequestsTest::anAnswerIsAwaitedForTheGivenTimeOnly_data()
     QTest::newRow("reading") << "GetConfiguration"
                              << "";
     QTest::newRow("change") << "ChangeConfiguration"
-                            << "; whether the change was made is not known";
+                            << "; the change may have been made";
 }
 
 void ClientRequestsTest::anAnswerIsAwaitedForTheGivenTimeOnly()
@@ -574,8 +574,8 @@ void ClientRequestsTest::anAnswerIsAwaitedForTheGivenTimeOnly()
     });
     // Long enough for the other request on a slow machine.
     const Outcome outcome = run({"--timeout", "2.5", "set", "zoom=1"});
-    QVERIFY2(outcome.errors.startsWith("managed-configuration: no answer from the service within "
-                                       "2.5 seconds"
+    QVERIFY2(outcome.errors.startsWith("managed-configuration: no reply from the service within "
+                                       "2.5 s"
                                        + addition + "\n"),
              qPrintable(outcome.errors));
     QCOMPARE(outcome.status, 69);
@@ -639,9 +639,8 @@ void ClientRequestsTest::aBusThatHangsIsGivenUp()
         Program program(client);
         program.setVariable("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=" + socket);
         const Outcome outcome = program.run(clientArguments({"--timeout", "0.1", command}));
-        QVERIFY2(
-            (outcome.errors + outcome.output).contains("it does not answer within 0.1 seconds\n"),
-            qPrintable(outcome.errors));
+        QVERIFY2((outcome.errors + outcome.output).contains("no reply within 0.1 s\n"),
+                 qPrintable(outcome.errors));
         QCOMPARE(outcome.status, 69);
     }
 }

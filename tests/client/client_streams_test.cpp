@@ -151,7 +151,7 @@ void ClientStreamsTest::resultsThatCannotBeWrittenAreAFailure()
     QFETCH(QString, reason);
     const Outcome outcome = runInShell(client + ' ' + command);
     QCOMPARE(outcome.errors.section('\n', 0, 0),
-             "managed-configuration: the standard output takes nothing more: " + reason);
+             "managed-configuration: cannot write to standard output: " + reason);
     QCOMPARE(outcome.status, 74);
 }
 

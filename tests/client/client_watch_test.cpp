@@ -27,7 +27,6 @@ private Q_SLOTS:
     void anEmptyConfigurationIsBelievedWhenItCanBeReadAgain();
     void aConfigurationThatCannotBeReadIsKept();
     void anAnnouncementBeforeTheStartIsNotLost();
-    void aStartThatIsOvertakenByAnAnnouncementIsDropped();
     void theServiceIsFollowedWhenItGoesAndReturns();
     // The last: the bus does not come back for this process.
     void theLossOfTheBusEndsIt();
@@ -151,22 +150,6 @@ void ClientWatchTest::anAnnouncementBeforeTheStartIsNotLost()
     calls.at(1).reply(parseValue("({'z': <1>},)"));
     QCOMPARE(m_watch->readLine(), QString("z = 0"));
     QCOMPARE(m_watch->readLine(), QString("changed: z = 1 (was 0)"));
-}
-
-void ClientWatchTest::aStartThatIsOvertakenByAnAnnouncementIsDropped()
-{
-    QList<MethodCall> calls;
-    m_fixture.service.answerThrough([&](const MethodCall &call) { calls.append(call); });
-    m_watch->start(clientArguments({"watch"}));
-    QTRY_COMPARE(calls.size(), 1);
-    m_fixture.service.announceChange(BusFixture::path);
-    QTRY_COMPARE(calls.size(), 2);
-    m_fixture.service.answerWith("({'z': <1>},)");
-    calls.at(1).reply(parseValue("({'z': <1>},)"));
-    QCOMPARE(m_watch->readLine(), QString("z = 1"));
-    calls.at(0).reply(parseValue("({'z': <0>},)"));
-    announce("({'z': <2>},)");
-    QCOMPARE(m_watch->readLine(), QString("changed: z = 2 (was 1)"));
 }
 
 void ClientWatchTest::theServiceIsFollowedWhenItGoesAndReturns()

@@ -116,4 +116,9 @@ Failure checkIdentity(const CommandLine &commandLine)
             path};
 }
 
+Failure usageFailure(const QString &message)
+{
+    return {EX_USAGE, message, QStringLiteral("see managed-configuration --help")};
+}
+
 } // namespace Tarnvel::Client

@@ -3,10 +3,12 @@
 
 #pragma once
 
-#include "usage_failure.h"
+#include "failure.h"
 
 #include <QtCore/QString>
 #include <QtCore/QStringList>
+
+#include <sysexits.h>
 
 namespace Tarnvel::Client {
 
@@ -35,5 +37,8 @@ Tools::Failure parseCommandLine(int count, const char *const *arguments, Command
 
 /*! \brief Fails if organization and application do not make a valid object path. */
 Tools::Failure checkIdentity(const CommandLine &commandLine);
+
+/*! \brief The failure of a command line that is wrong as \a message says. */
+Tools::Failure usageFailure(const QString &message);
 
 } // namespace Tarnvel::Client

@@ -5,28 +5,27 @@
 
 #include "endpoint.h"
 
+#include <QtCore/QDeadlineTimer>
+#include <QtCore/QThread>
 #include <QtDBus/QDBusConnection>
 #include <QtDBus/QDBusError>
 #include <QtDBus/QDBusMessage>
 
-#include <chrono>
-#include <future>
-#include <thread>
+#include <sysexits.h>
 
 namespace Tarnvel::Client {
 
+using Tools::Failure;
+
 namespace {
 
-// Ready when the bus layer has connected or failed to.
-std::future<void> &opening()
-{
-    static std::future<void> future;
-    return future;
-}
+constexpr char sandboxHint[] = "or run this in managed-configuration-sandbox";
 
-bool isOpeningOver(int timeoutMs)
+Failure busFailure(const QString &reason)
 {
-    return opening().wait_for(std::chrono::milliseconds(timeoutMs)) == std::future_status::ready;
+    return {EX_UNAVAILABLE, QStringLiteral("no bus at %1: %2").arg(busAddressText(), reason),
+            QStringLiteral("start the bus, correct %1, %2")
+                .arg(QLatin1String(DBus::busAddressVariable), QLatin1String(sandboxHint))};
 }
 
 QDBusMessage askBus(const QString &method, const QVariantList &arguments, int timeoutMs)
@@ -42,56 +41,52 @@ QDBusMessage askBus(const QString &method, const QVariantList &arguments, int ti
 
 Failure openBus(int timeoutMs)
 {
-    // The bus layer waits for the bus without end.
-    std::packaged_task<void()> open([] { QDBusConnection::systemBus(); });
-    opening() = open.get_future();
-    std::thread(std::move(open)).detach();
-    if (!isOpeningOver(timeoutMs))
-        return busFailure(
-            QStringLiteral("it does not answer within %1 seconds").arg(timeoutMs / 1000.0));
+    // QtDBus waits without a limit for a bus that accepts connections but does not answer.
+    QThread *const opener = QThread::create([] { QDBusConnection::systemBus(); });
+    opener->start();
+    if (!opener->wait(QDeadlineTimer(timeoutMs)))
+        return busFailure(QStringLiteral("no reply within %1 s").arg(timeoutMs / 1000.0));
+    delete opener;
     const QDBusConnection bus = QDBusConnection::systemBus();
     return bus.isConnected() ? Failure() : busFailure(bus.lastError().message());
 }
 
-bool isBusHanging()
-{
-    return opening().valid() && !isOpeningOver(0);
-}
-
-ServiceState serviceState(int timeoutMs)
+Failure findService(int timeoutMs, ServiceState *state)
 {
     const QString name = QLatin1String(DBus::serviceName);
     const QDBusMessage owned = askBus(QStringLiteral("NameHasOwner"), {name}, timeoutMs);
-    if (owned.type() != QDBusMessage::ReplyMessage)
-        return ServiceState::NoBus;
-    if (owned.arguments().value(0).toBool())
-        return ServiceState::Running;
     const QDBusMessage names = askBus(QStringLiteral("ListActivatableNames"), {}, timeoutMs);
-    return names.arguments().value(0).toStringList().contains(name) ? ServiceState::Activatable
-                                                                    : ServiceState::Absent;
+    for (const QDBusMessage &reply : {owned, names}) {
+        if (reply.type() != QDBusMessage::ReplyMessage)
+            return busFailure(reply.errorMessage());
+    }
+    *state = owned.arguments().value(0).toBool()                   ? ServiceState::Running
+        : names.arguments().value(0).toStringList().contains(name) ? ServiceState::Activatable
+                                                                   : ServiceState::Absent;
+    return {};
 }
 
 uint serviceProcess(int timeoutMs)
 {
-    const QDBusMessage answer = askBus(QStringLiteral("GetConnectionUnixProcessID"),
-                                       {QLatin1String(DBus::serviceName)}, timeoutMs);
-    return answer.type() == QDBusMessage::ReplyMessage ? answer.arguments().value(0).toUInt() : 0;
+    const QDBusMessage reply = askBus(QStringLiteral("GetConnectionUnixProcessID"),
+                                      {QLatin1String(DBus::serviceName)}, timeoutMs);
+    return reply.type() == QDBusMessage::ReplyMessage ? reply.arguments().value(0).toUInt() : 0;
 }
 
 QString busAddressText()
 {
     const QString address = qEnvironmentVariable(DBus::busAddressVariable);
     return address.isEmpty()
-        ? QStringLiteral("the system's own address")
+        ? QStringLiteral("the default address of the system bus")
         : QStringLiteral("%1 (from %2)").arg(address, QLatin1String(DBus::busAddressVariable));
 }
 
-Failure busFailure(const QString &reason)
+Failure absentServiceFailure()
 {
-    return {
-        EX_UNAVAILABLE, QStringLiteral("no bus at %1: %2").arg(busAddressText(), reason),
-        QStringLiteral("start the bus, correct %1, or run this in managed-configuration-sandbox")
-            .arg(QLatin1String(DBus::busAddressVariable))};
+    return {EX_UNAVAILABLE,
+            QStringLiteral("no service: %1 is not running, and the bus cannot start it")
+                .arg(QLatin1String(DBus::serviceName)),
+            QStringLiteral("start it, ") + QLatin1String(sandboxHint)};
 }
 
 } // namespace Tarnvel::Client

@@ -3,18 +3,16 @@
 
 #pragma once
 
-#include "usage_failure.h"
+#include "failure.h"
 
 #include <QtCore/QString>
 #include <QtCore/QtGlobal>
 
 namespace Tarnvel::Client {
 
-/*! \brief How far it is to the service. */
+/*! \brief Whether the service can be called. */
 enum class ServiceState {
-    /*! The connection to the bus is lost, or the bus does not answer. */
-    NoBus,
-    /*! Nobody owns the service's name, and the bus cannot start it. */
+    /*! It is not running, and the bus cannot start it. */
     Absent,
     /*! It is not running; the bus starts it at the first call. */
     Activatable,
@@ -23,29 +21,23 @@ enum class ServiceState {
 };
 
 /*!
- * \brief Connects to the bus; a failure if that takes longer than \a timeoutMs or fails.
+ * \brief Connects to the bus; fails if that is not possible within \a timeoutMs.
  *
- * Call it before all else that uses the bus.
+ * Call it before anything else that uses the bus. After a failure, end the process without running
+ * exit handlers: a thread may still wait for the bus.
  */
-Failure openBus(int timeoutMs);
+Tools::Failure openBus(int timeoutMs);
 
-/*!
- * \brief True if openBus() has given up on a bus that takes connections but does not answer.
- *
- * The bus layer still waits for it then, and would in an orderly end of the process too.
- */
-bool isBusHanging();
+/*! \brief Asks the bus for the state of the service; fails if there is no reply in \a timeoutMs. */
+Tools::Failure findService(int timeoutMs, ServiceState *state);
 
-/*! \brief How far it is now; waits for the bus no longer than \a timeoutMs at a time. */
-ServiceState serviceState(int timeoutMs);
-
-/*! \brief The process of the running service; 0 if the bus does not tell. */
+/*! \brief The process of the running service; 0 if the bus does not say. */
 uint serviceProcess(int timeoutMs);
 
-/*! \brief Which bus it is: its address, and who says so. */
+/*! \brief The address of the bus, and where it comes from. */
 QString busAddressText();
 
-/*! \brief The failure of having no bus, because of \a reason. */
-Failure busFailure(const QString &reason);
+/*! \brief The failure of a service that is absent. */
+Tools::Failure absentServiceFailure();
 
 } // namespace Tarnvel::Client
