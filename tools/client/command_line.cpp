@@ -90,7 +90,7 @@ Failure parseCommandLine(int count, const char *const *arguments, CommandLine *c
 
     for (const QCommandLineOption &option : {organization, application}) {
         if (parser.value(option).isEmpty())
-            return usageFailure(QStringLiteral("--%1 is missing").arg(option.names().first()));
+            return usageFailure(QStringLiteral("--%1 is missing").arg(option.names().constFirst()));
     }
     const QStringList positional = parser.positionalArguments();
     if (positional.isEmpty())
@@ -100,7 +100,7 @@ Failure parseCommandLine(int count, const char *const *arguments, CommandLine *c
     return parseTimeout(parser.value(timeout), &commandLine->timeoutMs);
 }
 
-Failure checkIdentity(const CommandLine &commandLine)
+Failure validateIdentity(const CommandLine &commandLine)
 {
     static const QRegularExpression forbidden(QStringLiteral("[^A-Za-z0-9_/]|//|/$"));
     const QString path = DBus::applicationPath(commandLine.organization, commandLine.application);

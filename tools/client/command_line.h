@@ -36,7 +36,7 @@ struct CommandLine
 Tools::Failure parseCommandLine(int count, const char *const *arguments, CommandLine *commandLine);
 
 /*! \brief Fails if organization and application do not make a valid object path. */
-Tools::Failure checkIdentity(const CommandLine &commandLine);
+Tools::Failure validateIdentity(const CommandLine &commandLine);
 
 /*! \brief The failure of a command line that is wrong as \a message says. */
 Tools::Failure usageFailure(const QString &message);

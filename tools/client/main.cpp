@@ -36,7 +36,7 @@ Failure run(const CommandLine &commandLine)
             continue;
         if (commandLine.showsTypes && command.run != get)
             return usageFailure(QStringLiteral("--type is an option of get only"));
-        const Failure failure = checkIdentity(commandLine);
+        const Failure failure = validateIdentity(commandLine);
         // The check itself says what is wrong with the identity.
         return failure && command.run != check ? failure : command.run(commandLine);
     }

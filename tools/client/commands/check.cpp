@@ -53,14 +53,14 @@ Failure checkService(bool hasBus, ServiceState state, int timeoutMs)
     return failure;
 }
 
-Failure checkNames(const CommandLine &commandLine)
+Failure checkIdentity(const CommandLine &commandLine)
 {
     const QString &organization = commandLine.organization;
     const QString &application = commandLine.application;
     print(QStringLiteral("identity: organization \"%1\", application \"%2\"")
               .arg(organization, application),
           Style::Good);
-    const Failure failure = checkIdentity(commandLine);
+    const Failure failure = validateIdentity(commandLine);
     printResult("object path", failure, DBus::applicationPath(organization, application));
     return failure;
 }
@@ -84,7 +84,7 @@ Failure check(const CommandLine &commandLine)
     ServiceState state = ServiceState::Absent;
     const Failure bus = checkBus(timeoutMs, &state);
     const Failure service = checkService(!bus, state, timeoutMs);
-    const Failure identity = checkNames(commandLine);
+    const Failure identity = checkIdentity(commandLine);
     for (const Failure &failure : {bus, service, identity}) {
         if (!failure)
             continue;

@@ -48,7 +48,8 @@ Failure assignFrom(int position, const Assignment &assignment, Configuration *co
     const Steps &steps = assignment.steps;
     const QString key = steps.at(position).toKey();
     QVariant value = configuration->get(key);
-    const bool canNest = !value.isValid() || typeOf(value) == ValueType::Configuration;
+    // A value that does not exist is as good as an empty configuration.
+    const bool canNest = typeOf(value) == ValueType::Configuration;
 
     Failure failure;
     if (position + 1 == steps.size()) {

@@ -30,7 +30,7 @@ QString typeDescription(ValueType type);
 /*! \brief The type called \a name; nullopt if there is none. */
 std::optional<ValueType> typeFromName(const QString &name);
 
-/*! \brief The type of \a value, an entry of a configuration. */
+/*! \brief The type of \a value in a configuration; Configuration if it is invalid. */
 ValueType typeOf(const QVariant &value);
 
 /*! \brief The type of the items of a list of \a type; nullopt unless \a type is a list type. */
