@@ -78,7 +78,7 @@ void CompletionTest::clientArgumentsAreCompleted_data()
         {" --timeout ", ""},
         {" get ", "names theme two\\ words window window/deep window/deep/x window/width"},
         {" get window/w", "window/width"},
-        {" --timeout 5 get t", "theme two\\ words"},
+        {" --timeout 20 get t", "theme two\\ words"},
         {" set th", "theme="},
         {" set theme=x n", "names="},
         {" set x:", "bool= bools= configuration= int= ints= string= strings="},
@@ -98,7 +98,8 @@ void CompletionTest::clientArgumentsAreCompleted()
         "({'theme': <'x\": '>, 'two words': <1>, 'a/b': <1>, 'q\"': <@a{sv} {'no': <1>}>, "
         "'names': <['n\": 1', 'm']>, 'window': <@a{sv} {'width': <1>, 'deep': <@a{sv} "
         "{'x': <true>}>}>},)");
-    const QString whole = "managed-configuration --organization acme.labs --application=viewer";
+    const QString whole = "managed-configuration --organization acme.labs --application=viewer "
+                          "--timeout=20";
     for (const bool hasPackage : {false, true})
         QCOMPARE(complete("managed-configuration", whole + line, hasPackage).join(' '), offered);
 }
