@@ -40,11 +40,11 @@ public:
     explicit CompletionTest(BusFixture &fixture) : m_fixture(fixture) { }
 
 private Q_SLOTS:
-    void theWordsOfTheClientAreCompleted_data();
-    void theWordsOfTheClientAreCompleted();
+    void clientArgumentsAreCompleted_data();
+    void clientArgumentsAreCompleted();
     void pathsAreNotOfferedWithoutAService();
-    void theWordsOfTheSandboxAreCompleted_data();
-    void theWordsOfTheSandboxAreCompleted();
+    void sandboxArgumentsAreCompleted_data();
+    void sandboxArgumentsAreCompleted();
 
 private:
     QStringList complete(const QString &program, const QString &line, bool hasPackage);
@@ -65,44 +65,32 @@ QStringList CompletionTest::complete(const QString &program, const QString &line
     return words;
 }
 
-void CompletionTest::theWordsOfTheClientAreCompleted_data()
+void CompletionTest::clientArgumentsAreCompleted_data()
 {
     QTest::addColumn<QString>("line");
     QTest::addColumn<QString>("offered");
 
-    QTest::newRow("commands") << " "
-                              << "check get set watch";
-    QTest::newRow("beginning of a command") << " w"
-                                            << "watch";
-    QTest::newRow("options") << " --"
-                             << "--application --help --organization --timeout --version";
-    QTest::newRow("options of get")
-        << " get --"
-        << "--application --help --organization --timeout --type --version";
-    QTest::newRow("value of an option") << " --timeout "
-                                        << "";
-    QTest::newRow("paths") << " get "
-                           << "names theme two\\ words window window/deep "
-                              "window/deep/x window/width";
-    QTest::newRow("beginning of a path") << " get window/w"
-                                         << "window/width";
-    QTest::newRow("paths behind an option") << " --timeout 5 get t"
-                                            << "theme two\\ words";
-    QTest::newRow("paths to set") << " set th"
-                                  << "theme=";
-    QTest::newRow("second path to set") << " set theme=x n"
-                                        << "names=";
-    QTest::newRow("types") << " set x:"
-                           << "bool= bools= configuration= int= ints= string= strings=";
-    QTest::newRow("beginning of a type") << " set x:in"
-                                         << "int= ints=";
-    QTest::newRow("value") << " set theme="
-                           << "";
-    QTest::newRow("words of watch") << " watch "
-                                    << "";
+    const QPair<const char *, const char *> rows[] {
+        {" ", "check get set watch"},
+        {" w", "watch"},
+        {" --", "--application --help --organization --timeout --version"},
+        {" get --", "--application --help --organization --timeout --type --version"},
+        {" --timeout ", ""},
+        {" get ", "names theme two\\ words window window/deep window/deep/x window/width"},
+        {" get window/w", "window/width"},
+        {" --timeout 20 get t", "theme two\\ words"},
+        {" set th", "theme="},
+        {" set theme=x n", "names="},
+        {" set x:", "bool= bools= configuration= int= ints= string= strings="},
+        {" set x:in", "int= ints="},
+        {" set theme=", ""},
+        {" watch ", ""},
+    };
+    for (const auto &[line, offered] : rows)
+        QTest::newRow(line) << line << offered;
 }
 
-void CompletionTest::theWordsOfTheClientAreCompleted()
+void CompletionTest::clientArgumentsAreCompleted()
 {
     QFETCH(QString, line);
     QFETCH(QString, offered);
@@ -110,7 +98,8 @@ void CompletionTest::theWordsOfTheClientAreCompleted()
         "({'theme': <'x\": '>, 'two words': <1>, 'a/b': <1>, 'q\"': <@a{sv} {'no': <1>}>, "
         "'names': <['n\": 1', 'm']>, 'window': <@a{sv} {'width': <1>, 'deep': <@a{sv} "
         "{'x': <true>}>}>},)");
-    const QString whole = "managed-configuration --organization acme.labs --application=viewer";
+    const QString whole = "managed-configuration --organization acme.labs --application=viewer "
+                          "--timeout=20";
     for (const bool hasPackage : {false, true})
         QCOMPARE(complete("managed-configuration", whole + line, hasPackage).join(' '), offered);
 }
@@ -125,25 +114,23 @@ void CompletionTest::pathsAreNotOfferedWithoutAService()
     QCOMPARE(offered, QStringList());
 }
 
-void CompletionTest::theWordsOfTheSandboxAreCompleted_data()
+void CompletionTest::sandboxArgumentsAreCompleted_data()
 {
     QTest::addColumn<QString>("line");
     QTest::addColumn<QString>("offered");
 
-    QTest::newRow("options")
-        << " "
-        << "-- --check --expect --help --list-faults --log --scenario --version";
-    QTest::newRow("beginning of an option") << " --l"
-                                            << "--list-faults --log";
-    QTest::newRow("file") << " --scenario /etc/passw"
-                          << "/etc/passwd";
-    QTest::newRow("command") << " --log x -- managed-configuration-sand"
-                             << "managed-configuration-sandbox";
-    QTest::newRow("words of the command") << " -- ls /etc/passw"
-                                          << "/etc/passwd";
+    const QPair<const char *, const char *> rows[] {
+        {" ", "-- --check --expect --help --list-faults --log --scenario --version"},
+        {" --l", "--list-faults --log"},
+        {" --scenario /etc/passw", "/etc/passwd"},
+        {" --log x -- managed-configuration-sand", "managed-configuration-sandbox"},
+        {" -- ls /etc/passw", "/etc/passwd"},
+    };
+    for (const auto &[line, offered] : rows)
+        QTest::newRow(line) << line << offered;
 }
 
-void CompletionTest::theWordsOfTheSandboxAreCompleted()
+void CompletionTest::sandboxArgumentsAreCompleted()
 {
     QFETCH(QString, line);
     QFETCH(QString, offered);

@@ -3,12 +3,14 @@
 
 #include "command_line.h"
 
+#include "endpoint.h"
+
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QRegularExpression>
 
-#include <optional>
-
 namespace Tarnvel::Client {
+
+using Tools::Failure;
 
 namespace {
 
@@ -16,54 +18,50 @@ const char description[] =
     "Reads, changes and follows the managed configuration of an application.\n"
     "\n"
     "Commands:\n"
-    "  get [PATH]                the configuration, or the value at PATH, as JSON\n"
-    "  set PATH[:TYPE]=VALUE...  changes values, all in one request\n"
-    "  watch                     all values, then each change on a line\n"
-    "  check                     whether bus, service and identity are in order\n"
+    "  get [PATH]                print the configuration, or the value at PATH, as JSON\n"
+    "  set PATH[:TYPE]=VALUE...  change values, all in one request\n"
+    "  watch                     print all values, then each change on a line\n"
+    "  check                     check the bus, the service and the identity\n"
     "\n"
-    "PATH is keys with \"/\" between them, and \"[POSITION]\" behind the key of a list, such\n"
-    "as window/sizes[0]. TYPE is int, bool, string, ints, bools, strings or configuration.\n"
+    "PATH is one or more keys separated by \"/\". An item of a list is its key and\n"
+    "\"[POSITION]\", such as window/sizes[0]. TYPE is int, bool, string, ints, bools,\n"
+    "strings or configuration.\n"
     "\n"
-    "The exit status is 0; from 1 to 8 the code with which the service refused; 64 for a\n"
-    "mistake on the command line, 66 for a path without a value, 69 without bus, service\n"
-    "or answer, 74 if the results cannot be written.";
+    "The exit status is 0 for success, 1 to 8 for the error code of the service, 64 for a\n"
+    "wrong command line, 66 for a path without a value, 69 for no bus, no service or no\n"
+    "reply, and 74 if the results cannot be written.";
 
-std::optional<int> parseSeconds(const QString &text)
+Failure decode(int count, const char *const *arguments, QStringList *decoded)
 {
-    static const QRegularExpression form(QStringLiteral("^[0-9]{1,5}(\\.[0-9])?$"));
-    constexpr double minimum = 0.1;
-    constexpr double maximum = 86400;
-    const double seconds = text.toDouble();
-    if (!form.match(text).hasMatch() || seconds < minimum || seconds > maximum)
-        return std::nullopt;
-    return qRound(seconds * 1000);
+    for (int index = 0; index < count; ++index) {
+        const QString argument = QString::fromUtf8(arguments[index]);
+        if (argument.toUtf8() != arguments[index])
+            return usageFailure(QStringLiteral("\"%1\" is not UTF-8").arg(argument));
+        decoded->append(argument);
+    }
+    return {};
 }
 
-// The name of the first of \a options that is needed but has no value.
-QString missingOption(const QCommandLineParser &parser, const QList<QCommandLineOption> &options)
+Failure parseTimeout(const QString &text, int *timeoutMs)
 {
-    for (const QCommandLineOption &option : options) {
-        if (parser.value(option).isEmpty())
-            return option.names().constFirst();
-    }
+    bool isNumber = false;
+    const double seconds = text.toDouble(&isNumber);
+    // The library gives up a request after 25 seconds, and does not say that this was the reason.
+    if (!isNumber || seconds < 0.1 || seconds > 20)
+        return usageFailure(
+            QStringLiteral("expected a timeout from 0.1 to 20 seconds, found \"%1\"").arg(text));
+    *timeoutMs = qRound(seconds * 1000);
     return {};
 }
 
 } // namespace
 
-Failure decodeWords(int count, const char *const *words, QStringList *decoded)
+Failure parseCommandLine(int count, const char *const *arguments, CommandLine *commandLine)
 {
-    for (int index = 0; index < count; ++index) {
-        const QString word = QString::fromUtf8(words[index]);
-        if (word.toUtf8() != words[index])
-            return usageFailure(QStringLiteral("\"%1\" is not UTF-8").arg(word));
-        decoded->append(word);
-    }
-    return {};
-}
+    QStringList decoded;
+    if (const Failure failure = decode(count, arguments, &decoded))
+        return failure;
 
-Failure parseCommandLine(const QStringList &words, CommandLine *commandLine)
-{
     const QCommandLineOption organization(QStringLiteral("organization"),
                                           QStringLiteral("The organization of the application."),
                                           QStringLiteral("O"));
@@ -71,40 +69,56 @@ Failure parseCommandLine(const QStringList &words, CommandLine *commandLine)
                                          QStringLiteral("The name of the application."),
                                          QStringLiteral("A"));
     const QCommandLineOption timeout(
-        QStringLiteral("timeout"),
-        QStringLiteral("How long to wait for an answer, from 0.1 to 86400."),
-        QStringLiteral("SECONDS"), QStringLiteral("25"));
+        QStringLiteral("timeout"), QStringLiteral("How long to wait for a reply, from 0.1 to 20."),
+        QStringLiteral("SECONDS"), QStringLiteral("20"));
     const QCommandLineOption type(QStringLiteral("type"),
-                                  QStringLiteral("With get: the types in place of the values."));
+                                  QStringLiteral("With get: print types in place of values."));
+    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
+                                  QStringLiteral("Show this help."));
     QCommandLineParser parser;
     parser.setApplicationDescription(QLatin1String(description));
-    const QCommandLineOption help(QStringList {QStringLiteral("h"), QStringLiteral("help")},
-                                  QStringLiteral("Shows this help."));
     parser.addOptions({organization, application, timeout, type, help});
     const QCommandLineOption version = parser.addVersionOption();
     parser.addPositionalArgument(QStringLiteral("COMMAND"), QStringLiteral("What to do."),
                                  QStringLiteral("COMMAND [ARGUMENT...]"));
-    if (!parser.parse(words))
+    if (!parser.parse(decoded))
         return usageFailure(parser.errorText());
     if (parser.isSet(version))
         parser.showVersion();
     if (parser.isSet(help))
         parser.showHelp();
 
-    const QString missing = missingOption(parser, {organization, application});
-    if (!missing.isEmpty())
-        return usageFailure(QStringLiteral("--%1 is missing").arg(missing));
-    const std::optional<int> timeoutMs = parseSeconds(parser.value(timeout));
-    if (!timeoutMs)
-        return usageFailure(QStringLiteral("\"%1\" is no number of seconds from 0.1 to 86400, "
-                                           "with at most one decimal")
-                                .arg(parser.value(timeout)));
-    const QStringList arguments = parser.positionalArguments();
-    if (arguments.isEmpty())
+    for (const QCommandLineOption &option : {organization, application}) {
+        if (parser.value(option).isEmpty())
+            return usageFailure(QStringLiteral("--%1 is missing").arg(option.names().constFirst()));
+    }
+    const QStringList positional = parser.positionalArguments();
+    if (positional.isEmpty())
         return usageFailure(QStringLiteral("the command is missing"));
-    *commandLine = {parser.value(organization), parser.value(application), arguments.first(),
-                    arguments.mid(1),           parser.isSet(type),        *timeoutMs};
-    return {};
+    *commandLine = {parser.value(organization), parser.value(application), positional.first(),
+                    positional.mid(1),          parser.isSet(type),        0};
+    return parseTimeout(parser.value(timeout), &commandLine->timeoutMs);
+}
+
+Failure validateIdentity(const CommandLine &commandLine)
+{
+    static const QRegularExpression forbidden(QStringLiteral("[^A-Za-z0-9_/]|//|/$"));
+    const QString path = DBus::applicationPath(commandLine.organization, commandLine.application);
+    const QString found = forbidden.match(path).captured();
+    if (found.isEmpty())
+        return {};
+    const QString message = found.startsWith(QLatin1Char('/'))
+        ? QStringLiteral("an element of an object path cannot be empty")
+        : QStringLiteral("\"%1\" is not allowed in an object path").arg(found);
+    return {EX_USAGE, message,
+            QStringLiteral("use the names by which the service knows the application; they consist "
+                           "of letters, digits, \"_\" and \".\""),
+            path};
+}
+
+Failure usageFailure(const QString &message)
+{
+    return {EX_USAGE, message, QStringLiteral("see managed-configuration --help")};
 }
 
 } // namespace Tarnvel::Client

@@ -3,10 +3,12 @@
 
 #pragma once
 
-#include "usage_failure.h"
+#include "failure.h"
 
 #include <QtCore/QString>
 #include <QtCore/QStringList>
+
+#include <sysexits.h>
 
 namespace Tarnvel::Client {
 
@@ -15,29 +17,28 @@ struct CommandLine
 {
     QString organization;
     QString application;
-    /*! The first word that is no option. */
+    /*! The first argument that is not an option. */
     QString command;
-    /*! The words behind it. */
+    /*! The arguments after it. */
     QStringList arguments;
     /*! True if types are asked for in place of values. */
     bool showsTypes = false;
-    /*! How long to wait for each answer. */
-    int timeoutMs = 25000;
+    /*! How long to wait for each reply. */
+    int timeoutMs = 0;
 };
 
 /*!
- * \brief The \a count words of \a words, the program's name first, as texts.
+ * \brief Sets \a commandLine to what the \a count arguments \a arguments, the program first, say.
  *
- * They are UTF-8 whatever the locale says. A failure if one of them is not.
+ * They are UTF-8 in every locale. Ends the process if they ask for the help or the version. The
+ * command checks its own arguments.
  */
-Failure decodeWords(int count, const char *const *words, QStringList *decoded);
+Tools::Failure parseCommandLine(int count, const char *const *arguments, CommandLine *commandLine);
 
-/*!
- * \brief Sets \a commandLine to what \a words, the program's name first, ask for.
- *
- * Ends the process when they ask for help or for the version. The command's own arguments are
- * checked by the command.
- */
-Failure parseCommandLine(const QStringList &words, CommandLine *commandLine);
+/*! \brief Fails if organization and application do not make a valid object path. */
+Tools::Failure validateIdentity(const CommandLine &commandLine);
+
+/*! \brief The failure of a command line that is wrong as \a message says. */
+Tools::Failure usageFailure(const QString &message);
 
 } // namespace Tarnvel::Client

@@ -4,8 +4,6 @@
 #include "command_line.h"
 #include "commands/commands.h"
 #include "output.h"
-#include "service/bus_state.h"
-#include "service/identity.h"
 #include "standard_streams.h"
 
 #include <QtCore/QCoreApplication>
@@ -14,13 +12,14 @@
 #include <cstdlib>
 
 using namespace Tarnvel::Client;
+using Tarnvel::Tools::Failure;
 
 namespace {
 
 struct Command
 {
     const char *name;
-    Failure (*begin)(const CommandLine &commandLine);
+    Failure (*run)(const CommandLine &commandLine);
 };
 
 constexpr Command commands[] = {{"get", get}, {"set", set}, {"watch", watch}, {"check", check}};
@@ -30,49 +29,41 @@ void printMessage(QtMsgType, const QMessageLogContext &, const QString &message)
     printNote(message);
 }
 
-Failure begin(const CommandLine &commandLine)
+Failure run(const CommandLine &commandLine)
 {
     for (const Command &command : commands) {
         if (commandLine.command != QLatin1String(command.name))
             continue;
-        if (commandLine.showsTypes && command.begin != get)
-            return usageFailure(QStringLiteral("--type goes with get only"));
-        const Failure failure = identityFailure(commandLine.organization, commandLine.application);
-        // What is amiss with the identity is among the findings of a check.
-        return failure && command.begin != check ? failure : command.begin(commandLine);
+        if (commandLine.showsTypes && command.run != get)
+            return usageFailure(QStringLiteral("--type is an option of get only"));
+        const Failure failure = validateIdentity(commandLine);
+        // The check itself says what is wrong with the identity.
+        return failure && command.run != check ? failure : command.run(commandLine);
     }
     return usageFailure(QStringLiteral("there is no command \"%1\"").arg(commandLine.command));
-}
-
-int run(int argc, char *argv[])
-{
-    Tarnvel::Tools::reserveStandardStreams();
-    // Writing to a channel that nobody reads any more is to fail and do no more.
-    std::signal(SIGPIPE, SIG_IGN);
-    qInstallMessageHandler(printMessage);
-    QStringList words;
-    Failure failure = decodeWords(argc, argv, &words);
-    QCoreApplication application(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("managed-configuration"));
-    QCoreApplication::setApplicationVersion(QStringLiteral(CLIENT_VERSION));
-
-    CommandLine commandLine;
-    if (!failure)
-        failure = parseCommandLine(words, &commandLine);
-    // From here on the program bears the names of the application for which it asks.
-    QCoreApplication::setOrganizationName(commandLine.organization);
-    QCoreApplication::setApplicationName(commandLine.application);
-    if (!failure)
-        failure = begin(commandLine);
-    return failure ? report(failure) : QCoreApplication::exec();
 }
 
 } // namespace
 
 int main(int argc, char *argv[])
 {
-    const int status = run(argc, argv);
-    if (isBusHanging())
-        std::_Exit(status);
-    return status;
+    Tarnvel::Tools::reserveStandardStreams();
+    // A broken pipe must fail the write, not kill us.
+    std::signal(SIGPIPE, SIG_IGN);
+    qInstallMessageHandler(printMessage);
+    QCoreApplication application(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("managed-configuration"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(CLIENT_VERSION));
+
+    CommandLine commandLine;
+    Failure failure = parseCommandLine(argc, argv, &commandLine);
+    if (!failure) {
+        // The library asks for the configuration of the application with these names.
+        QCoreApplication::setOrganizationName(commandLine.organization);
+        QCoreApplication::setApplicationName(commandLine.application);
+        failure = run(commandLine);
+    }
+    report(failure);
+    // An orderly exit would wait for QtDBus, which may still wait for a bus that does not answer.
+    std::quick_exit(failure.status);
 }

@@ -3,10 +3,9 @@
 
 #include "output.h"
 
-#include <QtCore/QCoreApplication>
-
 #include <cerrno>
 #include <cstdlib>
+#include <sysexits.h>
 
 namespace Tarnvel::Client {
 
@@ -17,11 +16,11 @@ void print(const QString &line, Tools::Style style)
     if (!std::ferror(stdout))
         return;
     if (errno == EPIPE)
-        std::exit(EX_OK);
-    std::exit(report(
-        {EX_IOERR,
-         QStringLiteral("the standard output takes nothing more: %1").arg(qt_error_string(errno)),
-         QStringLiteral("make room, or direct the output elsewhere")}));
+        std::quick_exit(EX_OK);
+    report({EX_IOERR,
+            QStringLiteral("cannot write to standard output: %1").arg(qt_error_string(errno)),
+            QStringLiteral("free some space, or redirect the output")});
+    std::quick_exit(EX_IOERR);
 }
 
 void printNote(const QString &text, Tools::Style style)
@@ -30,18 +29,12 @@ void printNote(const QString &text, Tools::Style style)
         stderr, QStringLiteral("managed-configuration: ") + Tools::shownOnOneLine(text), style);
 }
 
-int report(const Failure &failure)
+void report(const Tools::Failure &failure)
 {
+    if (failure.message.isEmpty())
+        return;
     printNote(failure.text(), Tools::Style::Bad);
     printNote(QStringLiteral("what to do: ") + failure.hint);
-    return failure.status;
-}
-
-void finish(const Failure &failure)
-{
-    if (failure)
-        report(failure);
-    QCoreApplication::exit(failure.status);
 }
 
 } // namespace Tarnvel::Client

@@ -3,28 +3,25 @@
 
 #pragma once
 
+#include "failure.h"
 #include "terminal.h"
-#include "usage_failure.h"
 
 #include <QtCore/QString>
 
 namespace Tarnvel::Client {
 
 /*!
- * \brief Writes \a line, a result, to the standard output at once.
+ * \brief Writes \a line, a result, to standard output at once.
  *
- * Ends the process if that fails: silently and with success if nobody reads on, as behind "head",
- * and with a message otherwise.
+ * Ends the process if that fails: without a message and with success if the reader has gone, as
+ * "head" does, otherwise with a message.
  */
 void print(const QString &line, Tools::Style style = Tools::Style::Plain);
 
-/*! \brief Writes \a text, about the program's own doings, to the standard error. */
+/*! \brief Writes \a text, a message of the program, to standard error. */
 void printNote(const QString &text, Tools::Style style = Tools::Style::Aside);
 
-/*! \brief Writes what \a failure says to the standard error and returns its status. */
-int report(const Failure &failure);
-
-/*! \brief Reports \a failure, if it is one, and ends the event loop with its status. */
-void finish(const Failure &failure);
+/*! \brief Writes what \a failure says to standard error, if it says something. */
+void report(const Tools::Failure &failure);
 
 } // namespace Tarnvel::Client

@@ -9,7 +9,7 @@
 
 namespace Tarnvel::Tools {
 
-/*! \brief What keeps a tool from doing what it was asked: true if something does. */
+/*! \brief Why a tool cannot do what it was asked; true if there is a failure. */
 struct Failure
 {
     /*! The exit status of a program that ends with this failure. */

@@ -11,7 +11,7 @@ namespace Tarnvel::Tools {
 void reserveStandardStreams()
 {
     int descriptor = 0;
-    // To be read only, so that writing to the channel fails as it should.
+    // Read-only, so that writing to the stream still fails.
     while (descriptor >= 0 && descriptor <= STDERR_FILENO)
         descriptor = open("/dev/null", O_RDONLY | O_CLOEXEC);
     if (descriptor >= 0)

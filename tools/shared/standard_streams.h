@@ -6,10 +6,10 @@
 namespace Tarnvel::Tools {
 
 /*!
- * \brief Makes reading from and writing to a standard channel that is closed fail and do no more.
+ * \brief Reserves the descriptors of closed standard streams; reading and writing there fails.
  *
- * Call it first of all: otherwise what is written goes into whatever is opened next, such as the
- * bus. Programs that are started find the channel closed as it was.
+ * Call it first: otherwise the next file that is opened, such as the bus, gets the descriptor and
+ * everything that is written to the stream. Started programs inherit the streams closed.
  */
 void reserveStandardStreams();
 

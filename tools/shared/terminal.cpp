@@ -26,10 +26,10 @@ QByteArray escapeSequence(Style style)
     return {};
 }
 
-bool showsColours(std::FILE *channel)
+bool showsColours(std::FILE *stream)
 {
     const QByteArray terminal = qgetenv("TERM");
-    return isatty(fileno(channel)) && !terminal.isEmpty() && terminal != "dumb"
+    return isatty(fileno(stream)) && !terminal.isEmpty() && terminal != "dumb"
         && qEnvironmentVariableIsEmpty("NO_COLOR");
 }
 
@@ -47,14 +47,14 @@ QString shownOnOneLine(const QString &text)
     return shown;
 }
 
-void printLine(std::FILE *channel, const QString &line, Style style)
+void printLine(std::FILE *stream, const QString &line, Style style)
 {
     QByteArray text = line.toUtf8();
-    if (style != Style::Plain && showsColours(channel))
+    if (style != Style::Plain && showsColours(stream))
         text = escapeSequence(style) + text + "\033[0m";
     text += '\n';
-    std::fwrite(text.constData(), 1, static_cast<std::size_t>(text.size()), channel);
-    std::fflush(channel);
+    std::fwrite(text.constData(), 1, static_cast<std::size_t>(text.size()), stream);
+    std::fflush(stream);
 }
 
 } // namespace Tarnvel::Tools

@@ -9,33 +9,33 @@
 
 namespace Tarnvel::Tools {
 
-/*! \brief What a text is about; terminals show each in a colour of its own. */
+/*! \brief The meaning of a text; terminals show each in its own colour. */
 enum class Style {
     /*! Nothing in particular. */
     Plain,
-    /*! What went well. */
+    /*! Success. */
     Good,
-    /*! What failed or was refused. */
+    /*! A failure or a refusal. */
     Bad,
-    /*! What happened without being asked for. */
+    /*! An event that nobody asked for. */
     News,
-    /*! What matters less than its surroundings. */
+    /*! Less important than the text around it. */
     Aside,
 };
 
 /*!
- * \brief \a text without what could end the line or make a terminal do something.
+ * \brief \a text without characters that could end the line or control a terminal.
  *
- * Each such character is shown as the replacement character.
+ * Each is replaced by the Unicode replacement character.
  */
 QString shownOnOneLine(const QString &text);
 
 /*!
- * \brief Writes \a line and a line feed to \a channel, in UTF-8, at once.
+ * \brief Writes \a line and a line feed to \a stream, in UTF-8, at once.
  *
- * It is coloured if the channel is a terminal that knows colours, unless the variable NO_COLOR is
- * set and not empty.
+ * It is coloured if the stream is a terminal with colours, unless the variable NO_COLOR is set and
+ * not empty.
  */
-void printLine(std::FILE *channel, const QString &line, Style style = Style::Plain);
+void printLine(std::FILE *stream, const QString &line, Style style = Style::Plain);
 
 } // namespace Tarnvel::Tools

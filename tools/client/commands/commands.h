@@ -4,29 +4,33 @@
 #pragma once
 
 #include "command_line.h"
-#include "usage_failure.h"
+#include "failure.h"
 
 namespace Tarnvel::Client {
 
 /*!
  * \name The commands
  *
- * Each begins what \a commandLine asks for, and ends the event loop, with the exit status, when it
- * is done. A failure means that the arguments are not those of the command; nothing is begun then.
+ * Each does what \a commandLine asks for and returns when it is done. The process ends with the
+ * status of the returned failure.
  */
 /*! @{ */
 
 /*! \brief Prints the configuration, or one value, or the types of either. */
-Failure get(const CommandLine &commandLine);
+Tools::Failure get(const CommandLine &commandLine);
 
 /*! \brief Changes values. */
-Failure set(const CommandLine &commandLine);
+Tools::Failure set(const CommandLine &commandLine);
 
-/*! \brief Prints all values and then, until the bus is lost, each difference. */
-Failure watch(const CommandLine &commandLine);
+/*! \brief Prints all values and then each difference, until the bus is lost. */
+Tools::Failure watch(const CommandLine &commandLine);
 
-/*! \brief Prints what is there of all that a request needs, and what to do about the rest. */
-Failure check(const CommandLine &commandLine);
+/*!
+ * \brief Reports which prerequisites of a request are met, and what to do about the others.
+ *
+ * The returned failure has a message only if the arguments are wrong.
+ */
+Tools::Failure check(const CommandLine &commandLine);
 
 /*! @} */
 

@@ -3,7 +3,7 @@
 
 #include "commands.h"
 #include "output.h"
-#include "service/bus_state.h"
+#include "service/bus.h"
 #include "service/requests.h"
 #include "values/json.h"
 #include "values/path.h"
@@ -11,6 +11,7 @@
 namespace Tarnvel::Client {
 
 using Application::ManagedConfiguration::Configuration;
+using Tools::Failure;
 
 namespace {
 
@@ -29,25 +30,21 @@ void printValue(const QVariant &value, bool showsTypes)
 Failure get(const CommandLine &commandLine)
 {
     if (commandLine.arguments.size() > 1)
-        return usageFailure(QStringLiteral("get takes one path at most"));
+        return usageFailure(QStringLiteral("get takes at most one path"));
     Steps steps;
-    if (!commandLine.arguments.isEmpty()) {
-        const Failure failure = parsePath(commandLine.arguments.first(), &steps);
-        if (failure)
+    for (const QString &path : commandLine.arguments) {
+        if (const Failure failure = parsePath(path, &steps))
             return failure;
     }
     if (const Failure failure = openBus(commandLine.timeoutMs))
         return failure;
-    const bool showsTypes = commandLine.showsTypes;
-    readConfiguration(
-        commandLine.timeoutMs,
-        [steps, showsTypes](const Configuration &configuration, const Failure &failure) {
-            QVariant value;
-            const Failure outcome = failure ? failure : findValue(configuration, steps, &value);
-            if (!outcome)
-                printValue(value, showsTypes);
-            finish(outcome);
-        });
+    Configuration configuration;
+    if (const Failure failure = readConfiguration(commandLine.timeoutMs, &configuration))
+        return failure;
+    QVariant value;
+    if (const Failure failure = findValue(configuration, steps, &value))
+        return failure;
+    printValue(value, commandLine.showsTypes);
     return {};
 }
 

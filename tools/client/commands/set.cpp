@@ -2,60 +2,41 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
 #include "commands.h"
-#include "output.h"
-#include "service/bus_state.h"
+#include "service/bus.h"
 #include "service/requests.h"
 #include "values/assignment.h"
 
 namespace Tarnvel::Client {
 
 using Application::ManagedConfiguration::Configuration;
-
-namespace {
-
-// The change has what the service merges: whole values of the keys of the first level.
-Failure makeChange(const QList<Assignment> &assignments, Configuration configuration,
-                   Configuration *change)
-{
-    for (const Assignment &assignment : assignments) {
-        const Failure failure = assign(assignment, &configuration);
-        if (failure)
-            return failure;
-        const QString key = assignment.topLevelKey();
-        change->set(key, configuration.get(key));
-    }
-    return {};
-}
-
-} // namespace
+using Tools::Failure;
 
 Failure set(const CommandLine &commandLine)
 {
     if (commandLine.arguments.isEmpty())
-        return usageFailure(QStringLiteral("set needs something to set, such as PATH=VALUE"));
+        return usageFailure(QStringLiteral("set needs at least one PATH=VALUE"));
     QList<Assignment> assignments;
     for (const QString &argument : commandLine.arguments) {
         Assignment assignment;
-        const Failure failure = parseAssignment(argument, &assignment);
-        if (failure)
+        if (const Failure failure = parseAssignment(argument, &assignment))
             return failure;
         assignments.append(assignment);
     }
     if (const Failure failure = openBus(commandLine.timeoutMs))
         return failure;
-    const int timeoutMs = commandLine.timeoutMs;
-    readConfiguration(
-        timeoutMs,
-        [assignments, timeoutMs](const Configuration &configuration, const Failure &failure) {
-            Configuration change;
-            const Failure outcome = failure ? failure
-                                            : makeChange(assignments, configuration, &change);
-            if (outcome)
-                finish(outcome);
-            else
-                changeConfiguration(change, timeoutMs, finish);
-        });
-    return {};
+    Configuration configuration;
+    if (const Failure failure = readConfiguration(commandLine.timeoutMs, &configuration))
+        return failure;
+
+    // What the service merges are whole values of top-level keys.
+    Configuration change;
+    for (const Assignment &assignment : qAsConst(assignments)) {
+        if (const Failure failure = assign(assignment, &configuration))
+            return failure;
+        const QString key = assignment.steps.first().toKey();
+        change.set(key, configuration.get(key));
+    }
+    return changeConfiguration(commandLine.timeoutMs, change);
 }
 
 } // namespace Tarnvel::Client

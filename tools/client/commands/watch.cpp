@@ -4,149 +4,135 @@
 #include "commands.h"
 #include "endpoint.h"
 #include "output.h"
-#include "service/bus_state.h"
+#include "service/bus.h"
 #include "service/requests.h"
 #include "values/difference.h"
 
-#include <QtCore/QCoreApplication>
+#include <QtCore/QEventLoop>
+#include <QtCore/QQueue>
 #include <QtCore/QSocketNotifier>
 #include <QtDBus/QDBusConnection>
 #include <QtDBus/QDBusServiceWatcher>
 #include <Tarnvel/ManagedConfiguration/configuration_manager.h>
 
-#include <optional>
+#include <cstdlib>
 #include <unistd.h>
 
 namespace Tarnvel::Client {
 
 using Application::ManagedConfiguration::Configuration;
 using Application::ManagedConfiguration::ConfigurationManager;
+using Tools::Failure;
+using Tools::Style;
 
 namespace {
 
-Tools::Style styleOf(const QString &line)
+struct Event
 {
-    if (line.startsWith(QLatin1String("added")))
-        return Tools::Style::Good;
-    return line.startsWith(QLatin1String("removed")) ? Tools::Style::Bad : Tools::Style::News;
-}
+    enum Kind {
+        ChangeAnnounced,
+        ServiceGone,
+        ServiceReturned,
+    };
 
-} // namespace
+    Kind kind;
+    Configuration configuration;
+};
 
-class Watch : public QObject
+// Handles events one after the other: those that come while a request waits for its reply, too.
+class Watch
 {
-    Q_OBJECT
-
 public:
-    Watch(int timeoutMs, QObject *parent);
-
-private Q_SLOTS:
-    void endWithoutBus();
+    explicit Watch(int timeoutMs);
+    Failure run();
 
 private:
-    void start(const Configuration &configuration, const Failure &failure);
-    void followAnnouncement(const Configuration &configuration);
-    void followService(const QString &newOwner);
-    void readAgain(bool isAnnounced);
+    void add(const Event &event);
+    void handle(const Event &event);
     void show(const Configuration &configuration, bool isAnnounced);
 
     int m_timeoutMs;
-    // What is printed; nothing before the start.
-    std::optional<Leaves> m_leaves;
-    // Counts what is newer than an answer that is still under way.
-    int m_news = 0;
-    QDBusServiceWatcher m_serviceWatcher;
-    QSocketNotifier m_outputWatcher;
+    QDBusConnection m_bus = QDBusConnection::systemBus();
+    Leaves m_shown;
+    QQueue<Event> m_events;
+    QEventLoop m_loop;
 };
 
-Watch::Watch(int timeoutMs, QObject *parent)
-    : QObject(parent),
-      m_timeoutMs(timeoutMs),
-      m_serviceWatcher(QLatin1String(DBus::serviceName), QDBusConnection::systemBus(),
-                       QDBusServiceWatcher::WatchForOwnerChange),
-      m_outputWatcher(STDOUT_FILENO, QSocketNotifier::Exception)
+Watch::Watch(int timeoutMs) : m_timeoutMs(timeoutMs)
 {
-    connect(ConfigurationManager::instance(), &ConfigurationManager::configurationChanged, this,
-            &Watch::followAnnouncement);
-    connect(
-        &m_serviceWatcher, &QDBusServiceWatcher::serviceOwnerChanged, this,
-        [this](const QString &, const QString &, const QString &owner) { followService(owner); });
-    QDBusConnection::systemBus().connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
-                                         QStringLiteral("org.freedesktop.DBus.Local"),
-                                         QStringLiteral("Disconnected"), this,
-                                         SLOT(endWithoutBus()));
-    // Whoever reads may leave long before there is a change to write.
-    connect(&m_outputWatcher, &QSocketNotifier::activated, this, [] { finish({}); });
-    readConfiguration(timeoutMs,
-                      [this](const Configuration &configuration, const Failure &failure) {
-                          start(configuration, failure);
-                      });
+    QObject::connect(ConfigurationManager::instance(), &ConfigurationManager::configurationChanged,
+                     &m_loop, [this](const Configuration &configuration) {
+                         add({Event::ChangeAnnounced, configuration});
+                     });
+    m_bus.connect(QString(), QStringLiteral("/org/freedesktop/DBus/Local"),
+                  QStringLiteral("org.freedesktop.DBus.Local"), QStringLiteral("Disconnected"),
+                  &m_loop, SLOT(quit()));
 }
 
-void Watch::endWithoutBus()
+Failure Watch::run()
 {
-    finish({EX_UNAVAILABLE, QStringLiteral("the bus at %1 is lost").arg(busAddressText()),
-            QStringLiteral("start the bus, then this again")});
-}
+    // The reader may go long before there is a change to write.
+    QSocketNotifier outputWatcher(STDOUT_FILENO, QSocketNotifier::Exception);
+    QObject::connect(&outputWatcher, &QSocketNotifier::activated, &m_loop,
+                     [] { std::quick_exit(EX_OK); });
 
-void Watch::start(const Configuration &configuration, const Failure &failure)
-{
-    if (m_leaves)
-        return;
-    if (failure)
-        return finish(failure);
-    m_leaves = leavesOf(configuration);
-    for (auto leaf = m_leaves->begin(); leaf != m_leaves->end(); ++leaf)
+    Configuration configuration;
+    if (const Failure failure = readConfiguration(m_timeoutMs, &configuration))
+        return failure;
+    m_shown = leavesOf(configuration);
+    for (auto leaf = m_shown.cbegin(); leaf != m_shown.cend(); ++leaf)
         print(QStringLiteral("%1 = %2").arg(leaf.key(), leaf.value()));
+
+    // Not earlier: the bus may have started the service for the first request.
+    QDBusServiceWatcher serviceWatcher(QLatin1String(DBus::serviceName), m_bus);
+    QObject::connect(&serviceWatcher, &QDBusServiceWatcher::serviceOwnerChanged, &m_loop,
+                     [this](const QString &, const QString &, const QString &owner) {
+                         add({owner.isEmpty() ? Event::ServiceGone : Event::ServiceReturned, {}});
+                     });
+    while (m_bus.isConnected()) {
+        if (m_events.isEmpty())
+            m_loop.exec();
+        else
+            handle(m_events.dequeue());
+    }
+    return {EX_UNAVAILABLE, QStringLiteral("the bus at %1 is lost").arg(busAddressText()),
+            QStringLiteral("start the bus, then run this again")};
 }
 
-void Watch::followAnnouncement(const Configuration &configuration)
+void Watch::add(const Event &event)
 {
-    // An empty one may be one that could not be read.
-    if (!m_leaves || configuration.isEmpty())
-        return readAgain(true);
-    ++m_news;
-    show(configuration, true);
+    m_events.enqueue(event);
+    m_loop.quit();
 }
 
-void Watch::followService(const QString &newOwner)
+void Watch::handle(const Event &event)
 {
-    // The bus may start the service for the first request.
-    if (!m_leaves)
-        return;
-    if (newOwner.isEmpty())
+    if (event.kind == Event::ServiceGone)
         return printNote(QStringLiteral("the service has gone; waiting for it to return"));
-    printNote(QStringLiteral("the service has returned"));
-    readAgain(false);
-}
+    if (event.kind == Event::ServiceReturned)
+        printNote(QStringLiteral("the service has returned"));
 
-void Watch::readAgain(bool isAnnounced)
-{
-    const int news = ++m_news;
-    readConfiguration(
-        m_timeoutMs,
-        [this, news, isAnnounced](const Configuration &configuration, const Failure &failure) {
-            if (news != m_news)
-                return;
-            if (!m_leaves)
-                start(configuration, failure);
-            else if (failure)
-                report(failure);
-            else
-                show(configuration, isAnnounced);
-        });
+    Configuration configuration = event.configuration;
+    // An announced configuration that is empty may be one that could not be read.
+    if (configuration.isEmpty()) {
+        if (const Failure failure = readConfiguration(m_timeoutMs, &configuration))
+            return report(failure);
+    }
+    show(configuration, event.kind == Event::ChangeAnnounced);
 }
 
 void Watch::show(const Configuration &configuration, bool isAnnounced)
 {
     const Leaves leaves = leavesOf(configuration);
-    const QStringList lines = differences(*m_leaves, leaves);
-    m_leaves = leaves;
-    for (const QString &line : lines)
-        print(line, styleOf(line));
-    if (lines.isEmpty() && isAnnounced)
-        print(QStringLiteral("unchanged"), Tools::Style::Aside);
+    const QList<Difference> differences = differencesBetween(m_shown, leaves);
+    m_shown = leaves;
+    for (const Difference &difference : differences)
+        print(difference.text, difference.style);
+    if (differences.isEmpty() && isAnnounced)
+        print(QStringLiteral("unchanged"), Style::Aside);
 }
+
+} // namespace
 
 Failure watch(const CommandLine &commandLine)
 {
@@ -154,10 +140,7 @@ Failure watch(const CommandLine &commandLine)
         return usageFailure(QStringLiteral("watch takes no arguments"));
     if (const Failure failure = openBus(commandLine.timeoutMs))
         return failure;
-    new Watch(commandLine.timeoutMs, QCoreApplication::instance());
-    return {};
+    return Watch(commandLine.timeoutMs).run();
 }
 
 } // namespace Tarnvel::Client
-
-#include "watch.moc"

@@ -3,26 +3,28 @@
 
 #pragma once
 
-#include "usage_failure.h"
+#include "failure.h"
 
 #include <Tarnvel/ManagedConfiguration/configuration.h>
 
-#include <functional>
-
 namespace Tarnvel::Client {
 
-/*! \brief Takes what was read, or the reason why nothing was. */
-using ReadHandler = std::function<void(
-    const Application::ManagedConfiguration::Configuration &configuration, const Failure &failure)>;
+/*!
+ * \name Requests
+ *
+ * Each waits for the reply in an event loop of its own, for at most \a timeoutMs, and fails if
+ * there is none or it is an error. The bus must be open.
+ */
+/*! @{ */
 
-/*! \brief Takes the outcome of a change. */
-using ChangeHandler = std::function<void(const Failure &failure)>;
+/*! \brief Sets \a configuration to that of the application. */
+Tools::Failure readConfiguration(int timeoutMs,
+                                 Application::ManagedConfiguration::Configuration *configuration);
 
-/*! \brief Reads the configuration; \a handler is called once, after \a timeoutMs at the latest. */
-void readConfiguration(int timeoutMs, const ReadHandler &handler);
+/*! \brief Sends \a change. */
+Tools::Failure changeConfiguration(int timeoutMs,
+                                   const Application::ManagedConfiguration::Configuration &change);
 
-/*! \brief Sends \a change; \a handler is called once, after \a timeoutMs at the latest. */
-void changeConfiguration(const Application::ManagedConfiguration::Configuration &change,
-                         int timeoutMs, const ChangeHandler &handler);
+/*! @} */
 
 } // namespace Tarnvel::Client

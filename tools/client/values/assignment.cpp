@@ -3,11 +3,13 @@
 
 #include "assignment.h"
 
+#include "command_line.h"
 #include "json.h"
 
 namespace Tarnvel::Client {
 
 using namespace Application::ManagedConfiguration;
+using Tools::Failure;
 
 namespace {
 
@@ -17,50 +19,48 @@ Failure makeValue(const Assignment &assignment, std::optional<ValueType> present
     const QString path = pathText(assignment.steps, assignment.steps.size());
     const std::optional<ValueType> type = assignment.type ? assignment.type : presentType;
     if (!type)
-        return {EX_USAGE, QStringLiteral("%1 has no value yet that would tell its type").arg(path),
-                QStringLiteral("give the type, %1:TYPE=VALUE, which is one of %2")
-                    .arg(path, allTypeNames())};
-    QString mistake;
-    *value = valueFromText(*type, assignment.value, &mistake);
-    return value->isValid() ? Failure() : usageFailure(QStringLiteral("%1: %2").arg(path, mistake));
+        return {EX_USAGE, QStringLiteral("%1 has no value yet, so its type is not known").arg(path),
+                QStringLiteral("give the type, %1:TYPE=VALUE; --help lists the types").arg(path)};
+    Failure failure = parseValue(*type, assignment.value, value);
+    failure.location = path;
+    return failure;
 }
 
-// \a list is what stands before the item that is the last step.
+// \a list is at the step before the last, which is the position of the item.
 Failure replaceItem(const Assignment &assignment, QVariant *list)
 {
     const Steps &steps = assignment.steps;
+    const ValueType listType = typeOf(*list);
     QVariant item;
-    const Failure failure = makeValue(assignment, itemTypeOf(typeOf(*list)), &item);
-    if (failure)
+    if (const Failure failure = makeValue(assignment, itemTypeOf(listType), &item))
         return failure;
-    if (typeOf(item) != itemTypeOf(typeOf(*list)))
-        return usageFailure(QStringLiteral("%1 is of type %2, and its items are no others")
-                                .arg(pathText(steps, steps.size() - 1), typeName(typeOf(*list))));
+    if (typeOf(item) != itemTypeOf(listType))
+        return usageFailure(QStringLiteral("%1 holds %2; this item has another type")
+                                .arg(pathText(steps, steps.size() - 1), typeName(listType)));
     auto items = list->value<QVariantList>();
     items[steps.last().toIndex()] = item;
-    *list = makeList(typeOf(*list), items);
+    *list = makeList(listType, items);
     return {};
 }
 
-Failure assignBehind(const Assignment &assignment, int position, Configuration *configuration)
+Failure assignFrom(int position, const Assignment &assignment, Configuration *configuration)
 {
     const Steps &steps = assignment.steps;
     const QString key = steps.at(position).toKey();
     QVariant value = configuration->get(key);
-    const bool isPresent = value.isValid();
-    const bool isConfiguration = isPresent && typeOf(value) == ValueType::Configuration;
+    // A value that does not exist is as good as an empty configuration.
+    const bool canNest = typeOf(value) == ValueType::Configuration;
 
     Failure failure;
     if (position + 1 == steps.size()) {
         failure = makeValue(assignment,
-                            isPresent ? std::make_optional(typeOf(value)) : std::nullopt, &value);
-    } else if (steps.at(position + 1).type() == XpathAccess::Key
-               && (isConfiguration || !isPresent)) {
+                            value.isValid() ? std::optional(typeOf(value)) : std::nullopt, &value);
+    } else if (canNest && steps.at(position + 1).type() == XpathAccess::Key) {
         Configuration nested = Configuration::fromVariant(value);
-        failure = assignBehind(assignment, position + 1, &nested);
+        failure = assignFrom(position + 1, assignment, &nested);
         value = QVariant::fromValue(nested);
     } else {
-        // Only the last step can be an item, and it must be there.
+        // Only an item that exists, at the last step, can follow.
         QVariant present;
         failure = findValue(*configuration, steps.mid(position), &present);
         if (!failure)
@@ -73,17 +73,12 @@ Failure assignBehind(const Assignment &assignment, int position, Configuration *
 
 } // namespace
 
-QString Assignment::topLevelKey() const
-{
-    return steps.first().toKey();
-}
-
 Failure parseAssignment(const QString &text, Assignment *assignment)
 {
     const int equals = text.indexOf(QLatin1Char('='));
     if (equals < 0)
         return usageFailure(
-            QStringLiteral("\"%1\" is neither PATH=VALUE nor PATH:TYPE=VALUE").arg(text));
+            QStringLiteral("expected PATH=VALUE or PATH:TYPE=VALUE, found \"%1\"").arg(text));
     QString path = text.left(equals);
     const int colon = path.lastIndexOf(QLatin1Char(':'));
     if (colon >= 0)
@@ -96,7 +91,7 @@ Failure parseAssignment(const QString &text, Assignment *assignment)
 
 Failure assign(const Assignment &assignment, Configuration *configuration)
 {
-    return assignBehind(assignment, 0, configuration);
+    return assignFrom(0, assignment, configuration);
 }
 
 } // namespace Tarnvel::Client

@@ -3,8 +3,8 @@
 
 #pragma once
 
+#include "failure.h"
 #include "path.h"
-#include "usage_failure.h"
 #include "value_type.h"
 
 #include <QtCore/QString>
@@ -14,35 +14,32 @@
 
 namespace Tarnvel::Client {
 
-/*! \brief A value to be set: PATH=VALUE or PATH:TYPE=VALUE. */
+/*! \brief An argument of the command \c set: PATH=VALUE or PATH:TYPE=VALUE. */
 struct Assignment
 {
-    /*! The path; there is at least one step. */
+    /*! The path, of at least one step. */
     Steps steps;
-    /*! The type, if it is given. */
+    /*! The type; nullopt if it is not given. */
     std::optional<ValueType> type;
-    /*! What stands behind the "=". */
+    /*! The text after the "=". */
     QString value;
-
-    /*! \brief The key of the whole configuration under which the value lies. */
-    QString topLevelKey() const;
 };
 
 /*!
- * \brief Sets \a assignment to what \a text says.
+ * \brief Parses \a text.
  *
- * The first "=" ends the path, and a type is what stands behind the last ":" before it, if it has
- * a type's name.
+ * The first "=" ends the path. The text after the last ":" before it is the type, if it is the name
+ * of a type; otherwise it belongs to the path.
  */
-Failure parseAssignment(const QString &text, Assignment *assignment);
+Tools::Failure parseAssignment(const QString &text, Assignment *assignment);
 
 /*!
- * \brief Does \a assignment in \a configuration.
+ * \brief Changes \a configuration as \a assignment says.
  *
- * Without a type the value gets that of the present one. Nested configurations that the path needs
- * and that are not there are made; lists are not made and do not grow.
+ * Without a type, the value gets the type of the present one. Nested configurations on the path are
+ * created if they do not exist; lists are not, and do not grow.
  */
-Failure assign(const Assignment &assignment,
-               Application::ManagedConfiguration::Configuration *configuration);
+Tools::Failure assign(const Assignment &assignment,
+                      Application::ManagedConfiguration::Configuration *configuration);
 
 } // namespace Tarnvel::Client

@@ -10,6 +10,7 @@
 namespace Tarnvel::Client {
 
 using namespace Application::ManagedConfiguration;
+using Tools::Style;
 
 namespace {
 
@@ -35,24 +36,26 @@ Leaves leavesOf(const Configuration &configuration)
     return leaves;
 }
 
-QStringList differences(const Leaves &before, const Leaves &after)
+QList<Difference> differencesBetween(const Leaves &before, const Leaves &after)
 {
-    QStringList lines;
+    QList<Difference> differences;
     Leaves both = before;
     for (auto leaf = after.begin(); leaf != after.end(); ++leaf)
         both.insert(leaf.key(), leaf.value());
     for (auto leaf = both.begin(); leaf != both.end(); ++leaf) {
         const QString &path = leaf.key();
-        const QString present = after.value(path);
-        const QString former = before.value(path);
-        if (former.isNull())
-            lines.append(QStringLiteral("added: %1 = %2").arg(path, present));
-        else if (present.isNull())
-            lines.append(QStringLiteral("removed: %1 (was %2)").arg(path, former));
-        else if (present != former)
-            lines.append(QStringLiteral("changed: %1 = %2 (was %3)").arg(path, present, former));
+        const QString now = after.value(path);
+        const QString then = before.value(path);
+        if (then.isNull())
+            differences.append({QStringLiteral("added: %1 = %2").arg(path, now), Style::Good});
+        else if (now.isNull())
+            differences.append(
+                {QStringLiteral("removed: %1 (was %2)").arg(path, then), Style::Bad});
+        else if (now != then)
+            differences.append(
+                {QStringLiteral("changed: %1 = %2 (was %3)").arg(path, now, then), Style::News});
     }
-    return lines;
+    return differences;
 }
 
 } // namespace Tarnvel::Client

@@ -3,19 +3,18 @@
 
 #include "json.h"
 
+#include "command_line.h"
 #include "configuration_p.h"
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
-#include <QtCore/QRegularExpression>
-
-#include <limits>
 
 namespace Tarnvel::Client {
 
 using Application::ManagedConfiguration::Configuration;
 using Application::ManagedConfiguration::ConfigurationPrivate;
+using Tools::Failure;
 
 namespace {
 
@@ -29,135 +28,83 @@ QJsonObject convertEntries(const QVariant &configuration, QJsonValue (*convert)(
     return object;
 }
 
-QString text(const QJsonValue &value, QJsonDocument::JsonFormat format)
+Failure unexpected(const QString &expected, const QString &found)
 {
-    if (value.isObject())
-        return QString::fromUtf8(QJsonDocument(value.toObject()).toJson(format)).trimmed();
-    if (value.isArray())
-        return QString::fromUtf8(QJsonDocument(value.toArray()).toJson(format)).trimmed();
-    // A document is an object or an array; all else is an array's only item.
-    const QJsonDocument document(QJsonArray {value});
-    const QByteArray list = document.toJson(QJsonDocument::Compact);
-    return QString::fromUtf8(list.mid(1, list.size() - 2));
+    return usageFailure(QStringLiteral("expected %1, found %2").arg(expected, found));
 }
 
-bool isCarried(const QString &text)
+Failure readString(const QString &text, QVariant *value)
 {
-    return text.isValidUtf16() && !text.contains(QChar::Null);
-}
-
-QVariant refuse(QString *mistake, const QString &text)
-{
-    *mistake = text;
+    if (!text.isValidUtf16() || text.contains(QChar::Null))
+        return usageFailure(QStringLiteral("D-Bus cannot carry %1").arg(compactText(text)));
+    *value = text;
     return {};
 }
 
-QVariant configurationFrom(const QJsonObject &object, QString *mistake);
+Failure readValue(ValueType type, const QJsonValue &json, QVariant *value);
 
-QVariant integerFrom(double number, QString *mistake)
-{
-    using Limits = std::numeric_limits<int>;
-    const bool isInRange = number >= Limits::min() && number <= Limits::max();
-    if (!isInRange || static_cast<int>(number) != number)
-        return refuse(mistake, QStringLiteral("%1 is no 32-bit integer").arg(number));
-    return static_cast<int>(number);
-}
-
-QVariant scalarFrom(const QJsonValue &value, QString *mistake)
-{
-    if (value.isBool())
-        return value.toBool();
-    if (value.isDouble())
-        return integerFrom(value.toDouble(), mistake);
-    if (!value.isString())
-        return refuse(
-            mistake, QStringLiteral("%1 is no integer, boolean or string").arg(compactText(value)));
-    if (!isCarried(value.toString()))
-        return refuse(mistake, QStringLiteral("D-Bus does not carry %1").arg(compactText(value)));
-    return value.toString();
-}
-
-QVariant listFrom(ValueType type, const QJsonArray &array, QString *mistake)
+Failure readList(ValueType type, const QJsonArray &array, QVariant *value)
 {
     QVariantList items;
-    for (const QJsonValue &value : array) {
-        const QVariant item = scalarFrom(value, mistake);
-        if (!item.isValid())
-            return {};
-        if (typeOf(item) != itemTypeOf(type))
-            return refuse(mistake,
-                          QStringLiteral("%1 does not belong into a list of type %2")
-                              .arg(compactText(value), typeName(type)));
+    for (const QJsonValue &json : array) {
+        QVariant item;
+        if (const Failure failure = readValue(*itemTypeOf(type), json, &item))
+            return failure;
         items.append(item);
     }
-    return makeList(type, items);
+    *value = makeList(type, items);
+    return {};
 }
 
-ValueType listTypeOf(const QJsonArray &array)
+ValueType typeOfJson(const QJsonValue &json)
 {
-    if (array.first().isDouble())
-        return ValueType::Ints;
-    return array.first().isBool() ? ValueType::Bools : ValueType::Strings;
+    switch (json.type()) {
+    case QJsonValue::Bool:
+        return ValueType::Bool;
+    case QJsonValue::Double:
+        return ValueType::Int;
+    case QJsonValue::Object:
+        return ValueType::Configuration;
+    case QJsonValue::Array:
+        return listTypeOf(typeOfJson(json.toArray().at(0)));
+    default:
+        return ValueType::String;
+    }
 }
 
-QVariant valueFrom(const QJsonValue &value, QString *mistake)
-{
-    if (value.isObject())
-        return configurationFrom(value.toObject(), mistake);
-    if (!value.isArray())
-        return scalarFrom(value, mistake);
-    const QJsonArray array = value.toArray();
-    return listFrom(array.isEmpty() ? ValueType::Strings : listTypeOf(array), array, mistake);
-}
-
-QVariant configurationFrom(const QJsonObject &object, QString *mistake)
+Failure readConfiguration(const QJsonObject &object, QVariant *value)
 {
     Configuration configuration;
     for (auto member = object.begin(); member != object.end(); ++member) {
-        if (!isCarried(member.key()))
-            return refuse(
-                mistake,
-                QStringLiteral("D-Bus does not carry the key %1").arg(compactText(member.key())));
-        const QVariant value = valueFrom(member.value(), mistake);
-        if (!value.isValid())
-            return {};
-        configuration.set(member.key(), value);
+        QVariant key;
+        QVariant entry;
+        if (const Failure failure = readString(member.key(), &key))
+            return failure;
+        if (const Failure failure = readValue(typeOfJson(member.value()), member.value(), &entry))
+            return failure;
+        configuration.set(member.key(), entry);
     }
-    return QVariant::fromValue(configuration);
+    *value = QVariant::fromValue(configuration);
+    return {};
 }
 
-QVariant parseInteger(const QString &text, QString *mistake)
+Failure readValue(ValueType type, const QJsonValue &json, QVariant *value)
 {
-    static const QRegularExpression form(QStringLiteral("^-?[0-9]+$"));
-    bool isInRange = false;
-    const int number = text.toInt(&isInRange, 10);
-    if (!form.match(text).hasMatch() || !isInRange)
-        return refuse(mistake, QStringLiteral("\"%1\" is no 32-bit integer").arg(text));
-    return number;
-}
+    if (json.isNull())
+        return usageFailure(QStringLiteral("a value cannot be null"));
+    if (type == ValueType::Configuration && json.isObject())
+        return readConfiguration(json.toObject(), value);
+    if (itemTypeOf(type) && json.isArray())
+        return readList(type, json.toArray(), value);
+    if (type == ValueType::String && json.isString())
+        return readString(json.toString(), value);
 
-QVariant parseBoolean(const QString &text, QString *mistake)
-{
-    if (text != QLatin1String("true") && text != QLatin1String("false"))
-        return refuse(mistake, QStringLiteral("\"%1\" is neither true nor false").arg(text));
-    return text == QLatin1String("true");
-}
-
-QVariant parseDocument(ValueType type, const QString &text, QString *mistake)
-{
-    QJsonParseError error;
-    const QJsonDocument document = QJsonDocument::fromJson(text.toUtf8(), &error);
-    if (error.error != QJsonParseError::NoError)
-        return refuse(mistake,
-                      QStringLiteral("\"%1\" is no JSON: %2").arg(text, error.errorString()));
-    const bool isConfiguration = type == ValueType::Configuration;
-    if (document.isObject() != isConfiguration)
-        return refuse(
-            mistake,
-            QStringLiteral("\"%1\" is no JSON %2")
-                .arg(text, isConfiguration ? QStringLiteral("object") : QStringLiteral("list")));
-    return isConfiguration ? configurationFrom(document.object(), mistake)
-                           : listFrom(type, document.array(), mistake);
+    const bool isBool = type == ValueType::Bool && json.isBool();
+    const bool isInt = type == ValueType::Int && json.isDouble() && json.toDouble() == json.toInt();
+    if (!isBool && !isInt)
+        return unexpected(typeDescription(type), compactText(json));
+    *value = isBool ? QVariant(json.toBool()) : QVariant(json.toInt());
+    return {};
 }
 
 } // namespace
@@ -180,26 +127,34 @@ QJsonValue toJsonOfTypes(const QVariant &value)
 
 QString compactText(const QJsonValue &value)
 {
-    return text(value, QJsonDocument::Compact);
+    // A document is an object or a list: any other value has to be an item.
+    const QByteArray list = QJsonDocument(QJsonArray {value}).toJson(QJsonDocument::Compact);
+    return QString::fromUtf8(list.mid(1, list.size() - 2));
 }
 
 QString indentedText(const QJsonValue &value)
 {
-    return text(value, QJsonDocument::Indented);
+    if (!value.isObject() && !value.isArray())
+        return compactText(value);
+    const QJsonDocument document = value.isObject() ? QJsonDocument(value.toObject())
+                                                    : QJsonDocument(value.toArray());
+    return QString::fromUtf8(document.toJson().trimmed());
 }
 
-QVariant valueFromText(ValueType type, const QString &text, QString *mistake)
+Failure parseValue(ValueType type, const QString &text, QVariant *value)
 {
-    switch (type) {
-    case ValueType::Int:
-        return parseInteger(text, mistake);
-    case ValueType::Bool:
-        return parseBoolean(text, mistake);
-    case ValueType::String:
-        return text;
-    default:
-        return parseDocument(type, text, mistake);
+    if (type == ValueType::String) {
+        *value = text;
+        return {};
     }
+    QJsonParseError error;
+    const QJsonArray list = QJsonDocument::fromJson('[' + text.toUtf8() + ']', &error).array();
+    if (list.size() == 1)
+        return readValue(type, list.first(), value);
+    QString found = QLatin1Char('"') + text + QLatin1Char('"');
+    if (error.error != QJsonParseError::NoError)
+        found += QStringLiteral(": ") + error.errorString();
+    return unexpected(typeDescription(type), found);
 }
 
 } // namespace Tarnvel::Client

@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "failure.h"
 #include "value_type.h"
 
 #include <QtCore/QJsonValue>
@@ -11,27 +12,24 @@
 
 namespace Tarnvel::Client {
 
-/*! \brief \a value as JSON: nothing is lost but the type of an empty list. */
+/*! \brief \a value as JSON: only the type of an empty list is lost. */
 QJsonValue toJson(const QVariant &value);
 
-/*! \brief The types in \a value: objects stay, all else becomes the name of its type. */
+/*! \brief The types in \a value: objects stay, everything else becomes the name of its type. */
 QJsonValue toJsonOfTypes(const QVariant &value);
 
 /*! \brief \a value on one line. */
 QString compactText(const QJsonValue &value);
 
-/*! \brief \a value with each member and item on a line of its own, without a line feed behind. */
+/*! \brief \a value with each member and item on its own line, without a final line feed. */
 QString indentedText(const QJsonValue &value);
 
 /*!
- * \brief The value of \a type that \a text describes.
+ * \brief Sets \a value to the value of \a type in \a text, an argument of the command line.
  *
- * Integers are decimal, booleans "true" or "false", and a string is taken as it is. A list is a
- * JSON list. A configuration is a JSON object of integers, booleans, strings, lists of one of
- * these, and objects; an empty list in it is one of strings.
- *
- * If \a text describes none, the result is invalid and \a mistake says why.
+ * A string is the text itself; everything else is JSON. The values of a JSON object are integers,
+ * booleans, strings, objects, and lists of one of the first three; an empty list is one of strings.
  */
-QVariant valueFromText(ValueType type, const QString &text, QString *mistake);
+Tools::Failure parseValue(ValueType type, const QString &text, QVariant *value);
 
 } // namespace Tarnvel::Client

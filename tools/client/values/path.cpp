@@ -5,46 +5,51 @@
 
 #include "json.h"
 
-#include <QtCore/QtGlobal>
-
 #include <algorithm>
+#include <sysexits.h>
 
 namespace Tarnvel::Client {
 
 using namespace Application::ManagedConfiguration;
+using Tools::Failure;
 
 namespace {
 
-// One message is enough, and it is ours.
-void ignoreMessage(QtMsgType, const QMessageLogContext &, const QString &) { }
-
-bool isUnclear(QChar character)
+bool isAmbiguous(QChar character)
 {
     static const QString marks = QStringLiteral("/[]=:\"");
     const bool isVisible = character.isPrint() || character.isSurrogate();
     return !isVisible || marks.contains(character);
 }
 
-Failure takeItem(QVariant *value, int index, const QString &place)
+Failure noValue(const QString &reason)
+{
+    return {EX_NOINPUT, QStringLiteral("no such path: ") + reason,
+            QStringLiteral("\"get\" shows what exists; keys are case-sensitive")};
+}
+
+Failure takeItem(int index, const QString &path, QVariant *value)
 {
     if (!itemTypeOf(typeOf(*value)))
-        return pathFailure(QStringLiteral("%1 is no list").arg(place));
+        return noValue(QStringLiteral("%1 is not a list").arg(path));
     const auto items = value->value<QVariantList>();
     if (index >= items.size())
-        return pathFailure(
-            QStringLiteral("the items of %1 number %2").arg(place).arg(items.size()));
+        return noValue(
+            QStringLiteral("%1 has only %2 %3")
+                .arg(path, QString::number(items.size()),
+                     items.size() == 1 ? QStringLiteral("item") : QStringLiteral("items")));
     *value = items.at(index);
     return {};
 }
 
-Failure takeEntry(QVariant *value, const QString &key, const QString &place)
+Failure takeEntry(const QString &key, const QString &path, QVariant *value)
 {
-    const QString owner = place.isEmpty() ? QStringLiteral("the configuration") : place;
+    const QString owner = path.isEmpty() ? QStringLiteral("the configuration") : path;
     if (typeOf(*value) != ValueType::Configuration)
-        return pathFailure(QStringLiteral("%1 has no keys").arg(owner));
+        return noValue(QStringLiteral("%1 has no keys").arg(owner));
     const Configuration configuration = Configuration::fromVariant(*value);
     if (!configuration.containsKey(key))
-        return pathFailure(QStringLiteral("%1 has no key %2").arg(owner, compactText(key)));
+        return noValue(QStringLiteral("%1 has no key %2").arg(owner, compactText(key)));
     *value = configuration.get(key);
     return {};
 }
@@ -53,14 +58,12 @@ Failure takeEntry(QVariant *value, const QString &key, const QString &place)
 
 Failure parsePath(const QString &path, Steps *steps)
 {
-    const QtMessageHandler previous = qInstallMessageHandler(ignoreMessage);
     *steps = Xpath(path).accesses();
-    qInstallMessageHandler(previous);
     if (!steps->isEmpty())
         return {};
-    return {EX_USAGE, QStringLiteral("\"%1\" is no path").arg(path),
-            QStringLiteral("write keys with \"/\" between them, and \"[POSITION]\", counted from "
-                           "0, behind the key of a list, such as window/sizes[0]")};
+    return {EX_USAGE, QStringLiteral("\"%1\" is not a path").arg(path),
+            QStringLiteral("separate keys with \"/\"; an item of a list is its key and "
+                           "\"[POSITION]\", counted from 0: window/sizes[0]")};
 }
 
 Failure findValue(const Configuration &configuration, const Steps &steps, QVariant *value)
@@ -68,20 +71,14 @@ Failure findValue(const Configuration &configuration, const Steps &steps, QVaria
     *value = QVariant::fromValue(configuration);
     for (int position = 0; position < steps.size(); ++position) {
         const XpathAccess &step = steps.at(position);
-        const QString place = pathText(steps, position);
+        const QString path = pathText(steps, position);
         const Failure failure = step.type() == XpathAccess::Index
-            ? takeItem(value, step.toIndex(), place)
-            : takeEntry(value, step.toKey(), place);
+            ? takeItem(step.toIndex(), path, value)
+            : takeEntry(step.toKey(), path, value);
         if (failure)
             return failure;
     }
     return {};
-}
-
-Failure pathFailure(const QString &reason)
-{
-    return {EX_NOINPUT, QStringLiteral("no such path: ") + reason,
-            QStringLiteral("\"get\" shows what there is; large and small letters differ")};
 }
 
 QString pathText(const Steps &steps, int count)
@@ -99,7 +96,7 @@ QString pathText(const Steps &steps, int count)
 
 QString keyText(const QString &key)
 {
-    const bool isClear = !key.isEmpty() && std::none_of(key.begin(), key.end(), isUnclear)
+    const bool isClear = !key.isEmpty() && std::none_of(key.begin(), key.end(), isAmbiguous)
         && key.trimmed() == key;
     return isClear ? key : compactText(key);
 }

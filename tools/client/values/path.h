@@ -3,7 +3,7 @@
 
 #pragma once
 
-#include "usage_failure.h"
+#include "failure.h"
 
 #include <QtCore/QList>
 #include <QtCore/QString>
@@ -13,31 +13,20 @@
 
 namespace Tarnvel::Client {
 
-/*! \brief The steps of a path, as Xpath finds them. */
+/*! \brief The steps of a path. */
 using Steps = QList<Application::ManagedConfiguration::XpathAccess>;
 
-/*! \brief Sets \a steps to those of \a path; a failure if it is no path. */
-Failure parsePath(const QString &path, Steps *steps);
+/*! \brief Sets \a steps to those of \a path. If it is not a path, a logged warning says why. */
+Tools::Failure parsePath(const QString &path, Steps *steps);
 
-/*!
- * \brief Sets \a value to that to which \a steps lead in \a configuration.
- *
- * A failure if they lead to none, which says where the way ends.
- */
-Failure findValue(const Application::ManagedConfiguration::Configuration &configuration,
-                  const Steps &steps, QVariant *value);
+/*! \brief Sets \a value to the value at \a steps in \a configuration. */
+Tools::Failure findValue(const Application::ManagedConfiguration::Configuration &configuration,
+                         const Steps &steps, QVariant *value);
 
-/*! \brief The failure of a path that does not go on, because of \a reason. */
-Failure pathFailure(const QString &reason);
-
-/*! \brief The first \a count of \a steps as a path for people; see keyText(). */
+/*! \brief The first \a count of \a steps as a path to be read by people; see keyText(). */
 QString pathText(const Steps &steps, int count);
 
-/*!
- * \brief \a key as it stands in a path, or as a JSON string.
- *
- * It is a JSON string if it holds something that would not be clear in a path or on one line.
- */
+/*! \brief \a key as it is, or as a JSON string if it would be ambiguous in a path or on a line. */
 QString keyText(const QString &key);
 
 } // namespace Tarnvel::Client

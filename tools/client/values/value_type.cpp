@@ -4,27 +4,37 @@
 #include "value_type.h"
 
 #include <QtCore/QList>
-#include <QtCore/QStringList>
+
+#include <algorithm>
+#include <iterator>
 
 namespace Tarnvel::Client {
 
 namespace {
 
-struct NamedType
+struct TypeInfo
 {
     ValueType type;
     const char *name;
+    const char *description;
+    std::optional<ValueType> itemType;
 };
 
-constexpr NamedType namedTypes[] = {
-    {ValueType::Int, "int"},
-    {ValueType::Bool, "bool"},
-    {ValueType::String, "string"},
-    {ValueType::Ints, "ints"},
-    {ValueType::Bools, "bools"},
-    {ValueType::Strings, "strings"},
-    {ValueType::Configuration, "configuration"},
+constexpr TypeInfo typeInfos[] = {
+    {ValueType::Int, "int", "a 32-bit integer", {}},
+    {ValueType::Bool, "bool", "true or false", {}},
+    {ValueType::String, "string", "a string", {}},
+    {ValueType::Ints, "ints", "a list of integers", ValueType::Int},
+    {ValueType::Bools, "bools", "a list of booleans", ValueType::Bool},
+    {ValueType::Strings, "strings", "a list of strings", ValueType::String},
+    {ValueType::Configuration, "configuration", "a JSON object", {}},
 };
+
+const TypeInfo &infoOf(ValueType type)
+{
+    return *std::find_if(std::begin(typeInfos), std::end(typeInfos),
+                         [type](const TypeInfo &info) { return info.type == type; });
+}
 
 template<typename T>
 QVariant makeTypedList(const QVariantList &items)
@@ -39,26 +49,19 @@ QVariant makeTypedList(const QVariantList &items)
 
 QString typeName(ValueType type)
 {
-    for (const NamedType &entry : namedTypes) {
-        if (entry.type == type)
-            return QString::fromLatin1(entry.name);
-    }
-    Q_UNREACHABLE();
+    return QLatin1String(infoOf(type).name);
 }
 
-QString allTypeNames()
+QString typeDescription(ValueType type)
 {
-    QStringList names;
-    for (const NamedType &entry : namedTypes)
-        names.append(QString::fromLatin1(entry.name));
-    return names.join(QStringLiteral(", "));
+    return QLatin1String(infoOf(type).description);
 }
 
 std::optional<ValueType> typeFromName(const QString &name)
 {
-    for (const NamedType &entry : namedTypes) {
-        if (name == QLatin1String(entry.name))
-            return entry.type;
+    for (const TypeInfo &info : typeInfos) {
+        if (name == QLatin1String(info.name))
+            return info.type;
     }
     return std::nullopt;
 }
@@ -83,16 +86,14 @@ ValueType typeOf(const QVariant &value)
 
 std::optional<ValueType> itemTypeOf(ValueType type)
 {
-    switch (type) {
-    case ValueType::Ints:
-        return ValueType::Int;
-    case ValueType::Bools:
-        return ValueType::Bool;
-    case ValueType::Strings:
-        return ValueType::String;
-    default:
-        return std::nullopt;
-    }
+    return infoOf(type).itemType;
+}
+
+ValueType listTypeOf(ValueType itemType)
+{
+    if (itemType == ValueType::Int)
+        return ValueType::Ints;
+    return itemType == ValueType::Bool ? ValueType::Bools : ValueType::Strings;
 }
 
 QVariant makeList(ValueType type, const QVariantList &items)
@@ -103,7 +104,7 @@ QVariant makeList(ValueType type, const QVariantList &items)
     case ValueType::Bools:
         return makeTypedList<bool>(items);
     default:
-        // A list of strings that is read has this form, too.
+        // A list of strings that is read has this form too.
         return QVariant(items).toStringList();
     }
 }
