@@ -73,7 +73,7 @@ void ClientRequestsTest::init()
 {
     m_fixture.service.stop();
     QVERIFY(m_fixture.service.start());
-    m_fixture.service.answerWith("({'zoom': <100>, 'n': <@a{sv} {'x': <1>, 'y': <[1, 2]>}>},)");
+    m_fixture.service.replyWith("({'zoom': <100>, 'n': <@a{sv} {'x': <1>, 'y': <[1, 2]>}>},)");
 }
 
 void ClientRequestsTest::helpAndVersionArePrinted()
@@ -119,12 +119,12 @@ void ClientRequestsTest::errorHasItsStatusReasonAndHint()
                                 .arg(status == 1 ? "the service or the bus failed"
                                                  : "the service refused",
                                      QString::number(status), name);
-    m_fixture.service.answerWithError(error, "");
+    m_fixture.service.replyWithError(error, "");
     const Outcome reading = runClient({"get"});
     QVERIFY2(reading.errors.startsWith(message + "no reason given\n"), qPrintable(reading.errors));
     QCOMPARE(reading.status, status);
 
-    m_fixture.service.answerThrough([error](const auto &call) {
+    m_fixture.service.replyThrough([error](const auto &call) {
         if (call.method() == "GetConfiguration")
             call.reply(parseValue("({'zoom': <100>},)"));
         else
@@ -141,7 +141,7 @@ void ClientRequestsTest::errorHasItsStatusReasonAndHint()
 
 void ClientRequestsTest::replyIsAwaitedForTheTimeoutOnly()
 {
-    m_fixture.service.answerThrough([](const auto &) {});
+    m_fixture.service.replyThrough([](const auto &) {});
     Outcome outcome;
     // A busy machine needs more time to open the bus.
     for (double timeout = 0.5; timeout < 20; timeout *= 2) {
@@ -156,7 +156,7 @@ void ClientRequestsTest::replyIsAwaitedForTheTimeoutOnly()
 
 void ClientRequestsTest::serviceThatGoesDuringAChangeLeavesItUnknown()
 {
-    m_fixture.service.answerThrough([this](const auto &call) {
+    m_fixture.service.replyThrough([this](const auto &call) {
         if (call.method() == "GetConfiguration")
             call.reply(parseValue("({'zoom': <100>},)"));
         else

@@ -33,7 +33,7 @@ private:
 
 void ClientStreamsTest::init()
 {
-    m_fixture.service.answerWith("({'a': <1>, 'z': <0>},)");
+    m_fixture.service.replyWith("({'a': <1>, 'z': <0>},)");
 }
 
 Outcome ClientStreamsTest::runInShell(const QString &script)
@@ -60,7 +60,7 @@ void ClientStreamsTest::readerThatLeavesIsNoFailure()
 {
     // More than a pipe holds.
     const QString text(200000, 'x');
-    m_fixture.service.answerWith(QStringLiteral("({'a': <'%1'>, 'z': <0>},)").arg(text));
+    m_fixture.service.replyWith(QStringLiteral("({'a': <'%1'>, 'z': <0>},)").arg(text));
     const Outcome outcome = runInShell(QTest::currentDataTag());
     QTEST(outcome.output, "output");
     QCOMPARE(outcome.errors, QString());

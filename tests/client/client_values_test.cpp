@@ -46,7 +46,7 @@ private:
 void ClientValuesTest::init()
 {
     m_earlierCalls = m_fixture.service.calls().size();
-    m_fixture.service.answerWith(
+    m_fixture.service.replyWith(
         "({'zoom': <100>, 'on': <true>, 'theme': <'dark'>, 'sizes': <[1, 2, 3]>, 'flags': "
         "<[true]>, "
         "'names': <['a', 'b c']>, 'window': <@a{sv} {'width': <-2147483648>, 'edges': <[5, 6]>, "
@@ -67,7 +67,7 @@ QStringList ClientValuesTest::changes() const
 
 void ClientValuesTest::configurationIsPrintedAsJson()
 {
-    m_fixture.service.answerWith("({'b': <@a{sv} {'d': <[true]>, 'c': <'x'>}>, 'B': <-1>},)");
+    m_fixture.service.replyWith("({'b': <@a{sv} {'d': <[true]>, 'c': <'x'>}>, 'B': <-1>},)");
     QCOMPARE(runClient({"get"}).output, QString(R"({
     "B": -1,
     "b": {
@@ -86,7 +86,7 @@ void ClientValuesTest::configurationIsPrintedAsJson()
     }
 }
 )"));
-    m_fixture.service.answerWith("(@a{sv} {},)");
+    m_fixture.service.replyWith("(@a{sv} {},)");
     QCOMPARE(runClient({"get"}).output, QString("{\n}\n"));
 }
 
@@ -124,7 +124,7 @@ void ClientValuesTest::valueAtPathIsPrinted()
 
 void ClientValuesTest::valuesAreSentWithTheirTypes()
 {
-    m_fixture.service.answerWith(
+    m_fixture.service.replyWith(
         "({'bool': <true>, 'bools': <[true]>, 'config': <@a{sv} {}>, 'int': <1>, 'ints': <[1]>, "
         "'string': <'x'>, 'strings': <['x']>, 'no bools': <[true]>, 'no config': <{'x': <1>}>, "
         "'no ints': <[1]>, 'no string': <'x'>, 'no strings': <['x']>, 'retyped': <1>, "
@@ -273,7 +273,7 @@ void ClientValuesTest::syntaxIsCheckedWithoutABus()
 
 void ClientValuesTest::textIsUtf8InEveryLocale()
 {
-    m_fixture.service.answerWith("({'é': <'ü'>},)");
+    m_fixture.service.replyWith("({'é': <'ü'>},)");
     Program shell("/bin/sh");
     shell.setVariable("LC_ALL", "C");
     const Outcome outcome = shell.run(

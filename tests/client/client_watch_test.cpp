@@ -54,13 +54,13 @@ void ClientWatchTest::cleanup()
 
 void ClientWatchTest::start(const QString &configuration)
 {
-    m_fixture.service.answerWith(configuration);
+    m_fixture.service.replyWith(configuration);
     m_watch->start(clientArguments({"watch"}));
 }
 
 void ClientWatchTest::announce(const QString &configuration)
 {
-    m_fixture.service.answerWith(configuration);
+    m_fixture.service.replyWith(configuration);
     m_fixture.service.announceChange(BusFixture::path);
 }
 
@@ -86,8 +86,8 @@ void ClientWatchTest::allValuesArePrintedAtTheStart()
 
 void ClientWatchTest::refusalAtTheStartEndsIt()
 {
-    m_fixture.service.answerWithError("org.brenvik.ManagedConfiguration.Error.InvalidUserId",
-                                      "who?");
+    m_fixture.service.replyWithError("org.brenvik.ManagedConfiguration.Error.InvalidUserId",
+                                     "who?");
     const Outcome outcome = m_watch->run(clientArguments({"watch"}));
     QVERIFY2(outcome.errors.contains("error 7, InvalidUserId: who?\n"), qPrintable(outcome.errors));
     QCOMPARE(outcome.output, QString());
@@ -119,7 +119,7 @@ void ClientWatchTest::announcedEmptyConfigurationIsReadAgain()
     QCOMPARE(m_watch->readLine(), QString("removed: z (was 0)"));
     announce("({'z': <0>},)");
     QCOMPARE(m_watch->readLine(), QString("added: z = 0"));
-    m_fixture.service.answerWithError("org.brenvik.ManagedConfiguration.Error.Internal", "no disk");
+    m_fixture.service.replyWithError("org.brenvik.ManagedConfiguration.Error.Internal", "no disk");
     m_fixture.service.announceChange(BusFixture::path);
     QCOMPARE(m_watch->readErrorLine(),
              QString("managed-configuration: the service or the bus failed with error 1, Internal: "
@@ -139,7 +139,7 @@ void ClientWatchTest::announcementDuringTheFirstReadIsNotLost_data()
 void ClientWatchTest::announcementDuringTheFirstReadIsNotLost()
 {
     QFETCH(int, first);
-    m_fixture.service.answerThrough([this](const auto &call) {
+    m_fixture.service.replyThrough([this](const auto &call) {
         m_replies.append([call](const QString &values) { call.reply(parseValue(values)); });
     });
     m_watch->start(clientArguments({"watch"}));
@@ -159,7 +159,7 @@ void ClientWatchTest::serviceIsFollowedWhenItGoesAndReturns()
     m_fixture.service.stop();
     QCOMPARE(m_watch->readErrorLine(),
              QString("managed-configuration: the service has gone; waiting for it to return"));
-    m_fixture.service.answerWith("({'z': <1>},)");
+    m_fixture.service.replyWith("({'z': <1>},)");
     QVERIFY(m_fixture.service.start());
     QCOMPARE(m_watch->readErrorLine(), QString("managed-configuration: the service has returned"));
     QCOMPARE(m_watch->readLine(), QString("changed: z = 1 (was 0)"));

@@ -94,7 +94,7 @@ void CompletionTest::clientArgumentsAreCompleted()
 {
     QFETCH(QString, line);
     QFETCH(QString, offered);
-    m_fixture.service.answerWith(
+    m_fixture.service.replyWith(
         "({'theme': <'x\": '>, 'two words': <1>, 'a/b': <1>, 'q\"': <@a{sv} {'no': <1>}>, "
         "'names': <['n\": 1', 'm']>, 'window': <@a{sv} {'width': <1>, 'deep': <@a{sv} "
         "{'x': <true>}>}>},)");

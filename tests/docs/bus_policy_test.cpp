@@ -192,7 +192,7 @@ private Q_SLOTS:
     {
         FakeService service(qEnvironmentVariable(busAddressVariable));
         QVERIFY(service.start());
-        service.answerWith("({'key': <7>},)");
+        service.replyWith("({'key': <7>},)");
         QCoreApplication::setApplicationName("viewer");
         ConfigurationManager manager;
         const Announcements announcements(manager);

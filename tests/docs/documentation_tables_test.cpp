@@ -238,7 +238,7 @@ private:
     // The value that the library reads if the service keeps this one.
     QVariant read(const QString &wire)
     {
-        m_service.answerWith(QStringLiteral("({'key': <%1>, 'other': <1>},)").arg(wire));
+        m_service.replyWith(QStringLiteral("({'key': <%1>, 'other': <1>},)").arg(wire));
         Answers answers;
         ConfigurationManager::instance()->getConfiguration(answers.forReading());
         if (!answers.waitFor(1) || answers.at(0).configuration.get("other") != 1)
@@ -251,7 +251,7 @@ private:
     {
         Configuration configuration;
         configuration.set("key", value);
-        m_service.answerWith("()");
+        m_service.replyWith("()");
         Answers answers;
         ConfigurationManager::instance()->changeConfiguration(configuration, answers.forChanging());
         if (!answers.waitFor(1) || answers.at(0).error)
@@ -264,7 +264,7 @@ private:
     {
         QCoreApplication::setOrganizationName(organization);
         QCoreApplication::setApplicationName(application);
-        m_service.answerWith("(@a{sv} {},)");
+        m_service.replyWith("(@a{sv} {},)");
         ConfigurationManager manager;
         Answers answers;
         manager.getConfiguration(answers.forReading());

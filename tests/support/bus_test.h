@@ -26,7 +26,7 @@ protected Q_SLOTS:
     virtual void init()
     {
         m_service.reset();
-        m_service.answerWith(QStringLiteral("({'key': <7>},)"));
+        m_service.replyWith(QStringLiteral("({'key': <7>},)"));
         if (!m_service.start())
             qFatal("the service did not start");
     }

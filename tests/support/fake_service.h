@@ -72,24 +72,24 @@ public:
         m_service.emplace([this](const MethodCall &call) { receive(call); });
         m_calls.clear();
         m_unanswered.clear();
-        answerWith(QStringLiteral("(@a{sv} {},)"));
+        replyWith(QStringLiteral("(@a{sv} {},)"));
     }
 
     /*! \brief From now on, answers every call with \a values. */
-    void answerWith(const QString &values)
+    void replyWith(const QString &values)
     {
         const std::shared_ptr<GVariant> body(parseValue(values), g_variant_unref);
-        answerThrough([body](const MethodCall &call) { call.reply(body.get()); });
+        replyThrough([body](const MethodCall &call) { call.reply(body.get()); });
     }
 
     /*! \brief From now on, answers every call with an error. */
-    void answerWithError(const QString &name, const QString &message)
+    void replyWithError(const QString &name, const QString &message)
     {
-        answerThrough([=](const MethodCall &call) { call.replyError(name, message); });
+        replyThrough([=](const MethodCall &call) { call.replyError(name, message); });
     }
 
     /*! \brief From now on, leaves the answer to every call to \a handler. */
-    void answerThrough(const Handler &handler)
+    void replyThrough(const Handler &handler)
     {
         m_handler = handler;
     }
@@ -98,7 +98,7 @@ public:
     void leaveUnanswered()
     {
         m_unanswered.clear();
-        answerThrough([this](const MethodCall &call) { m_unanswered.append(call); });
+        replyThrough([this](const MethodCall &call) { m_unanswered.append(call); });
     }
 
     /*! \brief How many calls have been left unanswered since then. */

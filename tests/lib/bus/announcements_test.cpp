@@ -62,7 +62,7 @@ void AnnouncementsTest::init()
 
 void AnnouncementsTest::aChangeIsAnnouncedWithTheConfigurationReadAfterIt()
 {
-    m_service.answerWith("({'key': <8>, 'nested': <{'a': <'x'>}>},)");
+    m_service.replyWith("({'key': <8>, 'nested': <{'a': <'x'>}>},)");
     m_service.announceChange(BusFixture::path);
     TRY_COMPARE(m_announcements->texts(),
                 QStringList(R"({"key": int 8, "nested": {"a": QString "x"}})"));
@@ -88,10 +88,10 @@ void AnnouncementsTest::anAnnouncementMayCarryArguments()
 void AnnouncementsTest::aFailedReReadAnnouncesAnEmptyConfiguration()
 {
     MessageLog log;
-    m_service.answerWithError("org.brenvik.ManagedConfiguration.Error.Internal", "broken");
+    m_service.replyWithError("org.brenvik.ManagedConfiguration.Error.Internal", "broken");
     m_service.announceChange(BusFixture::path);
     TRY_COMPARE(m_announcements->texts(), QStringList("{}"));
-    m_service.answerWith("('no configuration',)");
+    m_service.replyWith("('no configuration',)");
     m_service.announceChange(BusFixture::path);
     TRY_COMPARE(m_announcements->texts(), QStringList({"{}", "{}"}));
     QCOMPARE(log.take(), QStringList());
@@ -113,7 +113,7 @@ void AnnouncementsTest::eachSignalOfAFloodIsAnnouncedOnce()
     TRY_COMPARE(m_announcements->count(), signalCount);
     QCOMPARE(m_announcements->texts().count("{}"), signalCount - outstanding);
     QCOMPARE(m_announcements->texts().count(R"({"key": int 8})"), outstanding);
-    m_service.answerWith("({'key': <7>},)");
+    m_service.replyWith("({'key': <7>},)");
     QCOMPARE(awaitRead(*m_manager), R"({"key": int 7})");
     QCOMPARE(m_announcements->count(), signalCount);
 }
@@ -151,9 +151,9 @@ void AnnouncementsTest::aWatcherIsKeptForEachAnnouncement()
 void AnnouncementsTest::theRepliesOfReReadsAreNotKept()
 {
     // libdbus stops reading once it keeps 63 MiB of received messages. The soak asks for more.
-    const int times = qMax(100, qEnvironmentVariableIntValue("LARGE_NOTIFICATIONS"));
+    const int times = qMax(100, qEnvironmentVariableIntValue("LARGE_ANNOUNCEMENTS"));
     QVERIFY(announceRepeatedly(times, 1024 * 1024));
-    m_service.answerWith("({'key': <8>},)");
+    m_service.replyWith("({'key': <8>},)");
     QCOMPARE(awaitRead(*m_manager), R"({"key": int 8})");
 }
 
@@ -232,7 +232,7 @@ void AnnouncementsTest::aSignalSpyKnowsTheShortName()
 
 bool AnnouncementsTest::announceRepeatedly(int times, int size)
 {
-    m_service.answerWith(QStringLiteral("({'key': <'%1'>},)").arg(QString(size, QLatin1Char('x'))));
+    m_service.replyWith(QStringLiteral("({'key': <'%1'>},)").arg(QString(size, QLatin1Char('x'))));
     m_announcements.reset();
     QTestEventLoop loop;
     QObject::connect(m_manager.get(), &ConfigurationManager::configurationChanged, &loop,

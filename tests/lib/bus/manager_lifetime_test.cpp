@@ -67,7 +67,7 @@ void ManagerLifetimeTest::reReadsOfADestroyedManagerAreNotAnnounced()
         m_service.replyTo(call, "({'key': <7>},)");
 
     // The subscription of the other manager is its own.
-    m_service.answerWith("({'key': <8>},)");
+    m_service.replyWith("({'key': <8>},)");
     m_service.announceChange(BusFixture::path);
     TRY_COMPARE(announcements.texts(), QStringList({R"({"key": int 7})", R"({"key": int 8})"}));
     QCOMPARE(dropped.count(), 0);
@@ -84,7 +84,7 @@ void ManagerLifetimeTest::aManagerMayBeDeletedInsideACallback()
     QFETCH(const bool, isRefused);
 
     if (isRefused)
-        m_service.answerWithError("org.brenvik.ManagedConfiguration.Error.Forbidden", "no");
+        m_service.replyWithError("org.brenvik.ManagedConfiguration.Error.Forbidden", "no");
     const QString captured = QStringLiteral("still here");
     const auto afterwards = std::make_shared<QString>();
     const auto deleteManager = [this, afterwards, captured] {

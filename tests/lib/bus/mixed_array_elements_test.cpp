@@ -94,7 +94,7 @@ void MixedArrayElementsTest::theFirstElementDecidesTheKindOfTheList()
 
     const QString original = QStringList(QVector<QString>(elements.count(), "0").toList())
                                  .join(QLatin1Char(','));
-    m_service.answerWith(QStringLiteral("({'key': <[%1]>},)").arg(original));
+    m_service.replyWith(QStringLiteral("({'key': <[%1]>},)").arg(original));
     *replacements = elements;
     MessageLog log;
     Answers answers;

@@ -37,7 +37,7 @@ public:
 
 private Q_SLOTS:
     void aLargeConfigurationGoesBothWays();
-    void anAnswerThatIsTooLargeCostsTheServiceItsConnection();
+    void aReplyThatIsTooLargeCostsTheServiceItsConnection();
     void aConfigurationThatIsTooLargeCostsTheApplicationItsConnection();
 
 private:
@@ -50,23 +50,23 @@ void OversizedMessageTest::aLargeConfigurationGoesBothWays()
     QCOMPARE(awaitChange(m_requests, makeConfiguration({{"key", text(largeSize)}})), "{}");
     QVERIFY(m_service.calls().first().arguments.size() > largeSize);
 
-    m_service.answerWith(QStringLiteral("({'key': <'%1'>},)").arg(text(largeSize)));
+    m_service.replyWith(QStringLiteral("({'key': <'%1'>},)").arg(text(largeSize)));
     const Answers answers;
     m_requests.getConfiguration(answers.forReading());
     QVERIFY(answers.waitFor(1));
     QVERIFY(answers.at(0).configuration.get("key") == text(largeSize));
 }
 
-void OversizedMessageTest::anAnswerThatIsTooLargeCostsTheServiceItsConnection()
+void OversizedMessageTest::aReplyThatIsTooLargeCostsTheServiceItsConnection()
 {
     if (!isOnDBusDaemon())
         return QTest::qSkip("the size is dbus-daemon's", __FILE__, __LINE__);
-    m_service.answerWith(QStringLiteral("({'key': <'%1'>},)").arg(text(tooLargeSize)));
+    m_service.replyWith(QStringLiteral("({'key': <'%1'>},)").arg(text(tooLargeSize)));
     QCOMPARE(awaitRead(m_requests),
              "{} error 1: Message recipient disconnected from message bus without replying");
 
     m_service.stop();
-    m_service.answerWith("({'key': <7>},)");
+    m_service.replyWith("({'key': <7>},)");
     QVERIFY(m_service.start());
     QCOMPARE(awaitRead(m_requests), R"({"key": int 7})");
 }

@@ -68,7 +68,7 @@ private Q_SLOTS:
     void aSuccessComesFromTheEventLoopWithoutAMessage();
     void argumentsBehindTheConfigurationAreIgnored();
     void anErrorReplyBecomesAnError();
-    void anAnswerThatIsNoConfigurationIsAnInternalError();
+    void aReplyThatIsNoConfigurationIsAnInternalError();
     void aServiceThatNeverAnswersIsATimeOut();
     void aBusThatHangsIsATimeOut();
     void answersComeInTheOrderOfTheReplies();
@@ -115,7 +115,7 @@ void RequestsTest::aReadRequestCallsTheServiceWithoutArguments()
 
 void RequestsTest::aChangeRequestCallsTheServiceWithTheConfiguration()
 {
-    m_service.answerWith("()");
+    m_service.replyWith("()");
     const Announcements announcements(m_manager);
     Answers answers;
     Configuration configuration = makeConfiguration({{"key", 7}});
@@ -152,10 +152,10 @@ void RequestsTest::aSuccessComesFromTheEventLoopWithoutAMessage()
 void RequestsTest::argumentsBehindTheConfigurationAreIgnored()
 {
     MessageLog log;
-    m_service.answerWith("({'key': <7>}, 'more', {'other': <8>})");
+    m_service.replyWith("({'key': <7>}, 'more', {'other': <8>})");
     QCOMPARE(awaitRead(m_manager), R"({"key": int 7})");
     // Of the reply to a change, all of them are.
-    m_service.answerWith("('more', [1.5], {'other': <8>})");
+    m_service.replyWith("('more', [1.5], {'other': <8>})");
     QCOMPARE(awaitChange(m_manager, Configuration()), "{}");
     QCOMPARE(log.take(), QStringList());
 }
@@ -163,18 +163,18 @@ void RequestsTest::argumentsBehindTheConfigurationAreIgnored()
 void RequestsTest::anErrorReplyBecomesAnError()
 {
     MessageLog log;
-    m_service.answerWithError(forbidden, "“größe” is not for you");
+    m_service.replyWithError(forbidden, "“größe” is not for you");
     const QString error = "{} error 5: “größe” is not for you";
     QCOMPARE(awaitRead(m_manager), error);
     QCOMPARE(awaitChange(m_manager, Configuration()), error);
     QCOMPARE(log.take(), QStringList());
 }
 
-void RequestsTest::anAnswerThatIsNoConfigurationIsAnInternalError()
+void RequestsTest::aReplyThatIsNoConfigurationIsAnInternalError()
 {
     for (const char *values :
          {"()", "('x',)", "({'a': 'x'},)", "(<{'a': <1>}>,)", "(1, {'a': <1>})"}) {
-        m_service.answerWith(values);
+        m_service.replyWith(values);
         const QString error = awaitRead(m_manager);
         QVERIFY2(error.startsWith("{} error 1: Unexpected reply signature: "), qPrintable(error));
     }
@@ -199,7 +199,7 @@ void RequestsTest::aServiceThatNeverAnswersIsATimeOut()
     TRY_COMPARE(m_service.unanswered(), 2);
     for (const int call : {0, 1})
         m_service.replyTo(call, "({'late': <1>},)");
-    m_service.answerWith("({'key': <7>},)");
+    m_service.replyWith("({'key': <7>},)");
     QCOMPARE(awaitRead(m_manager), R"({"key": int 7})");
     QCOMPARE(answers.count(), 2);
 }
@@ -260,7 +260,7 @@ void RequestsTest::hundredsOfRequestsAtOnceAreAnsweredOnceEach()
 
     TRY_COMPARE(answered.count(1), requests);
     // The connection is as good as new.
-    m_service.answerWith("({'key': <7>},)");
+    m_service.replyWith("({'key': <7>},)");
     QCOMPARE(awaitRead(manager), R"({"key": int 7})");
     QCOMPARE(answered.count(1), requests);
 }
@@ -281,7 +281,7 @@ void RequestsTest::unansweredRequestsUseUpWhatTheBusAllows()
     QVERIFY2(refusal.startsWith("{} error 1: ") && refusal.contains(tooMany), qPrintable(refusal));
 
     m_service.stop();
-    m_service.answerWith("({'key': <7>},)");
+    m_service.replyWith("({'key': <7>},)");
     QVERIFY(m_service.start());
     QCOMPARE(awaitRead(m_manager), R"({"key": int 7})");
 }
@@ -296,7 +296,7 @@ void RequestsTest::aSecondReplyToOneCallIsIgnored()
     m_service.replyTo(0, "({'reply': <2>},)");
 
     // The answer to a later request comes after anything that the second reply could cause.
-    m_service.answerWith("({'key': <7>},)");
+    m_service.replyWith("({'key': <7>},)");
     QCOMPARE(awaitRead(m_manager), R"({"key": int 7})");
     QCOMPARE(answers.texts(), QStringList(R"({"reply": int 1})"));
 }
@@ -326,7 +326,7 @@ void RequestsTest::anEmptyCallbackThrowsFromTheEventLoop()
     QFETCH(const bool, isRefused);
 
     if (isRefused)
-        m_service.answerWithError(forbidden, "no");
+        m_service.replyWithError(forbidden, "no");
     ConfigurationManagerPrivate requests(&m_manager);
     if (isChange)
         requests.changeConfiguration(Configuration(), {});

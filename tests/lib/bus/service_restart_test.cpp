@@ -70,7 +70,7 @@ void ServiceRestartTest::aServiceThatDiesInMidCallFailsTheCall()
     QVERIFY(answers.waitFor(2));
     QCOMPARE(answers.texts(), QStringList({died, died}));
 
-    m_service.answerWith("({'key': <8>},)");
+    m_service.replyWith("({'key': <8>},)");
     QVERIFY(m_service.start());
     QCOMPARE(awaitRead(manager), R"({"key": int 8})");
 }
@@ -93,7 +93,7 @@ void ServiceRestartTest::changesAreAnnouncedFromEachServiceThatAppears()
     ConfigurationManager manager;
     const Announcements announcements(manager);
     for (int life = 1; life <= 3; ++life) {
-        m_service.answerWith(QString("({'life': <%1>},)").arg(life));
+        m_service.replyWith(QString("({'life': <%1>},)").arg(life));
         QVERIFY(m_service.start());
         // The answer tells that the bus layer knows of the new owner of the name.
         const QString configuration = QString(R"({"life": int %1})").arg(life);

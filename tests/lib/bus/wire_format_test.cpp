@@ -71,7 +71,7 @@ private:
 // The answer to a request to read, if the service replies with `reply`.
 Answer WireFormatTest::read(const QString &reply)
 {
-    m_service.answerWith(reply);
+    m_service.replyWith(reply);
     Answers answers;
     m_manager.getConfiguration(answers.forReading());
     answers.waitFor(1);
@@ -81,7 +81,7 @@ Answer WireFormatTest::read(const QString &reply)
 // The arguments that the service received, or what went wrong.
 QString WireFormatTest::argumentsSent(const Configuration &configuration)
 {
-    m_service.answerWith("()");
+    m_service.replyWith("()");
     const int calls = m_service.calls().count();
     Answers answers;
     m_manager.changeConfiguration(configuration, answers.forChanging());
@@ -180,7 +180,7 @@ void WireFormatTest::aReceivedValueIsStoredByItsKind()
 
 void WireFormatTest::aFileDescriptorIsLeftOut()
 {
-    m_service.answerThrough([](const auto &call) {
+    m_service.replyThrough([](const auto &call) {
         call.reply(parseValue("({'file': <handle 0>, 'later': <2>},)"), {0});
     });
     Answers answers;
@@ -294,7 +294,7 @@ void WireFormatTest::readingAddsToTheConfigurationAndGoesOnBehindIt()
     QFETCH(const QString, sent);
     QFETCH(const QString, stored);
 
-    m_service.answerWith('(' + sent + ", 7)");
+    m_service.replyWith('(' + sent + ", 7)");
     ConfigurationManagerPrivate requests(&m_manager);
     const QDBusPendingCallWatcher watcher(requests.asyncCall("GetConfiguration"));
     QTRY_VERIFY_WITH_TIMEOUT(watcher.isFinished(), 60000);

@@ -3,6 +3,8 @@
 
 #include "diagnostics.h"
 
+#include "exit_status.h"
+
 namespace Tarnvel::Sandbox {
 
 Diagnostics::Diagnostics(const QString &fileName, const QByteArray &text)
@@ -29,7 +31,7 @@ QVector<Tools::Failure> Diagnostics::failures() const
 {
     QVector<Tools::Failure> failures;
     for (const auto &[offset, message] : m_messages)
-        failures.append({fileFailureStatus, message, {}, location(offset)});
+        failures.append({SandboxFailed, message, {}, location(offset)});
     return failures;
 }
 

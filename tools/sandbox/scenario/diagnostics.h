@@ -13,9 +13,6 @@
 
 namespace Tarnvel::Sandbox {
 
-/*! \brief The exit status of a sandbox that a file keeps from running. */
-constexpr int fileFailureStatus = 125;
-
 /*! \brief Collects what is wrong with a text file, each diagnostic with its place. */
 class Diagnostics
 {

@@ -3,6 +3,8 @@
 
 #include "scenario_reader.h"
 
+#include "exit_status.h"
+
 #include "configuration_reader.h"
 #include "endpoint.h"
 #include "fault_reader.h"
@@ -167,7 +169,7 @@ QVector<Tools::Failure> readScenario(const QString &fileName, Scenario *scenario
 {
     QFile file(fileName);
     if (!file.open(QIODevice::ReadOnly))
-        return {{fileFailureStatus, file.errorString(), {}, fileName}};
+        return {{SandboxFailed, file.errorString(), {}, fileName}};
     return parseScenario(fileName, file.readAll(), scenario);
 }
 
