@@ -3,10 +3,9 @@
 
 #include "scenario_reader.h"
 
-#include "exit_status.h"
-
 #include "configuration_reader.h"
 #include "endpoint.h"
+#include "exit_status.h"
 #include "fault_reader.h"
 #include "json_reader.h"
 
