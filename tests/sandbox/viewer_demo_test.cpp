@@ -10,44 +10,6 @@
 using Tarnvel::Testing::Outcome;
 using Tarnvel::Testing::Program;
 
-namespace {
-
-const char wholeOutput[] =
-    R"(==> The viewer starts. The service keeps this configuration for it:
-Reading the configuration: done
-  theme         light
-  zoom          100 %
-  recent files  manual.pdf, invoice-2041.pdf, minutes.odt
-  first tool    open
-  proxy         proxy.acme.example:3128
-Changing the proxy: failed, 5: "network/proxy" is locked
-Changing the zoom: done
-The configuration has changed
-  theme         light
-  zoom          125 %
-  recent files  manual.pdf, invoice-2041.pdf, minutes.odt
-  first tool    open
-  proxy         proxy.acme.example:3128
-==> The administrator makes the dark theme and a zoom of 150 % the rule.
-The configuration has changed
-  theme         dark
-  zoom          150 %
-  recent files  manual.pdf, invoice-2041.pdf, minutes.odt
-  first tool    open
-  proxy         proxy.acme.example:3128
-==> The administrator sets another proxy, which the viewer may not.
-The configuration has changed
-  theme         dark
-  zoom          150 %
-  recent files  manual.pdf, invoice-2041.pdf, minutes.odt
-  first tool    open
-  proxy         cache.acme.example:8080
-==> The sandbox is told to end, and ends the viewer.
-==> Everything was seen.
-)";
-
-} // namespace
-
 class ViewerDemoTest : public QObject
 {
     Q_OBJECT
@@ -55,7 +17,6 @@ class ViewerDemoTest : public QObject
 private Q_SLOTS:
     void theDemoShowsEveryChange();
     void theDemoFailsWhenALineIsMissing();
-    void theDemoNeedsABuildDirectory();
     void aViewerWithoutConfigurationSaysWhyAndFails();
 };
 
@@ -66,7 +27,11 @@ void ViewerDemoTest::theDemoShowsEveryChange()
     demo.setVariable("TMPDIR", directory.path());
     const Outcome outcome = demo.run({BUILD_DIR});
     QCOMPARE(outcome.errors, QString());
-    QCOMPARE(outcome.output.split('\n'), QString(wholeOutput).split('\n'));
+    // The demo itself checks the lines that differ.
+    QCOMPARE(outcome.output.count("  recent files  manual.pdf, invoice-2041.pdf, minutes.odt\n"
+                                  "  first tool    open\n"),
+             4);
+    QVERIFY2(outcome.output.endsWith("\n==> Everything was seen.\n"), qPrintable(outcome.output));
     QCOMPARE(outcome.status, 0);
     QVERIFY(QDir(directory.path()).isEmpty());
 }
@@ -81,13 +46,6 @@ void ViewerDemoTest::theDemoFailsWhenALineIsMissing()
     const Outcome outcome = Program(DEMO).run({buildDirectory.path()});
     QCOMPARE(outcome.errors, QString("missing line: Reading the configuration: done\n"));
     QCOMPARE(outcome.status, 1);
-}
-
-void ViewerDemoTest::theDemoNeedsABuildDirectory()
-{
-    const Outcome outcome = Program(DEMO).run({});
-    QCOMPARE(outcome.errors, QString("usage: demo BUILD_DIR\n"));
-    QCOMPARE(outcome.status, 2);
 }
 
 void ViewerDemoTest::aViewerWithoutConfigurationSaysWhyAndFails()
