@@ -1,10 +1,8 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "bus_fixture.h"
+#include "bus_test.h"
 #include "program.h"
-
-#include <QtTest/QTest>
 
 using namespace Tarnvel::Testing;
 
@@ -17,58 +15,28 @@ Outcome runClient(const QStringList &arguments)
 
 } // namespace
 
-class ClientValuesTest : public QObject
+class ClientValuesTest : public BusTest
 {
     Q_OBJECT
 
 public:
-    explicit ClientValuesTest(BusFixture &fixture) : m_fixture(fixture) { }
+    using BusTest::BusTest;
 
 private Q_SLOTS:
-    void init();
-    void configurationIsPrintedAsJson();
-    void valueAtPathIsPrinted_data();
-    void valueAtPathIsPrinted();
-    void valuesAreSentWithTheirTypes();
-    void changesAreMergedIntoTopLevelValues();
-    void wrongArgumentsAreNamed_data();
-    void wrongArgumentsAreNamed();
-    void syntaxIsCheckedWithoutABus();
-    void textIsUtf8InEveryLocale();
-
-private:
-    QStringList changes() const;
-
-    BusFixture &m_fixture;
-    int m_earlierCalls = 0;
-};
-
-void ClientValuesTest::init()
-{
-    m_earlierCalls = m_fixture.service.calls().size();
-    m_fixture.service.replyWith(
-        "({'zoom': <100>, 'on': <true>, 'theme': <'dark'>, 'sizes': <[1, 2, 3]>, 'flags': "
-        "<[true]>, "
-        "'names': <['a', 'b c']>, 'window': <@a{sv} {'width': <-2147483648>, 'edges': <[5, 6]>, "
-        "'deep': <@a{sv} {'text': <'é😀 \"q\" \\\\'>}>}>},)");
-}
-
-// The arguments of the changes that this test has asked for.
-QStringList ClientValuesTest::changes() const
-{
-    QStringList arguments;
-    const auto calls = m_fixture.service.calls().mid(m_earlierCalls);
-    for (const FakeService::Call &call : calls) {
-        if (call.method == QLatin1String("ChangeConfiguration"))
-            arguments.append(call.arguments);
+    void init() override
+    {
+        BusTest::init();
+        m_service.replyWith(
+            "({'zoom': <100>, 'on': <true>, 'theme': <'dark'>, 'sizes': <[1, 2, 3]>, "
+            "'flags': <[true]>, 'names': <['a', 'b c']>, "
+            "'window': <@a{sv} {'width': <-2147483648>, 'edges': <[5, 6]>, "
+            "'deep': <@a{sv} {'text': <'é😀 \"q\" \\\\'>}>}>},)");
     }
-    return arguments;
-}
 
-void ClientValuesTest::configurationIsPrintedAsJson()
-{
-    m_fixture.service.replyWith("({'b': <@a{sv} {'d': <[true]>, 'c': <'x'>}>, 'B': <-1>},)");
-    QCOMPARE(runClient({"get"}).output, QString(R"({
+    void configurationIsPrintedAsJson()
+    {
+        m_service.replyWith("({'b': <@a{sv} {'d': <[true]>, 'c': <'x'>}>, 'B': <-1>},)");
+        QCOMPARE(runClient({"get"}).output, QString(R"({
     "B": -1,
     "b": {
         "c": "x",
@@ -78,7 +46,7 @@ void ClientValuesTest::configurationIsPrintedAsJson()
     }
 }
 )"));
-    QCOMPARE(runClient({"get", "--type"}).output, QString(R"({
+        QCOMPARE(runClient({"get", "--type"}).output, QString(R"({
     "B": "int",
     "b": {
         "c": "string",
@@ -86,207 +54,200 @@ void ClientValuesTest::configurationIsPrintedAsJson()
     }
 }
 )"));
-    m_fixture.service.replyWith("(@a{sv} {},)");
-    QCOMPARE(runClient({"get"}).output, QString("{\n}\n"));
-}
+        m_service.replyWith("(@a{sv} {},)");
+        QCOMPARE(runClient({"get"}).output, "{\n}\n");
+    }
 
-void ClientValuesTest::valueAtPathIsPrinted_data()
-{
-    QTest::addColumn<QString>("value");
-    QTest::addColumn<QString>("type");
+    void valueAtPathIsPrinted()
+    {
+        const QStringList rows[] {
+            {"window/width", "-2147483648", "int"},
+            {"on", "true", "bool"},
+            {"sizes", "[\n    1,\n    2,\n    3\n]", "ints"},
+            {"/names[1]", "\"b c\"", "string"},
+            {"names", "[\n    \"a\",\n    \"b c\"\n]", "strings"},
+            {"window/deep/", "{\n    \"text\": \"é😀 \\\"q\\\" \\\\\"\n}",
+             "{\n    \"text\": \"string\"\n}"},
+        };
+        for (const QStringList &row : rows) {
+            QCOMPARE(runClient({"get", row.at(0)}).output, row.at(1) + "\n");
+            QCOMPARE(runClient({"get", "--type", row.at(0)}).output, row.at(2) + "\n");
+        }
+    }
 
-    const QStringList rows[] {
-        {"window/width", "-2147483648", "int"},
-        {"on", "true", "bool"},
-        {"sizes", "[\n    1,\n    2,\n    3\n]", "ints"},
-        {"/names[1]", "\"b c\"", "string"},
-        {"names", "[\n    \"a\",\n    \"b c\"\n]", "strings"},
-        {"window/deep/", "{\n    \"text\": \"é😀 \\\"q\\\" \\\\\"\n}",
-         "{\n    \"text\": \"string\"\n}"},
-    };
-    for (const QStringList &row : rows)
-        QTest::newRow(qPrintable(row.at(0))) << row.at(1) << row.at(2);
-}
-
-void ClientValuesTest::valueAtPathIsPrinted()
-{
-    QFETCH(QString, value);
-    QFETCH(QString, type);
-    for (const bool showsTypes : {false, true}) {
-        const QString path = QTest::currentDataTag();
-        const Outcome outcome = runClient(showsTypes ? QStringList {"get", "--type", path}
-                                                     : QStringList {"get", path});
-        QCOMPARE(outcome.output, (showsTypes ? type : value) + "\n");
+    void valuesAreSentWithTheirTypes()
+    {
+        m_service.replyWith(
+            "({'bool': <true>, 'bools': <[true]>, 'config': <@a{sv} {}>, 'int': <1>, 'ints': "
+            "<[1]>, "
+            "'string': <'x'>, 'strings': <['x']>, 'no bools': <[true]>, 'no config': <{'x': <1>}>, "
+            "'no ints': <[1]>, 'no string': <'x'>, 'no strings': <['x']>, 'retyped': <1>, "
+            "'items': <[1, 2, 3]>, 'flags': <[true]>, 'names': <['a', 'b c']>},)");
+        const QPair<QString, QString> rows[] {
+            // With the types of the present values.
+            {"bool=false", "'bool': <false>"},
+            {"bools=[false]", "'bools': <[false]>"},
+            {R"(config={"a":1,"b":true,"c":"x","d":[1],"e":[true],"f":["x"],"g":[],"h":{}})",
+             "'config': <{'a': <1>, 'b': <true>, 'c': <'x'>, 'd': <[1]>, 'e': <[true]>, "
+             "'f': <['x']>, 'g': <@as []>, 'h': <@a{sv} {}>}>"},
+            {"int=-5", "'int': <-5>"},
+            {"ints=[7, -8]", "'ints': <[7, -8]>"},
+            {"string=a=b:int \"x\"", "'string': <'a=b:int \"x\"'>"},
+            {"strings=[\"x\"]", "'strings': <['x']>"},
+            {"no bools=[]", "'no bools': <@ab []>"},
+            {"no config={}", "'no config': <@a{sv} {}>"},
+            {"no ints=[]", "'no ints': <@ai []>"},
+            {"no string=", "'no string': <''>"},
+            {"no strings=[]", "'no strings': <@as []>"},
+            {"items[1]=-7", "'items': <[1, -7, 3]>"},
+            {"names[0]=\"z\"", "'names': <['\"z\"', 'b c']>"},
+            // With types of their own.
+            {"flags[0]:bool=false", "'flags': <[false]>"},
+            {"retyped:string=7", "'retyped': <'7'>"},
+            {" a b :int=-2147483648", "' a b ': <-2147483648>"},
+            {"a:b:bool=true", "'a:b': <true>"},
+            {"new bools:bools=[true]", "'new bools': <[true]>"},
+            {"new ints:ints=[2147483647]", "'new ints': <[2147483647]>"},
+            {"new strings:strings=[\"é\"]", "'new strings': <['é']>"},
+            {"x/y/z:configuration={}", "'x': <{'y': <{'z': <@a{sv} {}>}>}>"},
+        };
+        QStringList arguments {"set"};
+        QStringList entries;
+        for (const auto &[argument, entry] : rows) {
+            arguments.append(argument);
+            entries.append(entry);
+        }
+        entries.sort();
+        const Outcome outcome = runClient(arguments);
         QCOMPARE(outcome.errors, QString());
+        QCOMPARE(outcome.output, QString());
         QCOMPARE(outcome.status, 0);
+        QCOMPARE(changes(), QStringList("({" + entries.join(", ") + "},)"));
     }
-}
 
-void ClientValuesTest::valuesAreSentWithTheirTypes()
-{
-    m_fixture.service.replyWith(
-        "({'bool': <true>, 'bools': <[true]>, 'config': <@a{sv} {}>, 'int': <1>, 'ints': <[1]>, "
-        "'string': <'x'>, 'strings': <['x']>, 'no bools': <[true]>, 'no config': <{'x': <1>}>, "
-        "'no ints': <[1]>, 'no string': <'x'>, 'no strings': <['x']>, 'retyped': <1>, "
-        "'items': <[1, 2, 3]>, 'flags': <[true]>, 'names': <['a', 'b c']>},)");
-    const QPair<QString, QString> rows[] {
-        // With the types of the present values.
-        {"bool=false", "'bool': <false>"},
-        {"bools=[false]", "'bools': <[false]>"},
-        {R"(config={"a":1,"b":true,"c":"x","d":[1],"e":[true],"f":["x"],"g":[],"h":{}})",
-         "'config': <{'a': <1>, 'b': <true>, 'c': <'x'>, 'd': <[1]>, 'e': <[true]>, "
-         "'f': <['x']>, 'g': <@as []>, 'h': <@a{sv} {}>}>"},
-        {"int=-5", "'int': <-5>"},
-        {"ints=[7, -8]", "'ints': <[7, -8]>"},
-        {"string=a=b:int \"x\"", "'string': <'a=b:int \"x\"'>"},
-        {"strings=[\"x\"]", "'strings': <['x']>"},
-        {"no bools=[]", "'no bools': <@ab []>"},
-        {"no config={}", "'no config': <@a{sv} {}>"},
-        {"no ints=[]", "'no ints': <@ai []>"},
-        {"no string=", "'no string': <''>"},
-        {"no strings=[]", "'no strings': <@as []>"},
-        {"items[1]=-7", "'items': <[1, -7, 3]>"},
-        {"names[0]=\"z\"", "'names': <['\"z\"', 'b c']>"},
-        // With types of their own.
-        {"flags[0]:bool=false", "'flags': <[false]>"},
-        {"retyped:string=7", "'retyped': <'7'>"},
-        {" a b :int=-2147483648", "' a b ': <-2147483648>"},
-        {"a:b:bool=true", "'a:b': <true>"},
-        {"new bools:bools=[true]", "'new bools': <[true]>"},
-        {"new ints:ints=[2147483647]", "'new ints': <[2147483647]>"},
-        {"new strings:strings=[\"é\"]", "'new strings': <['é']>"},
-        {"x/y/z:configuration={}", "'x': <{'y': <{'z': <@a{sv} {}>}>}>"},
-    };
-    QStringList arguments {"set"};
-    QStringList entries;
-    for (const auto &[argument, entry] : rows) {
-        arguments.append(argument);
-        entries.append(entry);
+    void changesAreMergedIntoTopLevelValues()
+    {
+        const Outcome outcome = runClient({"set", "zoom=1", "window/deep/text=x",
+                                           "window/edges[0]=9", "zoom=2", "new/a:int=1", "new/a=2",
+                                           "--", "-x:int=3"});
+        QCOMPARE(outcome.errors, QString());
+        QCOMPARE(
+            changes(),
+            QStringList("({'-x': <3>, 'new': <{'a': <2>}>, 'window': <{'deep': <{'text': <'x'>}>, "
+                        "'edges': <[9, 6]>, 'width': <-2147483648>}>, 'zoom': <2>},)"));
     }
-    entries.sort();
-    const Outcome outcome = runClient(arguments);
-    QCOMPARE(outcome.errors, QString());
-    QCOMPARE(outcome.output, QString());
-    QCOMPARE(outcome.status, 0);
-    QCOMPARE(changes(), QStringList("({" + entries.join(", ") + "},)"));
-}
 
-void ClientValuesTest::changesAreMergedIntoTopLevelValues()
-{
-    const Outcome outcome = runClient({"set", "zoom=1", "window/deep/text=x", "window/edges[0]=9",
-                                       "zoom=2", "new/a:int=1", "new/a=2", "--", "-x:int=3"});
-    QCOMPARE(outcome.errors, QString());
-    QCOMPARE(changes(),
-             QStringList("({'-x': <3>, 'new': <{'a': <2>}>, 'window': <{'deep': <{'text': <'x'>}>, "
-                         "'edges': <[9, 6]>, 'width': <-2147483648>}>, 'zoom': <2>},)"));
-}
+    void wrongArgumentsAreNamed_data()
+    {
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QString>("message");
 
-void ClientValuesTest::wrongArgumentsAreNamed_data()
-{
-    QTest::addColumn<int>("status");
-    QTest::addColumn<QString>("message");
+        const QPair<const char *, const char *> usageRows[] {
+            {"--organization= get", "--organization is missing"},
+            {"--application= get", "--application is missing"},
+            {"--organization=a-b get", "/a-b_2eviewer: \"-\" is not allowed in an object path"},
+            {"--application=😀 get", "/acme_2elabs_2e😀: \"😀\" is not allowed in an object path"},
+            {"--organization=/a get", "//a_2eviewer: an element of an object path cannot be empty"},
+            {"--application=c/ get",
+             "/acme_2elabs_2ec/: an element of an object path cannot be empty"},
+            {"--timeout= get", "expected a timeout from 0.1 to 20 seconds, found \"\""},
+            {"--timeout=0.09 get", "expected a timeout from 0.1 to 20 seconds, found \"0.09\""},
+            {"--timeout=20.1 get", "expected a timeout from 0.1 to 20 seconds, found \"20.1\""},
+            {"--timeout=1s get", "expected a timeout from 0.1 to 20 seconds, found \"1s\""},
+            {"", "the command is missing"},
+            {"got", "there is no command \"got\""},
+            {"--tpye get", "Unknown option 'tpye'."},
+            {"get a b", "get takes at most one path"},
+            {"watch a", "watch takes no arguments"},
+            {"check a", "check takes no arguments"},
+            {"set --type a=1", "--type is an option of get only"},
+            {"set", "set needs at least one PATH=VALUE"},
+            {"set a=1 b", "expected PATH=VALUE or PATH:TYPE=VALUE, found \"b\""},
+            {"get //", "\"//\" is not a path"},
+            {"set a[x]=1",
+             "The xpath part contains an invalid index: \"x\" (xpath=\"a[x]\")\n"
+             "managed-configuration: \"a[x]\" is not a path"},
+            {"set window/new=1", "window/new has no value yet, so its type is not known"},
+            {"set new:integer=1", "\"new:integer\" has no value yet, so its type is not known"},
+            {"set theme=x zoom=", "zoom: expected a 32-bit integer, found \"\""},
+            {"set zoom=2147483648", "zoom: expected a 32-bit integer, found 2147483648"},
+            {"set zoom=1.5", "zoom: expected a 32-bit integer, found 1.5"},
+            {"set on=True", "on: expected true or false, found \"True\": illegal number"},
+            {"set on=1", "on: expected true or false, found 1"},
+            {"set sizes=1,2", "sizes: expected a list of integers, found \"1,2\""},
+            {"set sizes={}", "sizes: expected a list of integers, found {}"},
+            {"set window=[]", "window: expected a JSON object, found []"},
+            {"set sizes=[1,true]", "sizes: expected a 32-bit integer, found true"},
+            {"set names=[[]]", "names: expected a string, found []"},
+            {R"(set window={"a":["x",1]})", "window: expected a string, found 1"},
+            {R"(set window={"a":null})", "window: a value cannot be null"},
+            {R"(set names=["a\u0000"])", R"(names: D-Bus cannot carry "a\u0000")"},
+            {R"(set window={"\u0000":1})", R"(window: D-Bus cannot carry "\u0000")"},
+            {"set sizes[0]:string=x", "sizes holds ints; this item has another type"},
+        };
+        for (const auto &[arguments, message] : usageRows)
+            QTest::newRow(arguments) << 64 << message;
 
-    const QPair<const char *, const char *> usageRows[] {
-        {"--organization= get", "--organization is missing"},
-        {"--application= get", "--application is missing"},
-        {"--organization=a-b get", "/a-b_2eviewer: \"-\" is not allowed in an object path"},
-        {"--application=😀 get", "/acme_2elabs_2e😀: \"😀\" is not allowed in an object path"},
-        {"--organization=/a get", "//a_2eviewer: an element of an object path cannot be empty"},
-        {"--application=c/ get", "/acme_2elabs_2ec/: an element of an object path cannot be empty"},
-        {"--timeout= get", "expected a timeout from 0.1 to 20 seconds, found \"\""},
-        {"--timeout=0.09 get", "expected a timeout from 0.1 to 20 seconds, found \"0.09\""},
-        {"--timeout=20.1 get", "expected a timeout from 0.1 to 20 seconds, found \"20.1\""},
-        {"--timeout=1s get", "expected a timeout from 0.1 to 20 seconds, found \"1s\""},
-        {"", "the command is missing"},
-        {"got", "there is no command \"got\""},
-        {"--tpye get", "Unknown option 'tpye'."},
-        {"get a b", "get takes at most one path"},
-        {"watch a", "watch takes no arguments"},
-        {"check a", "check takes no arguments"},
-        {"set --type a=1", "--type is an option of get only"},
-        {"set", "set needs at least one PATH=VALUE"},
-        {"set a=1 b", "expected PATH=VALUE or PATH:TYPE=VALUE, found \"b\""},
-        {"get //", "\"//\" is not a path"},
-        {"set a[x]=1",
-         "The xpath part contains an invalid index: \"x\" (xpath=\"a[x]\")\n"
-         "managed-configuration: \"a[x]\" is not a path"},
-        {"set window/new=1", "window/new has no value yet, so its type is not known"},
-        {"set new:integer=1", "\"new:integer\" has no value yet, so its type is not known"},
-        {"set theme=x zoom=", "zoom: expected a 32-bit integer, found \"\""},
-        {"set zoom=2147483648", "zoom: expected a 32-bit integer, found 2147483648"},
-        {"set zoom=1.5", "zoom: expected a 32-bit integer, found 1.5"},
-        {"set on=True", "on: expected true or false, found \"True\": illegal number"},
-        {"set on=1", "on: expected true or false, found 1"},
-        {"set sizes=1,2", "sizes: expected a list of integers, found \"1,2\""},
-        {"set sizes={}", "sizes: expected a list of integers, found {}"},
-        {"set window=[]", "window: expected a JSON object, found []"},
-        {"set sizes=[1,true]", "sizes: expected a 32-bit integer, found true"},
-        {"set names=[[]]", "names: expected a string, found []"},
-        {R"(set window={"a":["x",1]})", "window: expected a string, found 1"},
-        {R"(set window={"a":null})", "window: a value cannot be null"},
-        {R"(set names=["a\u0000"])", R"(names: D-Bus cannot carry "a\u0000")"},
-        {R"(set window={"\u0000":1})", R"(window: D-Bus cannot carry "\u0000")"},
-        {"set sizes[0]:string=x", "sizes holds ints; this item has another type"},
-    };
-    for (const auto &[arguments, message] : usageRows)
-        QTest::newRow(arguments) << 64 << message;
-
-    const QPair<const char *, const char *> pathRows[] {
-        {"get Zoom", "no such path: the configuration has no key \"Zoom\""},
-        {"get window/height", "no such path: window has no key \"height\""},
-        {"get sizes[0]/x", "no such path: sizes[0] has no keys"},
-        {"get window[0]", "no such path: window is not a list"},
-        {"get sizes[3]", "no such path: sizes has only 3 items"},
-        {"get flags[1]", "no such path: flags has only 1 item"},
-        {"set theme/x:int=1", "no such path: theme has no keys"},
-        {"set sizes[3]=1", "no such path: sizes has only 3 items"},
-        {"set new[0]:int=1", "no such path: the configuration has no key \"new\""},
-        {"set sizes[0]/x:int=1", "no such path: sizes[0] has no keys"},
-    };
-    for (const auto &[arguments, message] : pathRows)
-        QTest::newRow(arguments) << 66 << message;
-}
-
-void ClientValuesTest::wrongArgumentsAreNamed()
-{
-    QFETCH(int, status);
-    QFETCH(QString, message);
-    const QString arguments = QTest::currentDataTag();
-    const Outcome outcome = runClient(arguments.split(' ', Qt::SkipEmptyParts));
-    QVERIFY2(outcome.errors.startsWith("managed-configuration: " + message
-                                       + "\nmanaged-configuration: what to do: "),
-             qPrintable(outcome.errors));
-    QCOMPARE(outcome.output, QString());
-    QCOMPARE(outcome.status, status);
-    QCOMPARE(changes(), QStringList());
-}
-
-void ClientValuesTest::syntaxIsCheckedWithoutABus()
-{
-    const QStringList commands[] {{"get", "//"}, {"set", "a"}, {"watch", "a"}, {"check", "a"}};
-    for (const QStringList &command : commands) {
-        Program client("managed-configuration");
-        client.setVariable("DBUS_SYSTEM_BUS_ADDRESS", "unix:path=/nowhere/bus");
-        QCOMPARE(client.run(clientArguments(command)).status, 64);
+        const QPair<const char *, const char *> pathRows[] {
+            {"get Zoom", "no such path: the configuration has no key \"Zoom\""},
+            {"get window/height", "no such path: window has no key \"height\""},
+            {"get sizes[0]/x", "no such path: sizes[0] has no keys"},
+            {"get window[0]", "no such path: window is not a list"},
+            {"get sizes[3]", "no such path: sizes has only 3 items"},
+            {"get flags[1]", "no such path: flags has only 1 item"},
+            {"set theme/x:int=1", "no such path: theme has no keys"},
+            {"set sizes[3]=1", "no such path: sizes has only 3 items"},
+            {"set new[0]:int=1", "no such path: the configuration has no key \"new\""},
+            {"set sizes[0]/x:int=1", "no such path: sizes[0] has no keys"},
+        };
+        for (const auto &[arguments, message] : pathRows)
+            QTest::newRow(arguments) << 66 << message;
     }
-}
 
-void ClientValuesTest::textIsUtf8InEveryLocale()
-{
-    m_fixture.service.replyWith("({'é': <'ü'>},)");
-    Program shell("/bin/sh");
-    shell.setVariable("LC_ALL", "C");
-    const Outcome outcome = shell.run(
-        {"-c",
-         "client='" INSTALLED_PROGRAMS "/managed-configuration --organization acme.labs"
-         " --application viewer'; $client get \"$(printf '\\303\\251')\" &&"
-         " $client set \"$(printf '\\303\\251=\\303\\244')\" &&"
-         " $client set \"$(printf 'a=\\377')\""});
-    QCOMPARE(outcome.output, QString("\"ü\"\n"));
-    QCOMPARE(changes(), QStringList("({'é': <'ä'>},)"));
-    QVERIFY2(outcome.errors.contains(" is not UTF-8\n"), qPrintable(outcome.errors));
-    QCOMPARE(outcome.status, 64);
-}
+    void wrongArgumentsAreNamed()
+    {
+        QFETCH(int, status);
+        QFETCH(QString, message);
+        const QString arguments = QTest::currentDataTag();
+        const Outcome outcome = runClient(arguments.split(' ', Qt::SkipEmptyParts));
+        QVERIFY2(outcome.errors.startsWith("managed-configuration: " + message
+                                           + "\nmanaged-configuration: what to do: "),
+                 qPrintable(outcome.errors));
+        QCOMPARE(outcome.output, QString());
+        QCOMPARE(outcome.status, status);
+        QCOMPARE(changes(), QStringList());
+    }
+
+    void textIsUtf8InEveryLocale()
+    {
+        m_service.replyWith("({'é': <'ü'>},)");
+        Program shell("/bin/sh");
+        shell.setVariable("LC_ALL", "C");
+        const Outcome outcome = shell.run(
+            {"-c",
+             "client='" INSTALLED_PROGRAMS "/managed-configuration --organization acme.labs"
+             " --application viewer'; $client get \"$(printf '\\303\\251')\" &&"
+             " $client set \"$(printf '\\303\\251=\\303\\244')\" &&"
+             " $client set \"$(printf 'a=\\377')\""});
+        QCOMPARE(outcome.output, "\"ü\"\n");
+        QCOMPARE(changes(), QStringList("({'é': <'ä'>},)"));
+        QVERIFY2(outcome.errors.contains(" is not UTF-8\n"), qPrintable(outcome.errors));
+        QCOMPARE(outcome.status, 64);
+    }
+
+private:
+    // The arguments of the changes that this test has asked for.
+    QStringList changes() const
+    {
+        QStringList arguments;
+        const auto calls = m_service.calls();
+        for (const FakeService::Call &call : calls) {
+            if (call.method == QLatin1String("ChangeConfiguration"))
+                arguments.append(call.arguments);
+        }
+        return arguments;
+    }
+};
 
 TARNVEL_BUS_TEST_MAIN(ClientValuesTest)
 
