@@ -5,16 +5,13 @@
 #include "answers.h"
 #include "endpoint.h"
 #include "fake_service.h"
+#include "waiting.h"
 
-#include <QtCore/QCoreApplication>
 #include <QtCore/QFile>
 #include <QtCore/QProcess>
-#include <QtCore/QRegularExpression>
 #include <QtCore/QTemporaryDir>
 #include <QtDBus/QDBusConnection>
 #include <QtDBus/QDBusMessage>
-#include <QtDBus/QDBusPendingReply>
-#include <QtTest/QTest>
 #include <Tarnvel/ManagedConfiguration/configuration_manager.h>
 
 #include <unistd.h>
@@ -24,8 +21,6 @@ using namespace Tarnvel::Testing;
 using namespace Tarnvel::DBus;
 
 namespace {
-
-constexpr int replyTimeoutMs = 300000;
 
 // The configuration of a system bus, as far as the policies of the services.
 const char busConfiguration[] = R"(<busconfig>
@@ -39,10 +34,7 @@ const char busConfiguration[] = R"(<busconfig>
     <allow send_type="signal"/>
     <allow send_requested_reply="true" send_type="method_return"/>
     <allow send_requested_reply="true" send_type="error"/>
-    <allow receive_type="method_call"/>
-    <allow receive_type="method_return"/>
-    <allow receive_type="error"/>
-    <allow receive_type="signal"/>
+    <allow receive_sender="*"/>
     <allow send_destination="org.freedesktop.DBus" send_interface="org.freedesktop.DBus"/>
   </policy>
   <include>%1/policy.conf</include>
@@ -84,10 +76,9 @@ public:
         m_daemon.start("setpriv",
                        {"--pdeathsig=KILL", "dbus-daemon", "--nofork", "--nopidfile", "--nosyslog",
                         "--print-address=1", "--config-file=" + m_directory.filePath("bus.conf")});
-        while (!m_daemon.canReadLine()) {
-            if (!m_daemon.waitForReadyRead(-1))
-                qFatal("dbus-daemon did not start");
-        }
+        // It prints its address once it listens.
+        if (!m_daemon.waitForReadyRead(waitTimeoutMs))
+            qFatal("dbus-daemon did not start");
         // It reports each refusal there.
         m_daemon.closeReadChannel(QProcess::StandardError);
     }
@@ -108,10 +99,7 @@ public:
     QString errorOf(const QDBusMessage &message) const
     {
         QDBusConnection client = QDBusConnection::connectToBus(address(), m_directory.path());
-        const QDBusPendingReply<> reply = client.asyncCall(message, replyTimeoutMs);
-        if (!QTest::qWaitFor([&reply] { return reply.isFinished(); }, replyTimeoutMs))
-            qFatal("no reply");
-        return reply.isError() ? reply.error().name() : QString();
+        return client.call(message, QDBus::BlockWithGui, waitTimeoutMs).errorName();
     }
 
 private:
@@ -126,8 +114,6 @@ private:
     QProcess m_daemon;
 };
 
-const auto call = &QDBusMessage::createMethodCall;
-
 } // namespace
 
 class BusPolicyTest : public QObject
@@ -141,12 +127,13 @@ private Q_SLOTS:
         QTest::addColumn<QDBusMessage>("message");
         QTest::addColumn<QString>("error");
 
-        const auto own = [](const QString &name) {
+        const auto call = &QDBusMessage::createMethodCall;
+        const auto own = [call](const QString &name) {
             return call(busName, "/org/freedesktop/DBus", busName, "RequestName")
                 << name << uint(0);
         };
-        const auto send = [](const QString &application, const QString &method,
-                             const QString &interface = applicationInterface) {
+        const auto send = [call](const QString &application, const QString &method,
+                                 const QString &interface = applicationInterface) {
             return call(serviceName, applicationPath("acme", application), interface, method);
         };
         const QString get = getConfigurationMethod;
@@ -196,14 +183,10 @@ private Q_SLOTS:
         QCoreApplication::setApplicationName("viewer");
         ConfigurationManager manager;
         const Announcements announcements(manager);
-        Answers answers;
-        manager.getConfiguration(answers.forReading());
-        manager.changeConfiguration(Configuration(), answers.forChanging());
-        QVERIFY(answers.waitFor(2));
-        QCOMPARE(answers.texts(), QStringList({"{\"key\": int 7}", "{}"}));
+        QCOMPARE(awaitRead(manager), "{\"key\": int 7}");
+        QCOMPARE(awaitChange(manager, Configuration()), "{}");
         service.announceChange(applicationPath("acme", "viewer"));
-        QTRY_COMPARE_WITH_TIMEOUT(announcements.texts(), QStringList("{\"key\": int 7}"),
-                                  replyTimeoutMs);
+        TRY_COMPARE(announcements.texts(), QStringList("{\"key\": int 7}"));
     }
 
     void theLibraryReportsARefusal()
@@ -212,12 +195,9 @@ private Q_SLOTS:
         QVERIFY(service.start());
         QCoreApplication::setApplicationName("archive");
         ConfigurationManager manager;
-        Answers answers;
-        manager.getConfiguration(answers.forReading());
-        manager.changeConfiguration(Configuration(), answers.forChanging());
-        QVERIFY(answers.waitFor(2));
-        const QStringList texts = answers.texts();
-        QCOMPARE(texts.filter(QRegularExpression("^\\{\\} error 1: Rejected send message")), texts);
+        const QString refusal = "{} error 1: Rejected send message";
+        QVERIFY(awaitRead(manager).startsWith(refusal));
+        QVERIFY(awaitChange(manager, Configuration()).startsWith(refusal));
         QCOMPARE(service.calls().count(), 0);
     }
 };

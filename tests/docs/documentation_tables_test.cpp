@@ -19,6 +19,8 @@ using namespace Tarnvel::Testing;
 
 namespace {
 
+const QString entry = "{\"key\": %1}";
+
 QString contentOf(const QString &page)
 {
     QFile file(QStringLiteral(DOCS_DIR "/") + page);
@@ -64,6 +66,11 @@ QString wireFromJson(const QString &json)
         : QString();
 }
 
+bool isJson(const QString &text)
+{
+    return !QJsonDocument::fromJson(text.toUtf8()).isNull();
+}
+
 QString typeOf(const QString &wire)
 {
     g_autoptr(GVariant) value = parseValue(wire);
@@ -81,6 +88,17 @@ QVariant valueOfType(const QString &name)
     if (type == QMetaType::UnknownType)
         qFatal("there is no type %s", qUtf8Printable(name));
     return QVariant(type, nullptr);
+}
+
+QString steps(const QString &path)
+{
+    QStringList steps;
+    const Xpath xpath(path);
+    for (const XpathAccess &access : xpath.accesses())
+        steps.append(access.type() == XpathAccess::Key
+                         ? "key " + access.toKey()
+                         : "index " + QString::number(access.toIndex()));
+    return steps.join(", ");
 }
 
 } // namespace
@@ -114,28 +132,11 @@ private Q_SLOTS:
 
     void eachRowHolds()
     {
-        static const QMap<QString, QStringList (TablesTest::*)(const QStringList &)> rows {
-            {"| D-Bus type | on the wire | in C++ | in JSON |", &TablesTest::value},
-            {"| empty list of type | on the wire | read back |", &TablesTest::emptyList},
-            {"| D-Bus type | on the wire | warning |", &TablesTest::unreadValue},
-            {"| D-Bus type | on the wire | in C++ |", &TablesTest::unreadDictionary},
-            {"| unsupported type | use instead |", &TablesTest::refusedType},
-            {"| in JSON | why it is refused |", &TablesTest::refusedJson},
-            {"| path | steps |", &TablesTest::steps},
-            {"| path | warning |", &TablesTest::invalidPath},
-            {"| path | value |", &TablesTest::valueByPath},
-            {"| path | last warning |", &TablesTest::noValueByPath},
-            {"| key | why no path reaches it |", &TablesTest::unreachableKey},
-            {"| organization name | application name | object path |", &TablesTest::identity},
-            {"| organization name | application name | invalid object path |",
-             &TablesTest::invalidIdentity},
-        };
         QFETCH(const QString, header);
         QFETCH(const QStringList, cells);
 
-        QVERIFY2(rows.contains(header), qPrintable("nothing checks the table " + header));
         MessageLog log;
-        QStringList found = (this->*rows.value(header))(cells);
+        QStringList found = make(header, cells);
         const QString userType = QVariant::typeToName(QVariant::UserType);
         const QStringList warnings = log.take();
         if (header.contains("warning"))
@@ -145,94 +146,60 @@ private Q_SLOTS:
     }
 
 private:
-    // Each of these functions returns the first cells of a row as the library makes them.
-
-    QStringList value(const QStringList &cells)
+    // The first cells of a row as the library makes them.
+    QStringList make(const QString &header, const QStringList &cells)
     {
-        const QString &wire = cells.at(1);
-        const QVariant value = read(wire);
-        const QString json = QStringLiteral("{\"key\": %1}").arg(cells.at(3));
-        const bool isSame = wireFromJson(json) == QStringLiteral("{'key': <%1>}").arg(wire);
-        return {typeOf(wire), sent(value), describe(value), isSame ? cells.at(3) : "other JSON"};
+        const QString &cell = cells.at(0);
+        const QString &second = cells.at(1);
+        if (header == "| D-Bus type | on the wire | in C++ | in JSON |") {
+            const QVariant value = read(second);
+            const bool isSame = wireFromJson(entry.arg(cells.at(3)))
+                == QString("{'key': <%1>}").arg(second);
+            return {typeOf(second), sent(value), describe(value),
+                    isSame ? cells.at(3) : "other JSON"};
+        }
+        if (header == "| empty list of type | on the wire | read back |") {
+            const QString empty = sent(valueOfType(cell));
+            return {cell, empty, textOf(read(empty))};
+        }
+        if (header == "| D-Bus type | on the wire | warning |")
+            return {typeOf(second), read(second).isValid() ? "a value that is read" : second};
+        if (header == "| D-Bus type | on the wire | in C++ |")
+            return {typeOf(second), second, describe(read(second))};
+        if (header == "| path | steps |")
+            return {cell, steps(cell)};
+        if (header == "| path | value |")
+            return {cell, textOf(valueByPath(cell))};
+        if (header == "| organization name | application name | object path |") {
+            const Error error = errorAs(cell, second);
+            return {cell, second, error ? error.message() : m_service.calls().last().path};
+        }
+        if (header == "| organization name | application name | invalid object path |") {
+            const QString message = errorAs(cell, second).message();
+            return {cell, second, message.section("Invalid object path: ", 1)};
+        }
+        return {isRefused(header, cell) ? cell : "not refused"};
     }
 
-    QStringList emptyList(const QStringList &cells)
+    bool isRefused(const QString &header, const QString &cell)
     {
-        const QString wire = sent(valueOfType(cells.at(0)));
-        return {cells.at(0), wire, textOf(read(wire))};
+        if (header == "| unsupported type | use instead |")
+            return !Configuration().set("key", valueOfType(cell));
+        if (header == "| in JSON | why it is refused |")
+            return isJson(entry.arg(cell)) && wireFromJson(entry.arg(cell)).isNull();
+        if (header == "| path | warning |")
+            return !Xpath(cell).isValid();
+        if (header == "| path | last warning |")
+            return !valueByPath(cell).isValid();
+        if (header == "| key | why no path reaches it |")
+            return !makeConfiguration({{cell, 7}}).getByXpath(cell).isValid();
+        qFatal("nothing checks the table %s", qUtf8Printable(header));
     }
 
-    QStringList unreadValue(const QStringList &cells)
-    {
-        const bool isRead = read(cells.at(1)).isValid();
-        return {typeOf(cells.at(1)), isRead ? "a value that is read" : cells.at(1)};
-    }
-
-    QStringList unreadDictionary(const QStringList &cells)
-    {
-        return {typeOf(cells.at(1)), cells.at(1), describe(read(cells.at(1)))};
-    }
-
-    QStringList refusedType(const QStringList &cells)
-    {
-        const bool isStored = Configuration().set("key", valueOfType(cells.at(0)));
-        return {isStored ? "a type that is stored" : cells.at(0)};
-    }
-
-    QStringList refusedJson(const QStringList &cells)
-    {
-        const QString json = QStringLiteral("{\"key\": %1}").arg(cells.at(0));
-        if (QJsonDocument::fromJson(json.toUtf8()).isNull())
-            return {"no JSON"};
-        return {wireFromJson(json).isNull() ? cells.at(0) : "JSON that is accepted"};
-    }
-
-    QStringList steps(const QStringList &cells)
-    {
-        const Xpath xpath(cells.at(0));
-        QStringList steps;
-        for (const XpathAccess &access : xpath.accesses())
-            steps.append(access.type() == XpathAccess::Key
-                             ? "key " + access.toKey()
-                             : "index " + QString::number(access.toIndex()));
-        return {cells.at(0), steps.join(", ")};
-    }
-
-    QStringList invalidPath(const QStringList &cells)
-    {
-        return {Xpath(cells.at(0)).isValid() ? "a valid path" : cells.at(0)};
-    }
-
-    QStringList valueByPath(const QStringList &cells)
+    QVariant valueByPath(const QString &path)
     {
         const QString json = contentOf("paths.md").section("```json\n", 1).section("```", 0, 0);
-        Configuration example = Configuration::fromVariant(read(wireFromJson(json)));
-        return {cells.at(0), textOf(example.getByXpath(cells.at(0)))};
-    }
-
-    QStringList noValueByPath(const QStringList &cells)
-    {
-        return {valueByPath(cells).at(1).isNull() ? cells.at(0) : "a path to a value"};
-    }
-
-    QStringList unreachableKey(const QStringList &cells)
-    {
-        Configuration configuration;
-        configuration.set(cells.at(0), 7);
-        return {configuration.getByXpath(cells.at(0)).isValid() ? "a reachable key" : cells.at(0)};
-    }
-
-    QStringList identity(const QStringList &cells)
-    {
-        const Error error = errorAs(cells.at(0), cells.at(1));
-        const QString path = error ? error.message() : m_service.calls().last().path;
-        return {cells.at(0), cells.at(1), path};
-    }
-
-    QStringList invalidIdentity(const QStringList &cells)
-    {
-        const QString message = errorAs(cells.at(0), cells.at(1)).message();
-        return {cells.at(0), cells.at(1), message.section("Invalid object path: ", 1)};
+        return Configuration::fromVariant(read(wireFromJson(json))).getByXpath(path);
     }
 
     // The value that the library reads if the service keeps this one.
