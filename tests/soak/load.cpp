@@ -100,7 +100,7 @@ bool Load::run(int requests)
     });
     stallTimer.start(stallTimeoutMs);
     m_loop.exec();
-    m_service.stop();
+    m_service.close();
     return !m_hasFailed;
 }
 
@@ -140,12 +140,11 @@ void Load::addClient(bool isImpatient)
 
 void Load::destroyClient(std::size_t index)
 {
-    const Client *const client = m_clients.at(index).get();
-    for (auto request = m_openRequests.begin(); request != m_openRequests.end();) {
-        const bool isAbandoned = request.value() == client;
-        m_tally[QStringLiteral("abandoned requests")] += isAbandoned ? 1 : 0;
-        request = isAbandoned ? m_openRequests.erase(request) : std::next(request);
-    }
+    Client *const client = m_clients.at(index).get();
+    const QList<int> abandoned = m_openRequests.keys(client);
+    for (const int request : abandoned)
+        m_openRequests.remove(request);
+    m_tally[QStringLiteral("abandoned requests")] += abandoned.size();
     const int missing = client->expectedAnnouncements - client->receivedAnnouncements;
     m_missingAnnouncements -= missing;
     m_tally[QStringLiteral("abandoned announcements")] += missing;
@@ -170,18 +169,18 @@ void Load::proceed()
 // False if there is nothing to do before the next answer.
 bool Load::step()
 {
-    int &left = m_service.isRunning() ? m_left : m_leftWithoutService;
+    int &left = m_service.isOpen() ? m_left : m_leftWithoutService;
     if (left <= 0) {
         if (m_openRequests.isEmpty() && m_missingAnnouncements == 0)
             endPhase();
         return false;
     }
-    if (m_service.isRunning() && !m_isFenceUnderWay && m_left <= m_leftAtStop) {
-        m_service.stop();
+    if (m_service.isOpen() && !m_isFenceUnderWay && m_left <= m_leftAtStop) {
+        m_service.close();
         m_leftWithoutService = requestsWithoutService;
         return true;
     }
-    if (m_service.isRunning() && !m_isFenceUnderWay && m_left <= m_leftAtAnnouncement)
+    if (m_service.isOpen() && !m_isFenceUnderWay && m_left <= m_leftAtAnnouncement)
         announce();
     if (m_random.bounded(clientPeriod) == 0)
         addOrDestroyClient();
@@ -194,7 +193,7 @@ bool Load::step()
 
 void Load::endPhase()
 {
-    if (!m_service.isRunning()) {
+    if (!m_service.isOpen()) {
         startService();
     } else if (!m_isLastFenceSent) {
         // Whatever comes once too often comes before the answer to this.
@@ -219,7 +218,7 @@ void Load::addOrDestroyClient()
 void Load::startService()
 {
     m_leftAtStop = m_left - m_random.bounded(2 * servicePeriod);
-    m_service.start();
+    m_service.open();
     sendFence();
 }
 

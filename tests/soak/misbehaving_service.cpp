@@ -19,64 +19,45 @@ namespace {
 // connection 128 of them.
 constexpr int unansweredMost = 30;
 
-std::shared_ptr<GVariant> share(GVariant *value)
+QByteArray nest(int levels)
 {
-    return {g_variant_ref_sink(value), g_variant_unref};
+    return levels == 0 ? QByteArrayLiteral("@a{sv} {}")
+                       : "{'inner': <" + nest(levels - 1) + ">, 'entries': <2>}";
 }
 
-GVariant *nest(int levels)
-{
-    GVariant *configuration = g_variant_new_parsed("@a{sv} {}");
-    for (int level = 0; level < levels; ++level)
-        configuration = g_variant_new_parsed("{'inner': <%@a{sv}>, 'entries': <2>}", configuration);
-    return configuration;
-}
-
-GVariant *makeHuge()
+QByteArray makeHuge()
 {
     constexpr int entries = 2000;
     QByteArray text = "{'entries': <" + QByteArray::number(entries + 1) + '>';
     for (int entry = 0; entry < entries; ++entry)
         text += ", '" + QByteArray::number(entry)
             + "': <'some fifty bytes, together with the key'>";
-    return g_variant_new_parsed((text + '}').constData());
+    return text + '}';
+}
+
+bool isFence(const MethodCall &call)
+{
+    if (call.method() != QLatin1String(DBus::changeConfigurationMethod))
+        return false;
+    g_autoptr(GVariant) configuration = g_variant_get_child_value(call.arguments(), 0);
+    return g_variant_lookup(configuration, fenceKey, "b", nullptr) != 0;
 }
 
 } // namespace
 
 MisbehavingService::MisbehavingService(QString address, quint32 seed, Tally &tally)
-    : m_address(std::move(address)),
+    : RawService([this](const MethodCall &call) { receive(call); }),
+      m_address(std::move(address)),
       m_random(seed),
-      m_tally(tally),
-      m_service([this](const MethodCall &call) { receive(call); })
+      m_tally(tally)
 {
-    for (const char *text :
-         {"{'volume': <7>, 'muted': <true>, 'theme': <'dark'>, 'entries': <4>}",
-          "{'numbers': <[1, 2, 3]>, 'switches': <[true, false]>, 'names': <['a', '', 'c']>,"
-          " 'empty, so left out': <@ai []>, 'entries': <4>}",
-          "{'known': <1>, 'ratio': <0.5>, 'pair': <(1, 'b')>, 'ratios': <[0.5, 1.5]>,"
-          " 'lists': <[[1], [2, 3]]>, 'entries': <2>}"})
-        m_configurations.push_back(share(g_variant_new_parsed(text)));
-    for (const int levels : {0, 1, 3, 8})
-        m_configurations.push_back(share(nest(levels)));
-    m_configurations.push_back(share(makeHuge()));
 }
 
-void MisbehavingService::start()
+void MisbehavingService::open()
 {
     m_unanswered = 0;
-    if (const QString error = m_service.open(m_address); !error.isNull())
+    if (const QString error = RawService::open(m_address); !error.isNull())
         qFatal("%s", qUtf8Printable(error));
-}
-
-void MisbehavingService::stop()
-{
-    m_service.close();
-}
-
-bool MisbehavingService::isRunning() const
-{
-    return m_service.isOpen();
 }
 
 void MisbehavingService::announceAtNextFence(const QString &path, int count)
@@ -87,24 +68,15 @@ void MisbehavingService::announceAtNextFence(const QString &path, int count)
 
 void MisbehavingService::receive(const MethodCall &call)
 {
-    if (call.method() == QLatin1String(DBus::changeConfigurationMethod)) {
-        g_autoptr(GVariant) configuration = g_variant_get_child_value(call.arguments(), 0);
-        if (g_variant_lookup(configuration, fenceKey, "b", nullptr)) {
-            receiveFence(call);
-            return;
-        }
-    }
-    if (call.path() == QLatin1String(impatientPath))
+    if (isFence(call)) {
+        for (; m_announcements > 0; --m_announcements)
+            announceChange(m_announcedPath);
+        reply(call);
+    } else if (call.path() == QLatin1String(impatientPath)) {
         replyToImpatient(call);
-    else
+    } else {
         replyToPatient(call);
-}
-
-void MisbehavingService::receiveFence(const MethodCall &call)
-{
-    for (; m_announcements > 0; --m_announcements)
-        m_service.announceChange(m_announcedPath);
-    call.reply(g_variant_new_tuple(nullptr, 0));
+    }
 }
 
 void MisbehavingService::replyToPatient(const MethodCall &call)
@@ -169,9 +141,18 @@ void MisbehavingService::replyLate(const MethodCall &call, int longestDelayMs)
 GVariant *MisbehavingService::randomConfiguration()
 {
     constexpr int hugePeriod = 200;
-    const int common = static_cast<int>(m_configurations.size()) - 1;
-    const int index = m_random.bounded(hugePeriod) == 0 ? common : m_random.bounded(common);
-    return m_configurations.at(static_cast<std::size_t>(index)).get();
+    static const QByteArray huge = makeHuge();
+    static const char *const flat[] = {
+        "{'volume': <7>, 'muted': <true>, 'theme': <'dark'>, 'entries': <4>}",
+        "{'numbers': <[1, 2, 3]>, 'switches': <[true, false]>, 'names': <['a', '', 'c']>,"
+        " 'empty, so left out': <@ai []>, 'entries': <4>}",
+        "{'known': <1>, 'ratio': <0.5>, 'pair': <(1, 'b')>, 'ratios': <[0.5, 1.5]>,"
+        " 'lists': <[[1], [2, 3]]>, 'entries': <2>}"};
+    if (m_random.bounded(hugePeriod) == 0)
+        return g_variant_new_parsed(huge.constData());
+    if (m_random.bounded(2) == 0)
+        return g_variant_new_parsed(nest(m_random.bounded(9)).constData());
+    return g_variant_new_parsed(flat[m_random.bounded(3)]);
 }
 
 } // namespace Tarnvel::Soak

@@ -10,9 +10,6 @@
 #include <QtCore/QRandomGenerator>
 #include <QtCore/QString>
 
-#include <memory>
-#include <vector>
-
 namespace Tarnvel::Soak {
 
 /*! \brief How often each kind of event has happened, by its name. */
@@ -27,36 +24,30 @@ constexpr char innerKey[] = "inner";
 
 /*! \brief How long a request with a short timeout waits for its reply. */
 constexpr int shortTimeoutMs = 100;
-/*! \brief The object path of an application with a short timeout. Some of its calls get no reply.
- */
+/*! \brief The object path of an application with a short timeout; some calls get no reply. */
 constexpr char impatientPath[] = "/acme_2eimpatient";
 /*! \brief The object path of an application whose calls all get a reply. */
 constexpr char patientPath[] = "/acme_2epatient";
 
-/*!
- * \brief A service that replies rightly, wrongly, late, twice or never, chosen at random.
- */
-class MisbehavingService
+/*! \brief A service that replies rightly, wrongly, late, twice or never, chosen at random. */
+class MisbehavingService : private Testing::RawService
 {
 public:
     /*! \brief A service for the bus at \a address; \a tally counts what it does wrong. */
     MisbehavingService(QString address, quint32 seed, Tally &tally);
 
     /*! \brief Appears on the bus; ends the process on failure. */
-    void start();
+    void open();
 
-    /*! \brief Leaves the bus, with calls unanswered if there are any. */
-    void stop();
-
-    /*! \brief True between start() and stop(). */
-    bool isRunning() const;
+    // close() leaves calls unanswered if there are any.
+    using RawService::close;
+    using RawService::isOpen;
 
     /*! \brief Announces \a count changes at \a path when the next fence arrives, then replies. */
     void announceAtNextFence(const QString &path, int count);
 
 private:
     void receive(const Testing::MethodCall &call);
-    void receiveFence(const Testing::MethodCall &call);
     void replyToPatient(const Testing::MethodCall &call);
     void replyToImpatient(const Testing::MethodCall &call);
     void reply(const Testing::MethodCall &call);
@@ -66,11 +57,9 @@ private:
     QString m_address;
     QRandomGenerator m_random;
     Tally &m_tally;
-    std::vector<std::shared_ptr<GVariant>> m_configurations;
     QString m_announcedPath;
     int m_announcements = 0;
     int m_unanswered = 0;
-    Testing::RawService m_service;
     // Last, so that no timer outlives what it uses.
     QObject m_timerContext;
 };
