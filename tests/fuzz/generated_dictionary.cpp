@@ -5,7 +5,6 @@
 
 #include "bus_limits.h"
 
-#include <algorithm>
 #include <cstring>
 #include <vector>
 
@@ -27,39 +26,26 @@ struct Room
 
 QByteArray readType(FuzzerInput &input, Room room);
 
-QByteArray readArrayType(FuzzerInput &input, Room room)
+QByteArray readElementType(FuzzerInput &input, Room room)
 {
-    --room.arrays;
-    --room.containers;
-    if (input.peek() != '{' || room.length < 5 || room.structures < 1 || room.containers < 1) {
-        --room.length;
-        return 'a' + readType(input, room);
-    }
-    input.byte();
-    --room.structures;
-    --room.containers;
-    room.length -= 4;
+    if (room.length < 4 || room.structures < 1 || room.containers < 1 || !input.skip('{'))
+        return readType(input, room);
     const char key = input.code(basicCodes);
-    const QByteArray value = readType(input, room);
-    if (input.peek() == '}')
-        input.byte();
-    return QByteArray("a{") + key + value + '}';
+    const QByteArray value = readType(
+        input, {room.length - 3, room.arrays, room.structures - 1, room.containers - 1});
+    input.skip('}');
+    return QByteArray("{") + key + value + '}';
 }
 
-QByteArray readStructureType(FuzzerInput &input, Room room)
+QByteArray readMemberTypes(FuzzerInput &input, Room room)
 {
-    room.length -= 2;
-    --room.structures;
-    --room.containers;
     QByteArray members;
     do {
         const QByteArray member = readType(input, room);
         room.length -= member.size();
         members += member;
-    } while (room.length > 0 && !input.isEmpty() && input.peek() != ')');
-    if (input.peek() == ')')
-        input.byte();
-    return '(' + members + ')';
+    } while (!input.skip(')') && room.length > 0 && !input.isEmpty());
+    return members;
 }
 
 QByteArray readType(FuzzerInput &input, Room room)
@@ -67,24 +53,20 @@ QByteArray readType(FuzzerInput &input, Room room)
     const char code = input.code(allCodes);
     if (std::strchr(basicCodes, code) != nullptr)
         return {1, code};
-    if (code == 'a' && room.length >= 2 && room.arrays > 0 && room.containers > 0)
-        return readArrayType(input, room);
-    if (code == '(' && room.length >= 3 && room.structures > 0 && room.containers > 0)
-        return readStructureType(input, room);
-    return {1, room.containers > 0 ? 'v' : 's'};
+    const auto [length, arrays, structures, containers] = room;
+    if (code == 'a' && length >= 2 && arrays > 0 && containers > 0)
+        return 'a' + readElementType(input, {length - 1, arrays - 1, structures, containers - 1});
+    if (code == '(' && length >= 3 && structures > 0 && containers > 0)
+        return '(' + readMemberTypes(input, {length - 2, arrays, structures - 1, containers - 1})
+            + ')';
+    return {1, containers > 0 ? 'v' : 's'};
 }
 
 QByteArray readSignature(FuzzerInput &input, int containers)
 {
-    return readType(input, {255, 32, 32, containers});
-}
-
-QByteArray readObjectPath(FuzzerInput &input)
-{
-    QByteArray name = input.text();
-    std::replace_if(
-        name.begin(), name.end(), [](char c) { return !g_ascii_isalnum(c); }, '_');
-    return '/' + name;
+    return readType(input,
+                    {DBus::maximumSignatureSize, DBus::maximumArrayDepth,
+                     DBus::maximumStructureDepth, containers});
 }
 
 GVariant *readValue(FuzzerInput &input, const GVariantType *type, int depth);
@@ -134,7 +116,7 @@ GVariant *readValue(FuzzerInput &input, const GVariantType *type, int depth)
     case 's':
         return g_variant_new_string(input.text().constData());
     case 'o':
-        return g_variant_new_object_path(readObjectPath(input).constData());
+        return g_variant_new_object_path(('/' + input.text().toHex()).constData());
     case 'g':
         return g_variant_new_signature(
             readSignature(input, DBus::maximumContainerDepth).constData());

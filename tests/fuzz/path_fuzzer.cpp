@@ -5,7 +5,6 @@
 #include <Tarnvel/ManagedConfiguration/xpath.h>
 
 #include "description.h"
-#include "failure.h"
 #include "generated_configuration.h"
 #include "message_log.h"
 #include "path_model.h"
