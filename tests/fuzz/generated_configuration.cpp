@@ -3,10 +3,9 @@
 
 #include "generated_configuration.h"
 
-#include "configuration_p.h"
+#include "description.h"
 
 #include <QtCore/QDate>
-#include <QtCore/QStringList>
 
 namespace Tarnvel::Testing {
 
@@ -16,7 +15,7 @@ namespace {
 
 constexpr int deepestConfiguration = 30;
 
-ValueTree readEntries(FuzzerInput &input, int level);
+Configuration readEntries(FuzzerInput &input, int level);
 
 bool readBool(FuzzerInput &input)
 {
@@ -33,31 +32,35 @@ QString readString(FuzzerInput &input)
     return QString::fromUtf8(input.text());
 }
 
-ValueTree leaf(ValueTree::Kind kind, const QVariant &value)
-{
-    ValueTree tree;
-    tree.kind = kind;
-    tree.value = value;
-    return tree;
-}
-
 template<typename List, typename ReadItem>
-ValueTree readList(FuzzerInput &input, ReadItem readItem)
+QVariant readList(FuzzerInput &input, ReadItem readItem)
 {
     List list;
-    QVector<ValueTree> items;
-    for (int count = input.byte() % 16; count > 0; --count) {
+    for (int count = input.byte() % 16; count > 0; --count)
         list.append(readItem(input));
-        items.append(leaf(ValueTree::Scalar, list.constLast()));
-    }
-    ValueTree tree = leaf(ValueTree::List, QVariant::fromValue(list));
-    tree.items = items;
-    return tree;
+    return QVariant::fromValue(list);
 }
 
-QVariant readUnsupported(FuzzerInput &input, char code)
+QVariant readValue(FuzzerInput &input, int level)
 {
-    switch (code) {
+    switch (input.code("{ibsIBSTdulyLMD0")) {
+    case '{':
+        return QVariant::fromValue(level < deepestConfiguration ? readEntries(input, level + 1)
+                                                                : Configuration());
+    case 'i':
+        return readInt(input);
+    case 'b':
+        return readBool(input);
+    case 's':
+        return readString(input);
+    case 'I':
+        return readList<QList<int>>(input, readInt);
+    case 'B':
+        return readList<QList<bool>>(input, readBool);
+    case 'S':
+        return readList<QStringList>(input, readString);
+    case 'T':
+        return readList<QList<QString>>(input, readString);
     case 'd':
         return readInt(input) / 8.0;
     case 'u':
@@ -77,57 +80,22 @@ QVariant readUnsupported(FuzzerInput &input, char code)
     }
 }
 
-ValueTree readValue(FuzzerInput &input, int level)
+Configuration readEntries(FuzzerInput &input, int level)
 {
-    const char code = input.code("{ibsIBSTdulyLMD0");
-    switch (code) {
-    case '{':
-        return level < deepestConfiguration ? readEntries(input, level + 1) : ValueTree();
-    case 'i':
-        return leaf(ValueTree::Scalar, readInt(input));
-    case 'b':
-        return leaf(ValueTree::Scalar, readBool(input));
-    case 's':
-        return leaf(ValueTree::Scalar, readString(input));
-    case 'I':
-        return readList<QList<int>>(input, readInt);
-    case 'B':
-        return readList<QList<bool>>(input, readBool);
-    case 'S':
-        return readList<QStringList>(input, readString);
-    case 'T':
-        return readList<QList<QString>>(input, readString);
-    default:
-        return leaf(ValueTree::Unsupported, readUnsupported(input, code));
-    }
-}
-
-ValueTree readEntries(FuzzerInput &input, int level)
-{
-    ValueTree tree;
+    QMap<QString, QVariant> entries;
     while (!input.isEmpty() && input.peek() != '}') {
         const QString key = readString(input);
-        tree.entries.insert(key, readValue(input, level));
+        entries.insert(key, readValue(input, level));
     }
     input.byte();
-    return tree;
+    return makeConfiguration(entries);
 }
 
 } // namespace
 
-ValueTree generateConfiguration(FuzzerInput &input)
+Configuration generateConfiguration(FuzzerInput &input)
 {
     return readEntries(input, 1);
-}
-
-QVariant toVariant(const ValueTree &tree)
-{
-    if (tree.kind != ValueTree::Configuration)
-        return tree.value;
-    QMap<QString, QVariant> entries;
-    for (auto entry = tree.entries.cbegin(); entry != tree.entries.cend(); ++entry)
-        entries.insert(entry.key(), toVariant(entry.value()));
-    return QVariant::fromValue(Configuration(new ConfigurationPrivate(entries)));
 }
 
 } // namespace Tarnvel::Testing
