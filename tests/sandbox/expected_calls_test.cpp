@@ -74,8 +74,8 @@ void ExpectedCallsTest::callsMustComeInTheirOrderAndInTime()
 
 void ExpectedCallsTest::everyMemberCounts()
 {
-    for (const QString member : {"application", "path", "user", "method", "change", "outcome",
-                                 "error", "message", "fault"}) {
+    for (const QString &member : QStringList {"application", "path", "user", "method", "change",
+                                              "outcome", "error", "message", "fault"}) {
         Expectation expectation;
         QVERIFY(parseExpectation("calls.json", expected, &expectation).isEmpty());
         expectation.record(object(get));
@@ -118,7 +118,8 @@ void ExpectedCallsTest::aDiagnosticHasItsPlace()
     QFETCH(QByteArray, text);
     Expectation expectation(QVector<ExpectedCall> {{"earlier:1:1", {}}});
     QStringList diagnostics;
-    for (const auto &failure : parseExpectation("c", text, &expectation))
+    const auto failures = parseExpectation("c", text, &expectation);
+    for (const auto &failure : failures)
         diagnostics.append(failure.text().mid(2));
     QTEST(diagnostics, "diagnostics");
     // Unchanged.

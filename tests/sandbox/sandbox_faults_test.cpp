@@ -211,7 +211,7 @@ void SandboxFaultsTest::aFaultComesAtItsTime()
     QVERIFY(start(scenarioOf(configuration),
                   {"get", "follow", "follow", "follow", "follow", "follow"}));
     QVERIFY(waitForLine(got));
-    for (const QString name : {"announce", "announce-twice", "spoofed-signal", "push"}) {
+    for (const char *name : {"announce", "announce-twice", "spoofed-signal", "push"}) {
         QVERIFY(write(m_scenarioFile, scenarioWithFaults(exampleOf(name))));
         QVERIFY(waitForEvent(QString("%1 (fault %2)").arg(announced, name)));
     }

@@ -292,8 +292,9 @@ void SandboxTest::onlyFilesAreChecked()
 
 void SandboxTest::theLogOverwritesNoFileThatIsRead()
 {
-    for (const QString option : {"--scenario", "--expect"}) {
-        const QByteArray text = option == "--expect" ? R"({"calls": []})" : scenarioOf({});
+    for (const bool isExpectation : {false, true}) {
+        const QString option = isExpectation ? "--expect" : "--scenario";
+        const QByteArray text = isExpectation ? R"({"calls": []})" : scenarioOf({});
         QVERIFY(write(m_scenarioFile, text));
         const QString log = m_directory->filePath("./scenario.json");
         const Outcome outcome = m_sandbox->run({option, m_scenarioFile, "--log", log});

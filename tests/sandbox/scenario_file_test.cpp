@@ -149,7 +149,8 @@ void addDiagnosticsOfFile()
     QByteArray scenario;
     QByteArray row;
     QByteArrayList diagnostics;
-    for (const QByteArray &line : contentOf(diagnosticsFile).split('\n')) {
+    const QByteArrayList lines = contentOf(diagnosticsFile).split('\n');
+    for (const QByteArray &line : lines) {
         if (line.startsWith("  ")) {
             diagnostics << line.mid(2);
             continue;
@@ -215,10 +216,11 @@ void ScenarioFileTest::aValueIsWrittenAsItIsRead_data()
         "{'b': 1, '': 2}|{objectpath '/a': 1}|{signature 'ii': 1}|{2: 'x', 1: 'y'}|{1: <'x'>}|"
         "{true: @ax []}|[{'a': <1>}]|{'$gvariant': <1>}";
     // As deep as D-Bus allows.
-    const QByteArrayList deepest {'@' + QByteArray(32, 'a') + nested(29, "(", "i", ")") + " []",
-                                  '@' + QByteArray(29, 'a') + nested(29, "(", "a{sv}", ")") + " []",
-                                  nested(60, "<", "[1]", ">")};
-    for (const QByteArray &value : values.split('|') + deepest)
+    const QByteArrayList texts = values.split('|')
+        + QByteArrayList {'@' + QByteArray(32, 'a') + nested(29, "(", "i", ")") + " []",
+                          '@' + QByteArray(29, 'a') + nested(29, "(", "a{sv}", ")") + " []",
+                          nested(60, "<", "[1]", ">")};
+    for (const QByteArray &value : texts)
         row(QByteArray("{\"$gvariant\":\"") + value + "\"}", value);
     row(nested(20, "{\"n\":", "[1]", "}"), nested(20, "{'n': <", "[1]", ">}"));
     row(R"({"$gvariant": " 7 "})", "7", "7");
