@@ -1,17 +1,11 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include "answers.h"
-#include "bus_fixture.h"
+#include "bus_test.h"
 #include "configuration_manager_p.h"
-#include "description.h"
 #include "message_log.h"
 
-#include <QtCore/QScopeGuard>
-#include <QtDBus/QDBusMetaType>
-#include <QtDBus/QDBusPendingCallWatcher>
-#include <QtTest/QTest>
-#include <Tarnvel/ManagedConfiguration/configuration_manager.h>
+#include <QtDBus/QDBusPendingCall>
 
 #include <limits>
 #include <malloc.h>
@@ -35,61 +29,29 @@ QString nested(int levels, const QString &opening, const QString &innermost, con
 
 } // namespace
 
-class WireFormatTest : public QObject
+class WireFormatTest : public BusTest
 {
     Q_OBJECT
 
 public:
-    explicit WireFormatTest(BusFixture &fixture) : m_service(fixture.service) { }
+    using BusTest::BusTest;
 
 private Q_SLOTS:
     void aReceivedValueIsStoredByItsKind_data();
     void aReceivedValueIsStoredByItsKind();
     void aFileDescriptorIsLeftOut();
-    void theLastStorableOfEntriesWithOneKeyCounts_data();
-    void theLastStorableOfEntriesWithOneKeyCounts();
     void aConfigurationIsSentInOrderOfItsKeys_data();
     void aConfigurationIsSentInOrderOfItsKeys();
     void aReceivedConfigurationGoesBackUnchanged_data();
     void aReceivedConfigurationGoesBackUnchanged();
     void writingGoesOnBehindTheConfiguration();
-    void readingAddsToTheConfigurationAndGoesOnBehindIt_data();
     void readingAddsToTheConfigurationAndGoesOnBehindIt();
     void aReadReplyIsFreed();
     void aConfigurationInsideAVariantIsTakenAsItIs();
-    void theTypeIsRegisteredUnderItsWholeName();
-    void theOperatorsAreRegisteredOnce();
 
 private:
-    Answer read(const QString &reply);
-    QString argumentsSent(const Configuration &configuration);
-
-    FakeService &m_service;
     ConfigurationManager m_manager;
 };
-
-// The answer to a request to read, if the service replies with `reply`.
-Answer WireFormatTest::read(const QString &reply)
-{
-    m_service.replyWith(reply);
-    Answers answers;
-    m_manager.getConfiguration(answers.forReading());
-    answers.waitFor(1);
-    return answers.at(0);
-}
-
-// The arguments that the service received, or what went wrong.
-QString WireFormatTest::argumentsSent(const Configuration &configuration)
-{
-    m_service.replyWith("()");
-    const int calls = m_service.calls().count();
-    Answers answers;
-    m_manager.changeConfiguration(configuration, answers.forChanging());
-    answers.waitFor(1);
-    if (answers.at(0).error || m_service.calls().count() != calls + 1)
-        return "failed: " + answers.at(0).error.message();
-    return m_service.calls().last().arguments;
-}
 
 void WireFormatTest::aReceivedValueIsStoredByItsKind_data()
 {
@@ -132,6 +94,10 @@ void WireFormatTest::aReceivedValueIsStoredByItsKind_data()
           "{1.5: <1>}", "{objectpath '/a': <1>}", "{signature 's': <1>}"})
         row(sent, "{}");
     row("{'a': <1>, 'b': <{'x': 'y'}>, 'c': <2>}", R"({"a": int 1, "b": {}, "c": int 2})");
+    // Of entries with one key, the last that can be stored counts.
+    row("[{'a', <7.5>}, {'a', <1>}]", "{\"a\": int 1}");
+    row("[{'a', <1>}, {'a', <7.5>}]", "{\"a\": int 1}");
+    row("[{'b', <1>}, {'a', <2>}, {'b', <'later'>}]", R"({"a": int 2, "b": QString "later"})");
 
     row("@as []", "QStringList []");
     row("['b', 'a', '']", R"(QStringList ["b", "a", ""])");
@@ -171,11 +137,10 @@ void WireFormatTest::aReceivedValueIsStoredByItsKind()
     QFETCH(const QStringList, warnings);
 
     MessageLog log;
-    const Answer answer = read(QString("({'before': <1>, 'key': <%1>, 'later': <2>},)").arg(sent));
-    QCOMPARE(log.take(), warnings);
-    QCOMPARE(answer.error.message(), QString());
+    m_service.replyWith(QString("({'before': <1>, 'key': <%1>, 'later': <2>},)").arg(sent));
     const QString key = stored == "invalid" ? QString() : "\"key\": " + stored + ", ";
-    QCOMPARE(describe(answer.configuration), "{\"before\": int 1, " + key + "\"later\": int 2}");
+    QCOMPARE(awaitRead(m_manager), "{\"before\": int 1, " + key + "\"later\": int 2}");
+    QCOMPARE(log.take(), warnings);
 }
 
 void WireFormatTest::aFileDescriptorIsLeftOut()
@@ -183,34 +148,9 @@ void WireFormatTest::aFileDescriptorIsLeftOut()
     m_service.replyThrough([](const auto &call) {
         call.reply(parseValue("({'file': <handle 0>, 'later': <2>},)"), {0});
     });
-    Answers answers;
     MessageLog log;
-    m_manager.getConfiguration(answers.forReading());
-    QVERIFY(answers.waitFor(1));
+    QCOMPARE(awaitRead(m_manager), "{\"later\": int 2}");
     QCOMPARE(log.take(), QStringList());
-    QCOMPARE(describe(answers.at(0).configuration), QString("{\"later\": int 2}"));
-}
-
-void WireFormatTest::theLastStorableOfEntriesWithOneKeyCounts_data()
-{
-    QTest::addColumn<QString>("entries");
-    QTest::addColumn<QString>("stored");
-    const auto row = [](const char *entries, const char *stored) {
-        QTest::newRow(entries) << QString(entries) << QString(stored);
-    };
-    // What a configuration does not store replaces nothing.
-    row("{'a', <7.5>}, {'a', <1>}", "{\"a\": int 1}");
-    row("{'a', <1>}, {'a', <7.5>}", "{\"a\": int 1}");
-    row("{'a', <1>}, {'a', <'later'>}", "{\"a\": QString \"later\"}");
-    row("{'b', <1>}, {'a', <2>}, {'b', <3>}", R"({"a": int 2, "b": int 3})");
-}
-
-void WireFormatTest::theLastStorableOfEntriesWithOneKeyCounts()
-{
-    QFETCH(const QString, entries);
-    QFETCH(const QString, stored);
-
-    QCOMPARE(describe(read("([" + entries + "],)").configuration), stored);
 }
 
 void WireFormatTest::aConfigurationIsSentInOrderOfItsKeys_data()
@@ -246,7 +186,8 @@ void WireFormatTest::aConfigurationIsSentInOrderOfItsKeys()
     QFETCH(const Map, map);
     QFETCH(const QString, sent);
 
-    QCOMPARE(argumentsSent(makeConfiguration(map)), '(' + sent + ",)");
+    QCOMPARE(awaitChange(m_manager, makeConfiguration(map)), "{}");
+    QCOMPARE(m_service.calls().last().arguments, '(' + sent + ",)");
 }
 
 void WireFormatTest::aReceivedConfigurationGoesBackUnchanged_data()
@@ -265,7 +206,12 @@ void WireFormatTest::aReceivedConfigurationGoesBackUnchanged()
     QFETCH(const QString, entries);
 
     const QString reply = "({" + entries + "},)";
-    QCOMPARE(argumentsSent(read(reply).configuration), reply);
+    m_service.replyWith(reply);
+    const Answers answers;
+    m_manager.getConfiguration(answers.forReading());
+    QVERIFY(answers.waitFor(1));
+    QCOMPARE(awaitChange(m_manager, answers.at(0).configuration), "{}");
+    QCOMPARE(m_service.calls().last().arguments, reply);
 }
 
 void WireFormatTest::writingGoesOnBehindTheConfiguration()
@@ -277,35 +223,22 @@ void WireFormatTest::writingGoesOnBehindTheConfiguration()
     QCOMPARE(argument.currentSignature(), QString("a{sv}i"));
 }
 
-void WireFormatTest::readingAddsToTheConfigurationAndGoesOnBehindIt_data()
-{
-    QTest::addColumn<QString>("sent");
-    QTest::addColumn<QString>("stored");
-    QTest::newRow("nothing") << "@a{sv} {}"
-                             << "{\"there\": int 2}";
-    QTest::newRow("entries") << "{'key': <1>}"
-                             << R"({"key": int 1, "there": int 2})";
-    QTest::newRow("a dictionary of another kind") << "{'x': 'y', 'z': ''}"
-                                                  << "{\"there\": int 2}";
-}
-
 void WireFormatTest::readingAddsToTheConfigurationAndGoesOnBehindIt()
 {
-    QFETCH(const QString, sent);
-    QFETCH(const QString, stored);
-
-    m_service.replyWith('(' + sent + ", 7)");
     ConfigurationManagerPrivate requests(&m_manager);
-    const QDBusPendingCallWatcher watcher(requests.asyncCall("GetConfiguration"));
-    QTRY_VERIFY_WITH_TIMEOUT(watcher.isFinished(), 60000);
-    const auto argument = watcher.reply().arguments().value(0).value<QDBusArgument>();
     Configuration configuration = makeConfiguration({{"there", 2}});
-    const QDBusArgument *const result = &(argument >> configuration);
-    QCOMPARE(result, &argument);
-    QCOMPARE(describe(configuration), stored);
-    int next = 0;
-    argument >> next;
-    QCOMPARE(next, 7);
+    for (const char *sent : {"@a{sv} {}", "{'key': <1>}", "{'x': 'y', 'z': ''}"}) {
+        m_service.replyWith('(' + QString(sent) + ", 7)");
+        const QDBusPendingCall call = requests.asyncCall("GetConfiguration");
+        TRY_VERIFY(call.isFinished());
+        const auto argument = call.reply().arguments().value(0).value<QDBusArgument>();
+        const QDBusArgument *const result = &(argument >> configuration);
+        QCOMPARE(result, &argument);
+        int next = 0;
+        argument >> next;
+        QCOMPARE(next, 7);
+    }
+    QCOMPARE(describe(configuration), R"({"key": int 1, "there": int 2})");
 }
 
 void WireFormatTest::aReadReplyIsFreed()
@@ -318,10 +251,11 @@ void WireFormatTest::aReadReplyIsFreed()
     const QString reply = "({'text': <'" + QString(256 * 1024, 'x')
         + "'>, 'list': <[1]>, 'nested': <{'a': <1>}>, 'other': <{'a': 1}>, 'variant': <<1>>},)";
     constexpr int replies = 32;
-    read(reply);
+    m_service.replyWith(reply);
+    awaitRead(m_manager);
     const int before = kibibytesInUse();
     for (int i = 0; i < replies; ++i)
-        read(reply);
+        awaitRead(m_manager);
     const int kept = kibibytesInUse() - before;
     QVERIFY2(kept < replies * 256 / 4, qPrintable(QString("%1 KiB").arg(kept)));
 }
@@ -331,28 +265,6 @@ void WireFormatTest::aConfigurationInsideAVariantIsTakenAsItIs()
     QCOMPARE(describe(qdbus_cast<Configuration>(makeNested({{"key", 1}}))),
              QString("{\"key\": int 1}"));
     QCOMPARE(describe(qdbus_cast<Configuration>(QVariant(7))), QString("{}"));
-}
-
-void WireFormatTest::theTypeIsRegisteredUnderItsWholeName()
-{
-    const int type = qMetaTypeId<Configuration>();
-    QCOMPARE(QMetaType::type("Tarnvel::Application::ManagedConfiguration::Configuration"), type);
-    QCOMPARE(QByteArray(QDBusMetaType::typeToSignature(type)), QByteArray("a{sv}"));
-}
-
-void WireFormatTest::theOperatorsAreRegisteredOnce()
-{
-    const auto restore = qScopeGuard([] { qDBusRegisterMetaType<Configuration>(); });
-    const int type = qMetaTypeId<Configuration>();
-    QDBusMetaType::registerMarshallOperators(
-        type, [](QDBusArgument &argument, const void *) { argument << 7; },
-        [](const QDBusArgument &, void *) {});
-    const ConfigurationManager another;
-
-    QDBusArgument argument;
-    const Configuration configuration;
-    QVERIFY(QDBusMetaType::marshall(argument, type, &configuration));
-    QCOMPARE(argument.currentSignature(), QString("i"));
 }
 
 TARNVEL_BUS_TEST_MAIN(WireFormatTest)
