@@ -19,13 +19,12 @@ class Announcements
 {
 public:
     /*! \brief Follows \a manager. */
-    explicit Announcements(ConfigurationManager &manager,
-                           Qt::ConnectionType type = Qt::AutoConnection)
+    explicit Announcements(ConfigurationManager &manager)
     {
-        QObject::connect(
-            &manager, &ConfigurationManager::configurationChanged, &m_context,
-            [this](const Configuration &configuration) { m_texts.append(describe(configuration)); },
-            type);
+        QObject::connect(&manager, &ConfigurationManager::configurationChanged, &m_context,
+                         [this](const Configuration &configuration) {
+                             m_texts.append(describe(configuration));
+                         });
     }
 
     /*! \brief The announced configurations, as describe() writes them, oldest first. */

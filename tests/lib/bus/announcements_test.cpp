@@ -3,7 +3,6 @@
 
 #include "bus_test.h"
 #include "configuration_manager_p.h"
-#include "description.h"
 #include "endpoint.h"
 #include "message_log.h"
 
@@ -12,7 +11,6 @@
 #include <QtDBus/QDBusConnectionInterface>
 #include <QtDBus/QDBusMessage>
 #include <QtDBus/QDBusPendingCallWatcher>
-#include <QtTest/QSignalSpy>
 #include <QtTest/QTestEventLoop>
 
 #include <malloc.h>
@@ -41,8 +39,6 @@ private Q_SLOTS:
     void aWatcherKeepsLessThanAKibibyte();
     void aSpoofedSignalIsIgnored();
     void otherSignalsOfTheServiceAreIgnored();
-    void aQueuedConnectionReceivesTheConfiguration();
-    void aSignalSpyKnowsTheShortName();
 
 private:
     bool announceRepeatedly(int times, int size);
@@ -212,22 +208,6 @@ void AnnouncementsTest::otherSignalsOfTheServiceAreIgnored()
     TRY_COMPARE(m_announcements->count(), 1);
     QCOMPARE(awaitRead(*m_manager), unknownObject);
     QCOMPARE(m_announcements->count(), 1);
-}
-
-void AnnouncementsTest::aQueuedConnectionReceivesTheConfiguration()
-{
-    const Announcements queued(*m_manager, Qt::QueuedConnection);
-    m_service.announceChange(BusFixture::path);
-    TRY_COMPARE(queued.texts(), QStringList(R"({"key": int 7})"));
-}
-
-void AnnouncementsTest::aSignalSpyKnowsTheShortName()
-{
-    qRegisterMetaType<Configuration>("Configuration");
-    QSignalSpy spy(m_manager.get(), &ConfigurationManager::configurationChanged);
-    m_service.announceChange(BusFixture::path);
-    TRY_COMPARE(spy.count(), 1);
-    QCOMPARE(describe(spy.first().first()), R"({"key": int 7})");
 }
 
 bool AnnouncementsTest::announceRepeatedly(int times, int size)
