@@ -52,14 +52,10 @@ private Q_SLOTS:
     void aDefaultErrorIsASuccess();
     void theCodeAloneDecides_data();
     void theCodeAloneDecides();
-
     void noErrorBecomesASuccess_data();
     void noErrorBecomesASuccess();
-    void anErrorWithoutANameBecomesASuccess();
     void anErrorOfDBusBecomesACode_data();
     void anErrorOfDBusBecomesACode();
-    void theMessageIsKept_data();
-    void theMessageIsKept();
 };
 
 void ErrorValuesTest::aDefaultErrorIsASuccess()
@@ -100,7 +96,13 @@ void ErrorValuesTest::theCodeAloneDecides()
 
 void ErrorValuesTest::noErrorBecomesASuccess_data()
 {
+    QDBusError nameless = makeDBusError(prefix + "Forbidden", "locked");
+    // No constructor makes an error that is valid and has no name, but moving one away does.
+    const QDBusError named = std::move(nameless);
+    QVERIFY(nameless.isValid()); // NOLINT(bugprone-use-after-move)
+
     QTest::addColumn<QDBusError>("dBusError");
+    QTest::newRow("no name") << nameless;
     QTest::newRow("default") << QDBusError();
     QTest::newRow("an empty name") << makeDBusError("", "lost");
     QTest::newRow("no error, with a name") << QDBusError(QDBusError::NoError, "lost");
@@ -111,26 +113,12 @@ void ErrorValuesTest::noErrorBecomesASuccess_data()
 void ErrorValuesTest::noErrorBecomesASuccess()
 {
     QFETCH(const QDBusError, dBusError);
-    QVERIFY(!dBusError.isValid());
 
     MessageLog log;
     const Error error = errorFromDBus(dBusError);
     QCOMPARE(int(error.code()), 0);
     QVERIFY(error.message().isNull());
     QCOMPARE(log.take(), QStringList());
-}
-
-void ErrorValuesTest::anErrorWithoutANameBecomesASuccess()
-{
-    QDBusError nameless = makeDBusError(prefix + "Forbidden", "locked");
-    // No constructor makes an error that is valid and has no name, but moving one away does.
-    const QDBusError named = std::move(nameless);
-    QVERIFY(nameless.isValid()); // NOLINT(bugprone-use-after-move)
-    QVERIFY(nameless.name().isEmpty());
-
-    const Error error = errorFromDBus(nameless);
-    QCOMPARE(int(error.code()), 0);
-    QVERIFY(error.message().isNull());
 }
 
 void ErrorValuesTest::anErrorOfDBusBecomesACode_data()
@@ -175,30 +163,13 @@ void ErrorValuesTest::anErrorOfDBusBecomesACode()
     QFETCH(const int, number);
 
     MessageLog log;
-    const Error error = errorFromDBus(makeDBusError(name, "refused: " + name));
-    QCOMPARE(int(error.code()), number);
-    QCOMPARE(error.message(), "refused: " + name);
+    const QString special = " %1 \"it's\" \\ größe 日本 😀 \t\n " + QString(1, '\0');
+    for (const QString &message : {QString(""), name, name + special}) {
+        const Error error = errorFromDBus(makeDBusError(name, message));
+        QCOMPARE(int(error.code()), number);
+        QCOMPARE(error.message(), message);
+    }
     QCOMPARE(log.take(), QStringList());
-}
-
-void ErrorValuesTest::theMessageIsKept_data()
-{
-    QTest::addColumn<QString>("message");
-    QTest::newRow("empty") << QString("");
-    QTest::newRow("blanks") << QString(" \t\n ");
-    QTest::newRow("a NUL inside") << QString::fromUtf8("a\0b", 3);
-    QTest::newRow("placeholders and quotes") << QString("%1 %2 \"it's\" \\ refused");
-    QTest::newRow("beyond ASCII") << QString("Zugriff verweigert: Größe 日本 😀");
-    QTest::newRow("an error name") << QString(prefix + "Forbidden");
-    QTest::newRow("very long") << QString(100000, 'm');
-}
-
-void ErrorValuesTest::theMessageIsKept()
-{
-    QFETCH(const QString, message);
-
-    for (const QString &name : {QString(prefix + "Forbidden"), QString("another.name")})
-        QCOMPARE(errorFromDBus(makeDBusError(name, message)).message(), message);
 }
 
 QTEST_GUILESS_MAIN(ErrorValuesTest)
