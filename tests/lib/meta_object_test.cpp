@@ -12,22 +12,12 @@ using namespace Tarnvel::Application::ManagedConfiguration;
 namespace {
 
 // What the class itself declares, without its bases.
-QStringList describe(const QMetaObject &meta)
+QStringList methods(const QMetaObject &meta)
 {
-    QStringList texts;
-    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i) {
-        const QMetaMethod method = meta.method(i);
-        texts.append(QString("%1 %2 %3 %4(%5 %6)")
-                         .arg(method.access() == QMetaMethod::Public ? "public" : "not public",
-                              method.methodType() == QMetaMethod::Signal ? "signal" : "slot",
-                              method.typeName(), method.name(), method.parameterTypes().join(", "),
-                              method.parameterNames().join(", ")));
-    }
-    if (meta.propertyCount() != meta.propertyOffset()
-        || meta.enumeratorCount() != meta.enumeratorOffset()
-        || meta.classInfoCount() != meta.classInfoOffset() || meta.constructorCount() != 0)
-        texts.append("something that is not a method");
-    return texts;
+    QStringList signatures;
+    for (int i = meta.methodOffset(); i < meta.methodCount(); ++i)
+        signatures.append(meta.method(i).methodSignature());
+    return signatures;
 }
 
 } // namespace
@@ -50,26 +40,22 @@ void MetaObjectTest::initTestCase()
 
 void MetaObjectTest::theManagerHasOneSignal()
 {
-    const char name[] = "Tarnvel::Application::ManagedConfiguration::ConfigurationManager";
-    ConfigurationManager manager;
-    QCOMPARE(manager.metaObject()->className(), name);
+    const ConfigurationManager manager;
+    QCOMPARE(manager.metaObject()->className(),
+             "Tarnvel::Application::ManagedConfiguration::ConfigurationManager");
     QCOMPARE(manager.metaObject()->superClass(), &QObject::staticMetaObject);
-    QCOMPARE(manager.qt_metacast(name), static_cast<void *>(&manager));
     QVERIFY(!manager.parent());
     QVERIFY(manager.children().isEmpty());
-    QCOMPARE(describe(*manager.metaObject()),
-             QStringList("public signal void configurationChanged(Configuration configuration)"));
+    QCOMPARE(methods(*manager.metaObject()), QStringList("configurationChanged(Configuration)"));
 }
 
 void MetaObjectTest::itsPrivateObjectHasOneSlot()
 {
-    const char name[] = "Tarnvel::Application::ManagedConfiguration::ConfigurationManagerPrivate";
-    ConfigurationManagerPrivate requests(nullptr);
-    QCOMPARE(requests.metaObject()->className(), name);
+    const ConfigurationManagerPrivate requests(nullptr);
+    QCOMPARE(requests.metaObject()->className(),
+             "Tarnvel::Application::ManagedConfiguration::ConfigurationManagerPrivate");
     QCOMPARE(requests.metaObject()->superClass(), &QDBusAbstractInterface::staticMetaObject);
-    QCOMPARE(requests.qt_metacast(name), static_cast<void *>(&requests));
-    QCOMPARE(describe(*requests.metaObject()),
-             QStringList("public slot void onConfigurationChanged( )"));
+    QCOMPARE(methods(*requests.metaObject()), QStringList("onConfigurationChanged()"));
 }
 
 QTEST_GUILESS_MAIN(MetaObjectTest)
