@@ -25,6 +25,9 @@ public:
 protected Q_SLOTS:
     virtual void init()
     {
+        // Before the event loop has run, Qt D-Bus may handle a new owner before the loss of the
+        // old.
+        QCoreApplication::processEvents();
         m_service.reset();
         m_service.replyWith(QStringLiteral("({'key': <7>},)"));
         if (!m_service.start())
