@@ -37,17 +37,17 @@ const char *hintFor(Error::Code code)
     case Error::InvalidValue:
         return "choose a value that the service accepts; its administrator knows which";
     case Error::Forbidden:
-        return "ask an administrator to unlock the setting; trying again does not help";
+        return "ask an administrator to unlock the setting; trying again will not help";
     case Error::NotConfigurable:
         return "correct --organization and --application, or ask an administrator to set up a "
                "configuration for the application";
     case Error::InvalidUserId:
-        return "run this as a user that the service accepts, or ask an administrator to admit the "
+        return "run this as a user that the service accepts, or ask an administrator to allow the "
                "current one";
     case Error::UnsupportedType:
-        return "use a value of another type; the service cannot keep this type anywhere";
+        return "use a value of another type; the service cannot store this type";
     default:
-        return "look into the service's log; if the problem is temporary, try again";
+        return "check the service's log; if the problem is temporary, try again";
     }
 }
 

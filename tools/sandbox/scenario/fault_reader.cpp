@@ -74,9 +74,10 @@ void readOccasion(const JsonValue &value, const FaultDescription &description, O
         diagnostics->add(value.offset, QStringLiteral("\"method\" or \"time\" is missing"));
     if (method && time)
         diagnostics->add(time->offset,
-                         QStringLiteral("\"time\" and \"method\" exclude each other"));
+                         QStringLiteral("\"time\" and \"method\" are mutually exclusive"));
     if (time && call)
-        diagnostics->add(call->offset, QStringLiteral("\"call\" and \"time\" exclude each other"));
+        diagnostics->add(call->offset,
+                         QStringLiteral("\"call\" and \"time\" are mutually exclusive"));
     fault->method = readMethod(method, diagnostics);
     fault->call = static_cast<int>(
         readInteger(call, 1, std::numeric_limits<int>::max(), diagnostics));

@@ -41,8 +41,8 @@ QString entryCount(gsize count)
 QString unknownPathMessage(const QString &path, const QStringList &known)
 {
     if (known.isEmpty())
-        return QStringLiteral("no application is kept at \"%1\", nor at any other path").arg(path);
-    return QStringLiteral("no application is kept at \"%1\", only at \"%2\"")
+        return QStringLiteral("no application at \"%1\" or at any other path").arg(path);
+    return QStringLiteral("no application at \"%1\", only at \"%2\"")
         .arg(path, known.join(QLatin1String("\", \"")));
 }
 
