@@ -32,10 +32,10 @@ public:
 };
 
 /*!
- * \brief What a test of the library on a bus stands on: a private bus, a service, an identity.
+ * \brief What a test of the library on a bus needs: a private bus, a service, an identity.
  *
- * Make one before the library is first used: it directs the system bus of this process to the
- * private one.
+ * Create it before the library is first used: it makes the private bus the system bus of this
+ * process.
  */
 class BusFixture
 {
@@ -63,11 +63,11 @@ public:
 /*!
  * \brief Whether the bus is dbus-daemon.
  *
- * If not, it is one that stands in for it, with limits and messages of its own.
+ * Otherwise it is dbus-broker, which has other limits and messages.
  */
 inline bool isOnDBusDaemon()
 {
-    return qEnvironmentVariableIsEmpty("TARNVEL_TEST_BUS_STANDS_IN");
+    return qEnvironmentVariableIsEmpty("TARNVEL_TEST_DBUS_BROKER");
 }
 
 /*! \brief The main function of a test \a Class that takes a BusFixture. */

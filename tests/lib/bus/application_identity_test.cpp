@@ -29,8 +29,8 @@ public:
 private Q_SLOTS:
     void theNamesMakeTheObjectPath_data();
     void theNamesMakeTheObjectPath();
-    void aNameThatNoPathAdmitsFailsEveryRequest_data();
-    void aNameThatNoPathAdmitsFailsEveryRequest();
+    void aNameWithoutAValidPathFailsEveryRequest_data();
+    void aNameWithoutAValidPathFailsEveryRequest();
     void theIdentityIsThatOfTheManagersMaking();
 };
 
@@ -75,7 +75,7 @@ void ApplicationIdentityTest::theNamesMakeTheObjectPath()
     QCOMPARE(log.take(), QStringList());
 }
 
-void ApplicationIdentityTest::aNameThatNoPathAdmitsFailsEveryRequest_data()
+void ApplicationIdentityTest::aNameWithoutAValidPathFailsEveryRequest_data()
 {
     QTest::addColumn<QString>("organization");
     QTest::addColumn<QString>("application");
@@ -90,7 +90,7 @@ void ApplicationIdentityTest::aNameThatNoPathAdmitsFailsEveryRequest_data()
     addRow("a placeholder in the second name", "x", "%1", "/x_2e%1");
 }
 
-void ApplicationIdentityTest::aNameThatNoPathAdmitsFailsEveryRequest()
+void ApplicationIdentityTest::aNameWithoutAValidPathFailsEveryRequest()
 {
     QFETCH(const QString, organization);
     QFETCH(const QString, application);

@@ -16,8 +16,8 @@ namespace {
 
 const QString forbidden = QStringLiteral("org.brenvik.ManagedConfiguration.Error.Forbidden");
 
-/*! What dbus-daemon lets be outstanding of the calls of one connection; it refuses more. */
-constexpr int maximumOutstanding = 128;
+/*! How many pending calls dbus-daemon allows one connection; it refuses more. */
+constexpr int maximumPending = 128;
 const QLatin1String tooMany("maximum number of pending replies");
 
 /*! \a levels configurations inside one another, the innermost with \a entry if that is valid. */
@@ -49,9 +49,9 @@ private Q_SLOTS:
     void aReadRequestCallsTheServiceWithoutArguments();
     void aChangeRequestCallsTheServiceWithTheConfiguration();
     void aSuccessComesFromTheEventLoopWithoutAMessage();
-    void argumentsBehindTheConfigurationAreIgnored();
+    void extraArgumentsOfAReplyAreIgnored();
     void anErrorReplyBecomesAnError();
-    void aReplyThatIsNoConfigurationIsAnInternalError();
+    void aReplyOfAnotherTypeIsAnInternalError();
     void aServiceThatNeverAnswersIsATimeOut();
     void aBusThatHangsIsATimeOut();
     void answersComeInTheOrderOfTheReplies();
@@ -130,7 +130,7 @@ void RequestsTest::aSuccessComesFromTheEventLoopWithoutAMessage()
         QVERIFY(answers.at(index).error.message().isNull());
 }
 
-void RequestsTest::argumentsBehindTheConfigurationAreIgnored()
+void RequestsTest::extraArgumentsOfAReplyAreIgnored()
 {
     MessageLog log;
     m_service.replyWith("({'key': <7>}, 'more', {'other': <8>})");
@@ -151,7 +151,7 @@ void RequestsTest::anErrorReplyBecomesAnError()
     QCOMPARE(log.take(), QStringList());
 }
 
-void RequestsTest::aReplyThatIsNoConfigurationIsAnInternalError()
+void RequestsTest::aReplyOfAnotherTypeIsAnInternalError()
 {
     for (const char *values :
          {"()", "('x',)", "({'a': 'x'},)", "(<{'a': <1>}>,)", "(1, {'a': <1>})"}) {
@@ -228,12 +228,12 @@ void RequestsTest::hundredsOfRequestsAtOnceAreAnsweredOnceEach()
     const Answers answers;
     for (int request = 0; request < requests; ++request)
         m_manager.getConfiguration(answers.forReading());
-    TRY_COMPARE(m_service.unanswered(), maximumOutstanding);
-    TRY_COMPARE(answers.texts().filter(tooMany).count(), requests - maximumOutstanding);
-    for (int call = 0; call < maximumOutstanding; ++call)
+    TRY_COMPARE(m_service.unanswered(), maximumPending);
+    TRY_COMPARE(answers.texts().filter(tooMany).count(), requests - maximumPending);
+    for (int call = 0; call < maximumPending; ++call)
         m_service.replyTo(call, QString("({'call': <%1>},)").arg(call));
     QVERIFY(answers.waitFor(requests));
-    for (int call = 0; call < maximumOutstanding; ++call)
+    for (int call = 0; call < maximumPending; ++call)
         QCOMPARE(answers.texts().count(QString(R"({"call": int %1})").arg(call)), 1);
 
     // The connection is as good as new.
@@ -249,10 +249,10 @@ void RequestsTest::unansweredRequestsUseUpWhatTheBusAllows()
     m_service.leaveUnanswered();
     Answers answers;
     m_requests.setTimeout(200);
-    for (int request = 0; request < maximumOutstanding; ++request)
+    for (int request = 0; request < maximumPending; ++request)
         m_requests.getConfiguration(answers.forReading());
     m_requests.setTimeout(-1);
-    QVERIFY(answers.waitFor(maximumOutstanding));
+    QVERIFY(answers.waitFor(maximumPending));
 
     const QString refusal = awaitRead(m_manager);
     QVERIFY2(refusal.startsWith("{} error 1: ") && refusal.contains(tooMany), qPrintable(refusal));
