@@ -11,7 +11,7 @@ namespace Tarnvel::Testing {
 
 // Connections to a bus through GDBus, which shares no code with the library under test.
 
-/*! \brief How many milliseconds a bus has to answer. Only one that hangs takes so long. */
+/*! \brief How long to wait for a bus, in milliseconds. Only a bus that hangs takes this long. */
 constexpr int busTimeoutMs = 60000;
 
 /*!
@@ -22,8 +22,7 @@ constexpr int busTimeoutMs = 60000;
 GDBusConnection *openConnection(const QString &address, GError **error,
                                 int timeoutMs = busTimeoutMs);
 
-/*! \brief Sends what is still to be sent on \a connection, for at most busTimeoutMs, and closes it.
- */
+/*! \brief Flushes \a connection, for at most busTimeoutMs, and closes it. */
 void closeConnection(GDBusConnection *connection);
 
 /*!

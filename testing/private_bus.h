@@ -17,7 +17,7 @@ namespace Tarnvel::Testing {
  *
  * For programs that must not touch the machine's bus: tests, benchmarks, the sandbox. It has the
  * default limits of a system bus and activates no services. Only the current user can enter the
- * directory of its socket. The daemon dies with this process, however this process ends; signals
+ * directory of its socket. The daemon is killed when this process ends, in whatever way; signals
  * from the terminal do not reach it.
  */
 class PrivateBus
@@ -38,8 +38,8 @@ public:
     /*!
      * \brief Starts the daemon and waits until it accepts connections.
      *
-     * What went wrong if it does not within busTimeoutMs; null otherwise. A daemon that has been
-     * stopped may be started again, at the same address.
+     * Returns what went wrong if it does not within busTimeoutMs, or a null string. A stopped
+     * daemon may be started again, at the same address.
      */
     QString start();
 
@@ -49,7 +49,7 @@ public:
     /*! \brief The address to connect to; fixed for the life of this object. */
     QString address() const;
 
-    /*! \brief The process of the daemon; 0 if it is not running. */
+    /*! \brief The process id of the daemon; 0 if it is not running. */
     qint64 processId() const;
 
 private:

@@ -16,7 +16,7 @@ namespace Tarnvel::Testing {
 /*!
  * \brief A connection that owns the service's name and receives the calls to its interface.
  *
- * For services that must be able to do anything on the bus, wrong things included: fakes in tests,
+ * For services that must be able to do anything on the bus, even break its rules: fakes in tests,
  * and the simulated service of the sandbox. It uses GDBus, whose values take any form that D-Bus
  * allows, and shares no code with the library. Calls of any method, with any arguments, on any
  * object path arrive in the event loop of the main thread, which must run on GLib, as Qt's does on
@@ -45,7 +45,8 @@ public:
     /*!
      * \brief Connects to the bus at \a address and takes the service's name.
      *
-     * What went wrong if either fails, also when another connection owns the name; null otherwise.
+     * Returns what went wrong if either fails, or if another connection owns the name; a null
+     * string otherwise.
      */
     QString open(const QString &address);
 

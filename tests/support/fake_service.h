@@ -14,7 +14,7 @@
 
 namespace Tarnvel::Testing {
 
-/*! \brief A value in GVariant's text form, such as "({'theme': <'dark'>},)". */
+/*! \brief Parses GVariant text, such as "({'theme': <'dark'>},)". */
 inline GVariant *parseValue(const QString &text)
 {
     g_autoptr(GError) error = nullptr;
@@ -25,10 +25,10 @@ inline GVariant *parseValue(const QString &text)
 }
 
 /*!
- * \brief A service under a test's command, which records what it is asked.
+ * \brief A service that a test controls, and that records the calls it receives.
  *
- * It sees the calls as GDBus does, and so is an observer of the wire that shares nothing with
- * QtDBus. What it replies is a tuple in GVariant's text form.
+ * It sees the calls as GDBus does, and so observes the messages without sharing code with
+ * QtDBus. Its replies are given as GVariant text, of a tuple.
  */
 class FakeService
 {
@@ -38,7 +38,7 @@ public:
     {
         QString path;
         QString method;
-        /*! The arguments in GVariant's text form, types included: "({'volume': <int32 7>},)". */
+        /*! The arguments as GVariant text with types: "({'volume': <int32 7>},)". */
         QString arguments;
     };
 
@@ -94,7 +94,7 @@ public:
         m_handler = handler;
     }
 
-    /*! \brief From now on, answers no call before replyTo() says so. */
+    /*! \brief From now on, replies to calls only when replyTo() is called. */
     void leaveUnanswered()
     {
         m_unanswered.clear();

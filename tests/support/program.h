@@ -10,7 +10,7 @@
 
 namespace Tarnvel::Testing {
 
-/*! \brief What is left of a program that has ended. */
+/*! \brief How a program ended, and what it printed. */
 struct Outcome
 {
     /*! The exit status; -1 if a signal ended it, or it did not start or end. */
@@ -20,18 +20,18 @@ struct Outcome
 };
 
 /*!
- * \brief A program that runs while the event loop of the test goes on.
+ * \brief A program that runs while the event loop of the test continues to run.
  *
- * The event loop serves what the program asks for. A program that still runs is killed when this
- * object goes.
+ * The event loop lets the services of the test answer the program. A program that is still running
+ * is killed when this object is destroyed.
  */
 class Program
 {
 public:
     /*!
-     * \brief The program \a name, which finds the installed library, in a locale of UTF-8.
+     * \brief The program \a name, which finds the installed library, in a UTF-8 locale.
      *
-     * It is an installed one unless \a name is the name of a file with its whole path.
+     * It is an installed program unless \a name is an absolute path.
      */
     explicit Program(const QString &name);
     ~Program();
@@ -39,7 +39,7 @@ public:
     Program(const Program &) = delete;
     Program &operator=(const Program &) = delete;
 
-    /*! \brief Sets the variable \a name for the program, or takes it away if \a value is null. */
+    /*! \brief Sets the variable \a name for the program, or unsets it if \a value is null. */
     void setVariable(const QString &name, const QString &value);
 
     /*! \brief Starts it. */
@@ -48,13 +48,13 @@ public:
     /*! \brief Sends it \a signal. */
     void send(int signal);
 
-    /*! \brief The next line on its standard output; what it says instead if there is none. */
+    /*! \brief The next line of its standard output; if there is none, all that is left. */
     QString readLine();
 
     /*! \brief The same for its standard error. */
     QString readErrorLine();
 
-    /*! \brief Waits for its end. The outcome holds what has not been read yet. */
+    /*! \brief Waits for its end. The outcome contains the output that has not been read yet. */
     Outcome finish();
 
     /*! \brief Starts it and waits for its end. */
@@ -68,7 +68,7 @@ private:
     QProcess m_process;
 };
 
-/*! \brief The words behind the client: the identity of BusFixture, then \a arguments. */
+/*! \brief The arguments of the client: the identity of BusFixture, then \a arguments. */
 QStringList clientArguments(const QStringList &arguments);
 
 } // namespace Tarnvel::Testing

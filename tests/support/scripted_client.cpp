@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-// An application that does with its managed configuration what its arguments say, one step after
-// the other, and prints a line for each: "get", "set KEY=VALUE" (an integer, or else a string), or
+// An application that reads, changes and follows its managed configuration, one step for each
+// argument, and prints a line for each: "get", "set KEY=VALUE" (an integer, or else a string), or
 // "follow", which waits for the next change. Says at the end how many changes it has not waited
 // for.
 

@@ -13,8 +13,8 @@ namespace Tarnvel::Client {
 /*!
  * \brief Writes \a line, a result, to standard output at once.
  *
- * Ends the process if that fails: without a message and with success if the reader has gone, as
- * "head" does, otherwise with a message.
+ * Ends the process if that fails: without a message and with success if the reader has closed the
+ * pipe, as "head" does, otherwise with a message.
  */
 void print(const QString &line, Tools::Style style = Tools::Style::Plain);
 

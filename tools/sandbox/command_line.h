@@ -21,9 +21,9 @@ struct Options
     QString scenarioFile;
     /*! Where to record the events; nowhere if empty. */
     QString logFile;
-    /*! The calls to be expected; none if empty. */
+    /*! The calls to expect; none if empty. */
     QString expectationFile;
-    /*! The command and its arguments; if empty, the sandbox stays until it is told to end. */
+    /*! The command and its arguments; if empty, the sandbox runs until it is terminated. */
     QStringList command;
 };
 

@@ -7,7 +7,7 @@
 
 namespace Tarnvel::Sandbox {
 
-/*! \brief How the sandbox ends when it cannot end as its command does; as timeout(1) has them. */
+/*! \brief The exit status if it is not that of the command; the values are those of timeout(1). */
 enum ExitStatus {
     /*! The command succeeded, but an expected call did not come. */
     ExpectationsNotMet = 124,
@@ -18,7 +18,7 @@ enum ExitStatus {
     CommandNotFound = 127,
 };
 
-/*! \brief The exit status that a shell makes of \a status, from waitpid(): 128+n for signal n. */
+/*! \brief The exit status that a shell reports for a waitpid() \a status: 128+n for signal n. */
 inline int shellStatus(int status)
 {
     return WIFSIGNALED(status) ? 128 + WTERMSIG(status) : WEXITSTATUS(status);

@@ -39,7 +39,7 @@ struct Event
     Configuration configuration;
 };
 
-// Handles events one after the other: those that come while a request waits for its reply, too.
+// Handles events one after the other, including those that come while a request is pending.
 class Watch
 {
 public:
@@ -71,7 +71,7 @@ Watch::Watch(int timeoutMs) : m_timeoutMs(timeoutMs)
 
 Failure Watch::run()
 {
-    // The reader may go long before there is a change to write.
+    // The reader may close the pipe long before there is a change to write.
     QSocketNotifier outputWatcher(STDOUT_FILENO, QSocketNotifier::Exception);
     QObject::connect(&outputWatcher, &QSocketNotifier::activated, &m_loop,
                      [] { std::quick_exit(EX_OK); });

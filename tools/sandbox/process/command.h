@@ -13,11 +13,11 @@
 
 namespace Tarnvel::Sandbox {
 
-/*! \brief The signals that this process was started with blocked or ignored; to be made first. */
+/*! \brief The signals that were blocked or ignored when this process started. Create it first. */
 class SignalState
 {
 public:
-    /*! \brief Keeps the state; from then on this process ignores SIGPIPE and no longer SIGCHLD. */
+    /*! \brief Saves the state; from then on this process ignores SIGPIPE, but not SIGCHLD. */
     SignalState();
 
     /*! \brief Restores the state, in a child between fork and exec. */
@@ -37,8 +37,8 @@ public:
      * busAddress.
      *
      * Calls \a finished with the shellStatus() when the program has ended, unless this fails: then
-     * it was not found or cannot be run. The event loop must be GLib's. The program finds the
-     * signals as they were for \a signals, and is killed if this process ends.
+     * it was not found or cannot be run. The event loop must be GLib's. The program starts
+     * with the state in \a signals, and is killed if this process ends.
      */
     Tools::Failure start(const QStringList &arguments, const QString &busAddress,
                          SignalState signals, const std::function<void(int status)> &finished);

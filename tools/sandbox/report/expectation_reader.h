@@ -13,8 +13,8 @@ namespace Tarnvel::Sandbox {
  * \brief Sets \a expectation to the calls in \a text, the content of the JSON file \a fileName.
  *
  * The file is an object with a list of "calls". Each is an object whose members the record of a
- * call in the log must have, too; "within" is the seconds from the start within which it must come.
- * The result is all that is wrong with it; if there is anything, \a expectation is unchanged.
+ * call in the log must also have; "within" is the seconds from the start within which it must
+ * come. Returns all diagnostics; if there are any, \a expectation is unchanged.
  */
 QVector<Tools::Failure> parseExpectation(const QString &fileName, const QByteArray &text,
                                          Expectation *expectation);

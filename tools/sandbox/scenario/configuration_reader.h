@@ -23,7 +23,7 @@ namespace Tarnvel::Sandbox {
  */
 Variant readConfiguration(const JsonValue *value, Diagnostics *diagnostics);
 
-/*! \brief The items of the List \a value: integers, booleans or strings, as in a configuration. */
+/*! \brief The items of the List \a list: integers, booleans or strings, as in a configuration. */
 QVector<Variant> readItems(const JsonValue &list, Diagnostics *diagnostics);
 
 } // namespace Tarnvel::Sandbox

@@ -43,7 +43,7 @@ Nesting nestingOf(const GVariantType *type)
     return nesting;
 }
 
-// GLib knows no bounds, and some types that D-Bus does not.
+// GLib has no such limits, and has types that D-Bus lacks.
 QString signatureViolation(const QByteArray &signature)
 {
     if (signature.size() > DBus::maximumSignatureSize)

@@ -12,7 +12,7 @@ namespace Tarnvel::Sandbox {
 /*!
  * \brief Why no D-Bus message can hold \a value inside \a depth containers; null if one can.
  *
- * The size of a message is not looked at.
+ * The size of the message is not checked.
  */
 QString dbusViolation(GVariant *value, int depth);
 

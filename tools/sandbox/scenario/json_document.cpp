@@ -197,7 +197,7 @@ QString syntaxMessage(rapidjson::ParseErrorCode code, char character)
     return QLatin1String(found == messages.end() ? "expected a value" : found->second);
 }
 
-// For an unterminated string and an unknown word, the reader stops somewhere inside the token.
+// For an unterminated string and an unknown literal, the reader stops somewhere inside the token.
 bool isAboutToken(rapidjson::ParseErrorCode code)
 {
     return code == rapidjson::kParseErrorStringMissQuotationMark

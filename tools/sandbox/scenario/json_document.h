@@ -14,7 +14,7 @@ namespace Tarnvel::Sandbox {
 
 struct JsonMember;
 
-/*! \brief A value in a JSON text, with its place there. */
+/*! \brief A value in a JSON text, with its offset. */
 struct JsonValue
 {
     enum Kind {

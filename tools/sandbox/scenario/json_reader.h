@@ -10,7 +10,7 @@
 
 namespace Tarnvel::Sandbox {
 
-// Each function returns what is in a value. If that is something else than expected, it adds a
+// Each function returns what is in a value. If that is not what is expected, it adds a
 // diagnostic and returns a default value. A null pointer stands for a member that an object does
 // not have: it gives a default value and no diagnostic.
 
@@ -35,7 +35,7 @@ void refuse(const JsonValue &value, const QString &expected, Diagnostics *diagno
 class ObjectReader
 {
 public:
-    /*! \brief Adds a diagnostic if \a value is not an object; it then seems to have no members. */
+    /*! \brief Adds a diagnostic if \a value is not an object; it is then treated as empty. */
     ObjectReader(const JsonValue &value, Diagnostics *diagnostics);
 
     /*! \brief The value of the member \a key, or null. */

@@ -17,7 +17,7 @@ namespace {
 
 constexpr char byteOrderMark[] = "\xef\xbb\xbf";
 
-// The greatest number stands for no user at all.
+// The greatest number means no user.
 constexpr qint64 maximumUser = std::numeric_limits<quint32>::max() - 1;
 
 void checkPath(const QString &path, int offset, Diagnostics *diagnostics)
@@ -149,7 +149,7 @@ Scenario readDocument(const JsonValue &document, Diagnostics *diagnostics)
 QVector<Tools::Failure> parseScenario(const QString &fileName, const QByteArray &text,
                                       Scenario *scenario)
 {
-    // Some editors put the mark there, and show it to nobody.
+    // Some editors add the mark without showing it.
     const QByteArray json = text.startsWith(byteOrderMark)
         ? text.mid(static_cast<int>(std::size(byteOrderMark)) - 1)
         : text;

@@ -90,7 +90,7 @@ bool isTooLarge(const Variant &configuration)
     GVariant *const body = configuration.get();
     g_dbus_message_set_body(reply, g_variant_new_tuple(&body, 1));
     gsize size = 0;
-    // What is too large for any bus has no form as a message at all.
+    // A message that is too large for any bus cannot even be created.
     g_autofree guchar *message = g_dbus_message_to_blob(reply, &size, G_DBUS_CAPABILITY_FLAGS_NONE,
                                                         nullptr);
     return !message || size > DBus::maximumMessageSize;

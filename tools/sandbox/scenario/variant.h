@@ -35,10 +35,10 @@ Entries entriesOf(GVariant *configuration);
  */
 Variant inOrder(const Variant &value);
 
-/*! \brief \a configuration with the entries of \a change added, or put in place of its own. */
+/*! \brief \a configuration with the entries of \a change added, or replacing its own. */
 Variant mergeConfigurations(const Variant &configuration, GVariant *change);
 
-/*! \brief The keys in \a path, between which "/" stands; none if one of them were empty. */
+/*! \brief The keys in \a path, separated by "/"; none if one of them is empty. */
 QStringList settingKeys(const QString &path);
 
 /*! \brief The value at \a path, a key and those of nested configurations; null if none is there. */

@@ -28,8 +28,8 @@ struct CallFaults
 /*!
  * \brief Knows when each fault of a scenario is due.
  *
- * It counts calls and seconds for each fault since that was added to the scenario. A fault that is
- * also in the next scenario goes on counting.
+ * For each fault, it counts calls and seconds since the fault was added to the scenario. A fault
+ * that is also in the next scenario keeps its counts.
  */
 class FaultSchedule
 {

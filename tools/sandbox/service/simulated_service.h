@@ -33,7 +33,7 @@ public:
     /*!
      * \brief A service, not on a bus yet, that answers from \a scenario and reports to \a log.
      *
-     * Calls \a killBus for the fault that is the death of the bus.
+     * Calls \a killBus for the fault bus-death.
      */
     SimulatedService(Scenario scenario, Log *log, std::function<void()> killBus);
 
@@ -43,8 +43,8 @@ public:
     /*!
      * \brief Answers from \a scenario from now on.
      *
-     * Announces a change to exactly the applications whose configuration is another one now,
-     * including those that were added or removed. Faults that are in both scenarios go on.
+     * Announces a change to exactly the applications whose configuration is different now,
+     * including those that were added or removed. Faults that are in both scenarios continue.
      */
     void apply(Scenario scenario);
 
