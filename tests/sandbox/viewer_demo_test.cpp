@@ -53,7 +53,7 @@ void ViewerDemoTest::aViewerWithoutConfigurationSaysWhyAndFails()
     const Outcome outcome = Program(SANDBOX).run({"--", VIEWER});
     QCOMPARE(outcome.output,
              QString("Reading the configuration: failed, 6: no application at "
-                     "\"/acme_2eviewer\", nor at any other path\n"));
+                     "\"/acme_2eviewer\" or at any other path\n"));
     QCOMPARE(outcome.status, 1);
 }
 
