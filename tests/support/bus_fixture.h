@@ -63,11 +63,11 @@ public:
 /*!
  * \brief Whether the bus is dbus-daemon.
  *
- * If not, it is one that stands in for it, with limits and messages of its own.
+ * If not, it is dbus-broker, with limits and messages of its own.
  */
 inline bool isOnDBusDaemon()
 {
-    return qEnvironmentVariableIsEmpty("TARNVEL_TEST_BUS_STANDS_IN");
+    return qEnvironmentVariableIsEmpty("TARNVEL_TEST_ON_DBUS_BROKER");
 }
 
 /*! \brief The main function of a test \a Class that takes a BusFixture. */

@@ -68,7 +68,7 @@ private:
     QProcess m_process;
 };
 
-/*! \brief The words behind the client: the identity of BusFixture, then \a arguments. */
+/*! \brief The arguments of the client: the identity of BusFixture, then \a arguments. */
 QStringList clientArguments(const QStringList &arguments);
 
 } // namespace Tarnvel::Testing
