@@ -13,7 +13,7 @@
 
 namespace Tarnvel::Sandbox {
 
-/*! \brief Collects what is wrong with a text file, each diagnostic with its place. */
+/*! \brief Collects what is wrong with a text file, each diagnostic with its location. */
 class Diagnostics
 {
 public:
@@ -26,7 +26,7 @@ public:
     /*! \brief The file, line and column at \a offset, counted from 1: "scenario.json:3:14". */
     QString location(int offset) const;
 
-    /*! \brief All diagnostics, in the order of their places in the text. */
+    /*! \brief All diagnostics, in the order of their locations. */
     QVector<Tools::Failure> failures() const;
 
 private:
