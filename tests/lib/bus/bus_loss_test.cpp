@@ -24,7 +24,7 @@ public:
     explicit BusLossTest(BusFixture &fixture) : m_fixture(fixture) { }
 
 private Q_SLOTS:
-    void callsUnderWayAndLaterOnesFailWhenTheBusDies();
+    void pendingCallsAndLaterOnesFailWhenTheBusDies();
     void aBusThatComesBackIsNotRejoined();
 
 private:
@@ -33,7 +33,7 @@ private:
     ConfigurationManagerPrivate m_requests {&m_manager};
 };
 
-void BusLossTest::callsUnderWayAndLaterOnesFailWhenTheBusDies()
+void BusLossTest::pendingCallsAndLaterOnesFailWhenTheBusDies()
 {
     m_fixture.service.leaveUnanswered();
     const Announcements announcements(m_manager);
