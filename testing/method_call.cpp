@@ -34,11 +34,6 @@ QString MethodCall::method() const
     return QString::fromUtf8(g_dbus_message_get_member(m_message.get()));
 }
 
-QString MethodCall::sender() const
-{
-    return QString::fromUtf8(g_dbus_message_get_sender(m_message.get()));
-}
-
 Caller MethodCall::caller() const
 {
     const char *const name = g_dbus_message_get_sender(m_message.get());

@@ -36,8 +36,6 @@ public:
     QString path() const;
     /*! \brief The method called. */
     QString method() const;
-    /*! \brief The unique name of the caller. */
-    QString sender() const;
     /*!
      * \brief Asks the bus who called, and waits for its reply.
      *

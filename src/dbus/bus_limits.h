@@ -22,4 +22,7 @@ constexpr int maximumStructureDepth = 32;
 /*! \brief The bytes of the largest message that a system bus carries by default. */
 constexpr int maximumMessageSize = 32 * 1024 * 1024;
 
+/*! \brief The calls of one connection that dbus-daemon lets be pending by default. */
+constexpr int maximumPendingCalls = 128;
+
 } // namespace Tarnvel::DBus

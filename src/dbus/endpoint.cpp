@@ -15,6 +15,7 @@ QStringList errorNames()
 
 QString applicationPath(const QString &organization, const QString &application)
 {
+    // One arg() after the other, as in the library: a name may contain a placeholder.
     QString path = QStringLiteral("/%1.%2").arg(organization);
     path = path.arg(application);
     return path.replace(QLatin1Char('.'), QLatin1String("_2e"));

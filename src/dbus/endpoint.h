@@ -14,7 +14,7 @@ constexpr char serviceName[] = "org.brenvik.ManagedConfiguration";
 constexpr char applicationInterface[] = "org.brenvik.ManagedConfiguration.Application1";
 /*! \brief The prefix of the names of the service's errors. */
 constexpr char errorPrefix[] = "org.brenvik.ManagedConfiguration.Error.";
-/*! \brief The names of the service's errors, without the prefix. */
+/*! \brief The names of the service's errors, without the prefix: those of the codes 1, 2, ... */
 QStringList errorNames();
 /*! \brief The method that reads a configuration: () to (a{sv}). */
 constexpr char getConfigurationMethod[] = "GetConfiguration";

@@ -17,7 +17,7 @@ using namespace Application::ManagedConfiguration;
 
 namespace {
 
-// The bus allows 128 outstanding calls of a connection. About thirty are calls that the service
+// The bus allows 128 pending calls of a connection. About thirty are calls that the service
 // never answers, and some more are late replies that nobody waits for any more.
 constexpr int callsMost = 60;
 constexpr int overrunCalls = 160;
@@ -175,12 +175,12 @@ bool Load::step()
             endPhase();
         return false;
     }
-    if (m_service.isOpen() && !m_isFenceUnderWay && m_left <= m_leftAtStop) {
+    if (m_service.isOpen() && !m_isFencePending && m_left <= m_leftAtStop) {
         m_service.close();
         m_leftWithoutService = requestsWithoutService;
         return true;
     }
-    if (m_service.isOpen() && !m_isFenceUnderWay && m_left <= m_leftAtAnnouncement)
+    if (m_service.isOpen() && !m_isFencePending && m_left <= m_leftAtAnnouncement)
         announce();
     if (m_random.bounded(clientPeriod) == 0)
         addOrDestroyClient();
@@ -209,7 +209,7 @@ void Load::addOrDestroyClient()
     const auto visitors = static_cast<quint32>(m_clients.size() - residentClients);
     if (visitors > 0 && m_random.bounded(2) == 0)
         destroyClient(residentClients + m_random.bounded(visitors));
-    else if (m_clients.size() < clientsMost && !m_isFenceUnderWay)
+    else if (m_clients.size() < clientsMost && !m_isFencePending)
         addClient(m_random.bounded(2) == 0);
 }
 
@@ -239,11 +239,11 @@ void Load::announce()
 
 void Load::sendFence()
 {
-    m_isFenceUnderWay = true;
+    m_isFencePending = true;
     Configuration fence;
     fence.set(QLatin1String(fenceKey), true);
     change(*m_clients.front(), fence, [this](const Error &error) {
-        m_isFenceUnderWay = false;
+        m_isFencePending = false;
         if (error.message().contains(QLatin1String(internalErrors[0])))
             sendFence();
         else if (error)

@@ -20,8 +20,8 @@ namespace Tarnvel::Soak {
 /*!
  * \brief An application that makes random requests of a service and checks each answer.
  *
- * Some sixty calls are under way at any time, and now and then more than the bus allows. Managers
- * come and go, and the service restarts, with calls under way.
+ * Some sixty calls are pending at any time, and now and then more than the bus allows. Managers
+ * come and go, and the service restarts, with calls pending.
  */
 class Load
 {
@@ -92,7 +92,7 @@ private:
     int m_leftAtAnnouncement = 0;
     int m_leftAtStop = 0;
     int m_leftWithoutService = 0;
-    bool m_isFenceUnderWay = false;
+    bool m_isFencePending = false;
     bool m_isLastFenceSent = false;
     bool m_hasFailed = false;
 };

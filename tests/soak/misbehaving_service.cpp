@@ -15,7 +15,7 @@ using Testing::MethodCall;
 
 namespace {
 
-// The bus counts an unanswered call as outstanding until the service leaves, and allows a
+// The bus counts an unanswered call as pending until the service leaves, and allows a
 // connection 128 of them.
 constexpr int unansweredMost = 30;
 

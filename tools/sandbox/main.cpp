@@ -31,7 +31,7 @@ int check(const QStringList &scenarioFiles)
     for (const QString &scenarioFile : scenarioFiles) {
         Scenario scenario;
         const auto failures = readScenario(scenarioFile, &scenario);
-        for (const Tarnvel::Tools::Failure &failure : failures) {
+        for (const Failure &failure : failures) {
             printEvent(failure.text(), Style::Bad);
             status = SandboxFailed;
         }
@@ -70,11 +70,11 @@ int fail(const Failure &failure)
 int runSandbox(int argc, char *argv[], const SignalState &signals)
 {
     // The event loop must be GLib's; what the user has chosen is for the command.
-    const QByteArray isGlibOff = qgetenv(noGlibVariable);
+    const QByteArray userSetting = qgetenv(noGlibVariable);
     qunsetenv(noGlibVariable);
     QCoreApplication application(argc, argv);
-    if (!isGlibOff.isNull())
-        qputenv(noGlibVariable, isGlibOff);
+    if (!userSetting.isNull())
+        qputenv(noGlibVariable, userSetting);
     QCoreApplication::setApplicationName(QStringLiteral("managed-configuration-sandbox"));
     QCoreApplication::setApplicationVersion(QStringLiteral(SANDBOX_VERSION));
 

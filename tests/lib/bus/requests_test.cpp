@@ -1,6 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
+#include "bus_limits.h"
 #include "bus_test.h"
 #include "configuration_manager_p.h"
 #include "message_log.h"
@@ -11,13 +12,12 @@
 
 using namespace Tarnvel::Application::ManagedConfiguration;
 using namespace Tarnvel::Testing;
+using Tarnvel::DBus::maximumPendingCalls;
 
 namespace {
 
 const QString forbidden = QStringLiteral("org.brenvik.ManagedConfiguration.Error.Forbidden");
 
-/*! How many pending calls dbus-daemon allows one connection; it refuses more. */
-constexpr int maximumPending = 128;
 const QLatin1String tooMany("maximum number of pending replies");
 
 /*! \a levels configurations inside one another, the innermost with \a entry if that is valid. */
@@ -228,12 +228,12 @@ void RequestsTest::hundredsOfRequestsAtOnceAreAnsweredOnceEach()
     const Answers answers;
     for (int request = 0; request < requests; ++request)
         m_manager.getConfiguration(answers.forReading());
-    TRY_COMPARE(m_service.unanswered(), maximumPending);
-    TRY_COMPARE(answers.texts().filter(tooMany).count(), requests - maximumPending);
-    for (int call = 0; call < maximumPending; ++call)
+    TRY_COMPARE(m_service.unanswered(), maximumPendingCalls);
+    TRY_COMPARE(answers.texts().filter(tooMany).count(), requests - maximumPendingCalls);
+    for (int call = 0; call < maximumPendingCalls; ++call)
         m_service.replyTo(call, QString("({'call': <%1>},)").arg(call));
     QVERIFY(answers.waitFor(requests));
-    for (int call = 0; call < maximumPending; ++call)
+    for (int call = 0; call < maximumPendingCalls; ++call)
         QCOMPARE(answers.texts().count(QString(R"({"call": int %1})").arg(call)), 1);
 
     // The connection is as good as new.
@@ -249,10 +249,10 @@ void RequestsTest::unansweredRequestsUseUpWhatTheBusAllows()
     m_service.leaveUnanswered();
     Answers answers;
     m_requests.setTimeout(200);
-    for (int request = 0; request < maximumPending; ++request)
+    for (int request = 0; request < maximumPendingCalls; ++request)
         m_requests.getConfiguration(answers.forReading());
     m_requests.setTimeout(-1);
-    QVERIFY(answers.waitFor(maximumPending));
+    QVERIFY(answers.waitFor(maximumPendingCalls));
 
     const QString refusal = awaitRead(m_manager);
     QVERIFY2(refusal.startsWith("{} error 1: ") && refusal.contains(tooMany), qPrintable(refusal));

@@ -55,7 +55,7 @@ Event announcementEvent(const QString &application, const QString &path,
 /*! \brief The service, or its bus, has ended or come back, as \a text says. */
 Event serviceEvent(const QString &text, Tools::Style style, const std::optional<Fault> &fault = {});
 
-/*! \brief The scenario file \a fileName was reloaded or refused, as \a line says. */
+/*! \brief The scenario file \a fileName was reloaded, or could not be, as \a line says. */
 Event scenarioEvent(const QString &fileName, const QString &line, Tools::Style style);
 
 } // namespace Tarnvel::Sandbox

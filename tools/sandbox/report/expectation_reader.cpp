@@ -58,11 +58,11 @@ ExpectedCall readCall(const JsonValue &value, Diagnostics *diagnostics)
     if (const JsonValue *const change = reader.find(changeKey)) {
         call.members.insert(changeKey, toQtJson(*change));
         if (change->kind != JsonValue::Object)
-            refuse(*change, describe(JsonValue::Object), diagnostics);
+            addUnexpected(*change, describe(JsonValue::Object), diagnostics);
     }
     if (const JsonValue *const within = reader.find(QLatin1String("within")))
         call.within = readNumber(within, std::numeric_limits<int>::max(), diagnostics);
-    reader.refuseOthers(QStringLiteral("a call"));
+    reader.addUnknownMembers(QStringLiteral("a call"));
     return call;
 }
 
@@ -72,7 +72,7 @@ QVector<ExpectedCall> readDocument(const JsonValue &document, Diagnostics *diagn
     ObjectReader reader(document, diagnostics);
     for (const JsonValue &call : readList(reader.require(QLatin1String("calls")), diagnostics))
         calls.append(readCall(call, diagnostics));
-    reader.refuseOthers(QStringLiteral("an expectation"));
+    reader.addUnknownMembers(QStringLiteral("an expectation"));
     return calls;
 }
 

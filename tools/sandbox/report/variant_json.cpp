@@ -3,6 +3,7 @@
 
 #include "variant_json.h"
 
+#include "scenario/configuration_reader.h"
 #include "scenario/variant.h"
 
 #include <QtCore/QJsonArray>
@@ -13,7 +14,7 @@ namespace Tarnvel::Sandbox {
 
 namespace {
 
-const QLatin1String textKey("$gvariant");
+const QLatin1String textKey(gvariantTextKey);
 
 QJsonObject textJson(GVariant *value)
 {

@@ -11,7 +11,7 @@ namespace Tarnvel::Sandbox {
 
 namespace {
 
-const QLatin1String textKey("$gvariant");
+const QLatin1String textKey(gvariantTextKey);
 
 Variant readScalar(const JsonValue &value, Diagnostics *diagnostics)
 {
@@ -23,7 +23,7 @@ Variant readScalar(const JsonValue &value, Diagnostics *diagnostics)
     case JsonValue::String:
         return adopt(g_variant_new_string(value.text.toUtf8().constData()));
     default:
-        refuse(value, QStringLiteral("a boolean, an integer or a string"), diagnostics);
+        addUnexpected(value, QStringLiteral("a boolean, an integer or a string"), diagnostics);
         return {};
     }
 }
@@ -52,7 +52,7 @@ Variant readText(const JsonValue &object, int depth, Diagnostics *diagnostics)
 {
     ObjectReader reader(object, diagnostics);
     const JsonValue &text = *reader.require(textKey);
-    reader.refuseOthers(QStringLiteral("a value with \"%1\"").arg(textKey));
+    reader.addUnknownMembers(QStringLiteral("a value with \"%1\"").arg(textKey));
     const QByteArray string = readString(&text, diagnostics).toUtf8();
     if (text.kind != JsonValue::String)
         return {};
@@ -95,7 +95,7 @@ Variant readConfiguration(const JsonValue *value, Diagnostics *diagnostics)
     if (!value)
         return {};
     if (value->kind != JsonValue::Object) {
-        refuse(*value, describe(JsonValue::Object), diagnostics);
+        addUnexpected(*value, describe(JsonValue::Object), diagnostics);
         return {};
     }
     const Variant configuration = readValue(*value, 0, diagnostics);
@@ -116,7 +116,8 @@ QVector<Variant> readItems(const JsonValue &list, Diagnostics *diagnostics)
     for (const JsonValue &item : list.items) {
         const JsonValue::Kind kind = list.items.front().kind;
         if (item.kind != kind)
-            refuse(item, QStringLiteral("%1 like the first item").arg(describe(kind)), diagnostics);
+            addUnexpected(item, QStringLiteral("%1 like the first item").arg(describe(kind)),
+                          diagnostics);
         else if (const Variant value = readScalar(item, diagnostics))
             items.append(value);
     }

@@ -9,14 +9,16 @@
 
 namespace Tarnvel::Sandbox {
 
+/*! \brief The key of the GVariant text of a value that JSON cannot express. */
+constexpr char gvariantTextKey[] = "$gvariant";
+
 /*!
  * \brief The configuration, an a{sv}, that \a value describes.
  *
  * - An integer is an int32, a string a string, a boolean a boolean.
  * - A list of values of one of these types is an array of it, an empty list one of strings.
  * - An object is a nested configuration.
- * - An object with the only member "$gvariant" is the value that GLib's text format describes
- * there.
+ * - An object with the only member #gvariantTextKey is the value of that GVariant text.
  *
  * Everything else adds to \a diagnostics, and so does what no D-Bus message can hold: the result is
  * then incomplete. Null if \a value is.

@@ -26,8 +26,8 @@ const FaultDescription *readDescription(const JsonValue *name, Diagnostics *diag
             return &description;
         names << QLatin1String(description.name);
     }
-    refuse(*name, QStringLiteral("one of the faults ") + names.join(QLatin1String(", ")),
-           diagnostics);
+    addUnexpected(*name, QStringLiteral("one of the faults ") + names.join(QLatin1String(", ")),
+                  diagnostics);
     return nullptr;
 }
 
@@ -36,8 +36,9 @@ QString readMethod(const JsonValue *value, Diagnostics *diagnostics)
     const QStringList methods {QLatin1String(DBus::getConfigurationMethod),
                                QLatin1String(DBus::changeConfigurationMethod)};
     if (value && (value->kind != JsonValue::String || !methods.contains(value->text)))
-        refuse(*value, QStringLiteral("\"%1\" or \"%2\"").arg(methods.first(), methods.last()),
-               diagnostics);
+        addUnexpected(*value,
+                      QStringLiteral("\"%1\" or \"%2\"").arg(methods.first(), methods.last()),
+                      diagnostics);
     return value ? value->text : QString();
 }
 
@@ -47,10 +48,11 @@ QString readError(const JsonValue *value, Diagnostics *diagnostics)
     if (DBus::errorNames().contains(name))
         return QLatin1String(DBus::errorPrefix) + name;
     if (value && !g_dbus_is_interface_name(name.toUtf8().constData()))
-        refuse(*value,
-               QStringLiteral("%1, or a full name such as \"org.freedesktop.DBus.Error.Failed\"")
-                   .arg(DBus::errorNames().join(QLatin1String(", "))),
-               diagnostics);
+        addUnexpected(
+            *value,
+            QStringLiteral("%1, or a full name such as \"org.freedesktop.DBus.Error.Failed\"")
+                .arg(DBus::errorNames().join(QLatin1String(", "))),
+            diagnostics);
     return name;
 }
 
@@ -113,7 +115,8 @@ Fault readFault(const JsonValue &value, Diagnostics *diagnostics)
         fault.count = static_cast<int>(readInteger(object.require(QLatin1String("count")), 1,
                                                    Fault::maximumCount, diagnostics));
     }
-    object.refuseOthers(QStringLiteral("the fault \"%1\"").arg(QLatin1String(description->name)));
+    object.addUnknownMembers(
+        QStringLiteral("the fault \"%1\"").arg(QLatin1String(description->name)));
     return fault;
 }
 

@@ -83,7 +83,8 @@ public:
         const QString key = checkedText(text, size);
         OpenValue &object = m_open.back();
         if (object.keys.contains(key))
-            m_diagnostics->add(tokenStart(), QStringLiteral("duplicate member ") + quoted(key));
+            m_diagnostics->add(tokenStart(),
+                               QStringLiteral("duplicate member ") + quotedExcerpt(key));
         object.keys.insert(key);
         object.value->members.push_back({key, tokenStart(), {}});
         endToken();
@@ -249,7 +250,7 @@ QString describe(JsonValue::Kind kind)
     return QLatin1String(descriptions.at(kind));
 }
 
-QString quoted(const QString &text)
+QString quotedExcerpt(const QString &text)
 {
     const QString shown = text.size() > maximumQuotedSize
         ? text.left(maximumQuotedSize) + QStringLiteral("...")

@@ -14,7 +14,7 @@ namespace Tarnvel::Sandbox {
 
 struct JsonMember;
 
-/*! \brief A value in a JSON text, with its offset. */
+/*! \brief A value in a JSON text, and where it is. */
 struct JsonValue
 {
     enum Kind {
@@ -65,6 +65,6 @@ JsonValue parseJson(const QByteArray &text, Diagnostics *diagnostics);
 QString describe(JsonValue::Kind kind);
 
 /*! \brief \a text in quotation marks, on one line and cut off where it is long. */
-QString quoted(const QString &text);
+QString quotedExcerpt(const QString &text);
 
 } // namespace Tarnvel::Sandbox

@@ -16,13 +16,13 @@ QString shown(const JsonValue &value)
 {
     if (value.kind == JsonValue::Number)
         return value.text;
-    return value.kind == JsonValue::String ? quoted(value.text) : describe(value.kind);
+    return value.kind == JsonValue::String ? quotedExcerpt(value.text) : describe(value.kind);
 }
 
 bool isOfKind(const JsonValue *value, JsonValue::Kind kind, Diagnostics *diagnostics)
 {
     if (value && value->kind != kind)
-        refuse(*value, describe(kind), diagnostics);
+        addUnexpected(*value, describe(kind), diagnostics);
     return value && value->kind == kind;
 }
 
@@ -52,8 +52,8 @@ qint64 readInteger(const JsonValue *value, qint64 minimum, qint64 maximum, Diagn
 {
     const auto number = value ? integerOf(*value, minimum, maximum) : 0;
     if (!number)
-        refuse(*value, QStringLiteral("an integer from %1 to %2").arg(minimum).arg(maximum),
-               diagnostics);
+        addUnexpected(*value, QStringLiteral("an integer from %1 to %2").arg(minimum).arg(maximum),
+                      diagnostics);
     return number.value_or(0);
 }
 
@@ -62,7 +62,7 @@ qint32 readInt32(const JsonValue *value, Diagnostics *diagnostics)
     using Limits = std::numeric_limits<qint32>;
     const auto number = value ? integerOf(*value, Limits::min(), Limits::max()) : 0;
     if (!number)
-        refuse(*value, QStringLiteral("a 32-bit integer"), diagnostics);
+        addUnexpected(*value, QStringLiteral("a 32-bit integer"), diagnostics);
     return static_cast<qint32>(number.value_or(0));
 }
 
@@ -73,7 +73,7 @@ double readNumber(const JsonValue *value, int maximum, Diagnostics *diagnostics)
     const double number = g_ascii_strtod(value->text.toLatin1().constData(), nullptr);
     if (value->kind == JsonValue::Number && number >= 0 && number <= maximum)
         return number;
-    refuse(*value, QStringLiteral("a number from 0 to %1").arg(maximum), diagnostics);
+    addUnexpected(*value, QStringLiteral("a number from 0 to %1").arg(maximum), diagnostics);
     return 0;
 }
 
@@ -83,7 +83,7 @@ const std::vector<JsonValue> &readList(const JsonValue *value, Diagnostics *diag
     return isOfKind(value, JsonValue::List, diagnostics) ? value->items : none;
 }
 
-void refuse(const JsonValue &value, const QString &expected, Diagnostics *diagnostics)
+void addUnexpected(const JsonValue &value, const QString &expected, Diagnostics *diagnostics)
 {
     diagnostics->add(value.offset,
                      QStringLiteral("expected %1, found %2").arg(expected, shown(value)));
@@ -109,13 +109,13 @@ const JsonValue *ObjectReader::require(QLatin1String key)
     return value;
 }
 
-void ObjectReader::refuseOthers(const QString &name)
+void ObjectReader::addUnknownMembers(const QString &name)
 {
     for (const JsonMember &member : m_value.members) {
         if (!m_known.contains(member.key))
             m_diagnostics->add(
                 member.offset,
-                QStringLiteral("unknown member %1 of %2").arg(quoted(member.key), name));
+                QStringLiteral("unknown member %1 of %2").arg(quotedExcerpt(member.key), name));
     }
 }
 

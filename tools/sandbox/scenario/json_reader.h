@@ -29,7 +29,7 @@ double readNumber(const JsonValue *value, int maximum, Diagnostics *diagnostics)
 const std::vector<JsonValue> &readList(const JsonValue *value, Diagnostics *diagnostics);
 
 /*! \brief Adds the diagnostic that \a expected was expected in place of \a value. */
-void refuse(const JsonValue &value, const QString &expected, Diagnostics *diagnostics);
+void addUnexpected(const JsonValue &value, const QString &expected, Diagnostics *diagnostics);
 
 /*! \brief Reads an object member by member. */
 class ObjectReader
@@ -45,7 +45,7 @@ public:
     const JsonValue *require(QLatin1String key);
 
     /*! \brief Adds a diagnostic for each member of \a name, "a range", that was not asked for. */
-    void refuseOthers(const QString &name);
+    void addUnknownMembers(const QString &name);
 
 private:
     const JsonValue &m_value;

@@ -25,7 +25,7 @@ void checkPath(const QString &path, int offset, Diagnostics *diagnostics)
     if (settingKeys(path).isEmpty())
         diagnostics->add(offset,
                          QStringLiteral("expected the path of a setting, such as \"a/b\", found %1")
-                             .arg(quoted(path)));
+                             .arg(quotedExcerpt(path)));
 }
 
 QStringList readLocked(const JsonValue *value, Diagnostics *diagnostics)
@@ -52,7 +52,7 @@ void readRange(const JsonValue &value, AllowedValues *allowed, Diagnostics *diag
     ObjectReader object(value, diagnostics);
     const JsonValue *const minimum = object.find(QLatin1String("minimum"));
     const JsonValue *const maximum = object.find(QLatin1String("maximum"));
-    object.refuseOthers(QStringLiteral("a range"));
+    object.addUnknownMembers(QStringLiteral("a range"));
     if (minimum)
         allowed->minimum = readInt32(minimum, diagnostics);
     if (maximum)
@@ -76,7 +76,7 @@ AllowedValues readAllowedValues(const JsonMember &setting, Diagnostics *diagnost
     else if (value.kind == JsonValue::List)
         diagnostics->add(value.offset, QStringLiteral("expected at least one allowed value"));
     else
-        refuse(value, QStringLiteral("a list of values or a range"), diagnostics);
+        addUnexpected(value, QStringLiteral("a list of values or a range"), diagnostics);
     return allowed;
 }
 
@@ -84,7 +84,7 @@ QVector<AllowedValues> readAllowed(const JsonValue *value, Diagnostics *diagnost
 {
     QVector<AllowedValues> allowed;
     if (value && value->kind != JsonValue::Object)
-        refuse(*value, QStringLiteral("an object"), diagnostics);
+        addUnexpected(*value, QStringLiteral("an object"), diagnostics);
     else if (value)
         for (const JsonMember &setting : value->members)
             allowed.append(readAllowedValues(setting, diagnostics));
@@ -117,17 +117,17 @@ void readApplication(const JsonValue &value, Scenario *scenario, Diagnostics *di
         application.users = readUsers(*users, diagnostics);
     application.allowed = readAllowed(object.find(QLatin1String("allowed")), diagnostics);
     application.faults = readFaults(object.find(QLatin1String("faults")), diagnostics);
-    object.refuseOthers(QStringLiteral("an application"));
+    object.addUnknownMembers(QStringLiteral("an application"));
     if (!organizationName || !applicationName)
         return;
 
     const QString path = DBus::applicationPath(organization, name);
     if (!g_variant_is_object_path(path.toUtf8().constData()))
         diagnostics->add(value.offset,
-                         QStringLiteral("%1 is not a valid object path").arg(quoted(path)));
+                         QStringLiteral("%1 is not a valid object path").arg(quotedExcerpt(path)));
     else if (scenario->contains(path))
         diagnostics->add(value.offset,
-                         QStringLiteral("duplicate application at %1").arg(quoted(path)));
+                         QStringLiteral("duplicate application at %1").arg(quotedExcerpt(path)));
     scenario->insert(path, application);
 }
 
@@ -140,7 +140,7 @@ Scenario readDocument(const JsonValue &document, Diagnostics *diagnostics)
     const JsonValue *const applications = object.require(QLatin1String("applications"));
     for (const JsonValue &application : readList(applications, diagnostics))
         readApplication(application, &scenario, diagnostics);
-    object.refuseOthers(QStringLiteral("a scenario"));
+    object.addUnknownMembers(QStringLiteral("a scenario"));
     return scenario;
 }
 

@@ -15,8 +15,8 @@ namespace Tarnvel::Sandbox {
 /*!
  * \brief Sets \a scenario to the one that \a text, the content of \a fileName, describes.
  *
- * If it describes none, \a scenario is unchanged, and the result is all diagnostics, in the order
- * of their locations.
+ * If it describes none, \a scenario is unchanged, and the result is all that is wrong with it, in
+ * the order of the text, each with its location.
  */
 QVector<Tools::Failure> parseScenario(const QString &fileName, const QByteArray &text,
                                       Scenario *scenario);

@@ -12,21 +12,21 @@ FaultSchedule::FaultSchedule(Handler handler) : m_handler(std::move(handler)) { 
 
 void FaultSchedule::setScenario(const std::shared_ptr<const Scenario> &scenario)
 {
-    // Alive until the entries that go on no longer refer to it.
+    // Alive until the faults that go on no longer refer to it.
     const std::shared_ptr<const Scenario> oldScenario = std::exchange(m_scenario, scenario);
-    QMap<QString, Entries> old = std::exchange(m_entries, {});
+    QMap<QString, ScheduledFaults> old = std::exchange(m_scheduled, {});
     for (auto application = scenario->begin(); application != scenario->end(); ++application) {
-        Entries &oldEntries = old[application.key()];
-        Entries &entries = m_entries[application.key()];
+        ScheduledFaults &oldFaults = old[application.key()];
+        ScheduledFaults &newFaults = m_scheduled[application.key()];
         for (const Fault &fault : application->faults) {
             const auto same = std::find_if(
-                oldEntries.begin(), oldEntries.end(),
-                [&fault](const auto &entry) { return *entry->fault == fault; });
-            // Taken out, so that each of two equal faults has an entry of its own.
-            entries.append(same == oldEntries.end()
-                               ? makeEntry(application.key(), fault)
-                               : oldEntries.takeAt(static_cast<int>(same - oldEntries.begin())));
-            entries.last()->fault = &fault;
+                oldFaults.begin(), oldFaults.end(),
+                [&fault](const auto &scheduled) { return *scheduled->fault == fault; });
+            // Taken out, so that each of two equal faults counts on its own.
+            newFaults.append(same == oldFaults.end()
+                                 ? schedule(application.key(), fault)
+                                 : oldFaults.takeAt(static_cast<int>(same - oldFaults.begin())));
+            newFaults.last()->fault = &fault;
         }
     }
 }
@@ -34,12 +34,12 @@ void FaultSchedule::setScenario(const std::shared_ptr<const Scenario> &scenario)
 CallFaults FaultSchedule::count(const QString &path, const QString &method)
 {
     CallFaults due;
-    for (const std::shared_ptr<Entry> &entry : m_entries.value(path)) {
-        const Fault &fault = *entry->fault;
+    for (const std::shared_ptr<ScheduledFault> &scheduled : m_scheduled.value(path)) {
+        const Fault &fault = *scheduled->fault;
         if (fault.method != method)
             continue;
-        ++entry->calls;
-        if (fault.call != 0 && fault.call != entry->calls)
+        ++scheduled->calls;
+        if (fault.call != 0 && fault.call != scheduled->calls)
             continue;
         if (fault.kind == Fault::Delay && !due.delay)
             due.delay = fault.seconds;
@@ -49,18 +49,18 @@ CallFaults FaultSchedule::count(const QString &path, const QString &method)
     return due;
 }
 
-std::shared_ptr<FaultSchedule::Entry> FaultSchedule::makeEntry(const QString &path,
-                                                               const Fault &fault)
+std::shared_ptr<FaultSchedule::ScheduledFault> FaultSchedule::schedule(const QString &path,
+                                                                       const Fault &fault)
 {
-    const auto entry = std::make_shared<Entry>();
+    const auto scheduled = std::make_shared<ScheduledFault>();
     if (!fault.method.isEmpty())
-        return entry;
-    entry->timer.setSingleShot(true);
-    entry->timer.setTimerType(Qt::PreciseTimer);
-    entry->timer.callOnTimeout(
-        [this, path, entry = entry.get()] { m_handler(path, *entry->fault); });
-    entry->timer.start(toMilliseconds(fault.time));
-    return entry;
+        return scheduled;
+    scheduled->timer.setSingleShot(true);
+    scheduled->timer.setTimerType(Qt::PreciseTimer);
+    scheduled->timer.callOnTimeout(
+        [this, path, scheduled = scheduled.get()] { m_handler(path, *scheduled->fault); });
+    scheduled->timer.start(toMilliseconds(fault.time));
+    return scheduled;
 }
 
 int toMilliseconds(double seconds)

@@ -50,21 +50,21 @@ public:
     CallFaults count(const QString &path, const QString &method);
 
 private:
-    struct Entry
+    struct ScheduledFault
     {
         // In the scenario.
         const Fault *fault = nullptr;
         int calls = 0;
         QTimer timer;
     };
-    using Entries = QVector<std::shared_ptr<Entry>>;
+    using ScheduledFaults = QVector<std::shared_ptr<ScheduledFault>>;
 
-    std::shared_ptr<Entry> makeEntry(const QString &path, const Fault &fault);
+    std::shared_ptr<ScheduledFault> schedule(const QString &path, const Fault &fault);
 
     Handler m_handler;
     std::shared_ptr<const Scenario> m_scenario;
     // By path.
-    QMap<QString, Entries> m_entries;
+    QMap<QString, ScheduledFaults> m_scheduled;
 };
 
 /*! \brief \a seconds in the unit of timers. */
