@@ -206,6 +206,7 @@ private Q_SLOTS:
         const QTemporaryDir directory;
         Program shell("/bin/sh");
         shell.setVariable("XDG_DATA_HOME", directory.path());
+        const QString client = INSTALLED_PROGRAMS "/managed-configuration";
         // A session bus that can start the service, which then fails.
         const Outcome outcome = shell.run({"-ec", R"(
 services=$XDG_DATA_HOME/dbus-1/services
@@ -213,8 +214,8 @@ mkdir -p "$services"
 printf '[D-BUS Service]\nName=%s\nExec=/bin/false\n' org.brenvik.ManagedConfiguration \
     >"$services/failing.service"
 exec dbus-run-session sh -c 'DBUS_SYSTEM_BUS_ADDRESS=$DBUS_SESSION_BUS_ADDRESS "$@"' sh "$@")",
-                                           "sh", INSTALLED_PROGRAMS "/managed-configuration",
-                                           "--organization=acme", "--application=viewer", "check"});
+                                           "sh", client, "--organization=acme",
+                                           "--application=viewer", "check"});
         QVERIFY2(
             outcome.output.contains("service: org.brenvik.ManagedConfiguration is not running; "
                                     "the bus starts it when it is called\n"),

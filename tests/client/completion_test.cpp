@@ -10,8 +10,8 @@ using namespace Tarnvel::Testing;
 
 namespace {
 
-const QString client = "managed-configuration --organization acme.labs --application=viewer "
-                       "--timeout=20";
+const auto client = QStringLiteral(
+    "managed-configuration --organization acme.labs --application=viewer --timeout=20");
 
 // Prints what bash would offer behind the line "$1".
 const char script[] = R"(

@@ -19,7 +19,7 @@ using namespace Tarnvel::Testing;
 
 namespace {
 
-const QString entry = "{\"key\": %1}";
+const auto entry = QStringLiteral("{\"key\": %1}");
 
 QString contentOf(const QString &page)
 {

@@ -74,8 +74,9 @@ void ExpectedCallsTest::callsMustComeInTheirOrderAndInTime()
 
 void ExpectedCallsTest::everyMemberCounts()
 {
-    for (const QString &member : QStringList {"application", "path", "user", "method", "change",
-                                              "outcome", "error", "message", "fault"}) {
+    const QStringList members {"application", "path",  "user",    "method", "change",
+                               "outcome",     "error", "message", "fault"};
+    for (const QString &member : members) {
         Expectation expectation;
         QVERIFY(parseExpectation("calls.json", expected, &expectation).isEmpty());
         expectation.record(object(get));
