@@ -181,7 +181,8 @@ void checkParse(const QString &path)
     actual += log.take();
     QStringList expected;
     QStringList warnings;
-    for (const QVariant &step : parse(path, warnings))
+    const auto steps = parse(path, warnings);
+    for (const QVariant &step : steps)
         expected.append(describe(step));
     expected += warnings;
     if (actual != expected || xpath.toString() != path
