@@ -8,6 +8,9 @@ namespace Tarnvel::DBus {
 /*! \brief How many containers a message holds inside one another at most. */
 constexpr int maximumContainerDepth = 64;
 
+/*! \brief How many of them every bus carries: dbus-broker carries one less than dbus-daemon. */
+constexpr int portableContainerDepth = 63;
+
 /*! \brief What lies between a configuration and a value in it: an array, an entry and a variant. */
 constexpr int containersPerLevel = 3;
 

@@ -121,15 +121,22 @@ QDBusVariant sendable(const QVariant &value)
     return QDBusVariant(value);
 }
 
-// The bus disconnects a sender of more nested containers.
-constexpr int deepestLevel = DBus::maximumContainerDepth / DBus::containersPerLevel;
+// A bus disconnects a sender of more nested containers. The deepest level uses up the last one, so
+// its values must not be containers.
+constexpr int deepestLevel = DBus::portableContainerDepth / DBus::containersPerLevel;
+
+bool isContainer(const QVariant &value)
+{
+    const char *const signature = QDBusMetaType::typeToSignature(value.userType());
+    return !signature || qstrlen(signature) != 1 || *signature == 'v';
+}
 
 bool isTooDeep(const Configuration &configuration, int level = 1)
 {
     const QMap<QString, QVariant> entries = ConfigurationPrivate::data(configuration);
-    if (level > deepestLevel)
-        return !entries.isEmpty();
     return std::any_of(entries.begin(), entries.end(), [level](const QVariant &value) {
+        if (level == deepestLevel)
+            return isContainer(value);
         return value.userType() == qMetaTypeId<Configuration>()
             && isTooDeep(value.value<Configuration>(), level + 1);
     });

@@ -83,8 +83,8 @@ public:
      * \brief Constructs a manager that is independent of instance(), with its own subscription.
      *
      * Connects to the system bus if the process is not connected yet, but does not contact the
-     * service. If the organization name or the application name is empty, logs a warning; requests
-     * are sent to the object path that results from the names.
+     * service. If the organization name or the application name is empty, logs a warning twice;
+     * requests are sent to the object path that results from the names.
      */
     ConfigurationManager();
 
@@ -112,8 +112,9 @@ public:
      * replace the current configuration or to merge the two. \a callback receives Error::NoError on
      * success, and an error like that of getConfiguration() on failure.
      *
-     * D-Bus cannot carry a configuration with entries on more than 21 levels. Such a configuration
-     * is not sent, and the error is Error::Internal.
+     * Not every D-Bus daemon can carry a configuration with more than 21 levels, empty ones
+     * included, or with a list on level 21. Such a configuration is not sent, and the error is
+     * Error::Internal.
      *
      * A successful request does not emit configurationChanged() by itself. The signal is emitted if
      * the service announces the change.
