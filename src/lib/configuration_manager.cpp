@@ -189,20 +189,27 @@ void dropReply(QDBusPendingCallWatcher *watcher)
     static_cast<QDBusPendingCall &>(*watcher) = QDBusPendingCall::fromCompletedCall(QDBusMessage());
 }
 
+// Returns a null string if Qt D-Bus cannot read keys of this type as strings.
+QString keyText(const QVariant &key)
+{
+    if (key.userType() == qMetaTypeId<QDBusObjectPath>())
+        return key.value<QDBusObjectPath>().path();
+    if (key.userType() == qMetaTypeId<QDBusSignature>())
+        return key.value<QDBusSignature>().signature();
+    return key.type() == QVariant::String ? key.toString() : QString();
+}
+
 // Qt D-Bus does not check that the data has the type it is asked to read, and may read past the
-// end. All entries of a dictionary have the same types, so it is enough to check the first. Of the
-// types that a key can have, asVariant() returns only a string as QVariant::String.
+// end. All entries of a dictionary have the same types, so it is enough to check the first.
 void readEntries(const QDBusArgument &argument, Configuration &configuration)
 {
     argument.beginMapEntry();
-    const QVariant firstKey = argument.asVariant();
-    if (firstKey.type() != QVariant::String
-        || argument.currentType() != QDBusArgument::VariantType) {
+    QString key = keyText(argument.asVariant());
+    if (key.isNull() || argument.currentType() != QDBusArgument::VariantType) {
         argument.endMapEntry();
         return;
     }
 
-    QString key = firstKey.toString();
     QDBusVariant value;
     for (;;) {
         argument >> value;

@@ -135,7 +135,8 @@ QVariant storedFor(GVariant *value, QStringList &warnings)
 Configuration configurationFrom(GVariant *dictionary, QStringList &warnings)
 {
     QMap<QString, QVariant> entries;
-    const bool isConfiguration = g_variant_is_of_type(dictionary, G_VARIANT_TYPE_VARDICT) != 0;
+    const QByteArray type = g_variant_get_type_string(dictionary);
+    const bool isConfiguration = type == "a{sv}" || type == "a{ov}" || type == "a{gv}";
     for (gsize i = 0; isConfiguration && i < g_variant_n_children(dictionary); ++i) {
         const Value entry = child(dictionary, i);
         const QVariant stored = storedFor(child(child(entry.get(), 1).get(), 0).get(), warnings);

@@ -91,8 +91,12 @@ void WireFormatTest::aReceivedValueIsStoredByItsKind_data()
     for (const char *sent :
          {"@a{ss} {}", "{'a': 'x', 'b': 'y'}", "{'a': 1}", "{'a': 1.5}", "{'a': (1, 'x')}",
           "{'a': [1]}", "{'a': {'b': <1>}}", "{1: <'x'>}", "{int64 1: int64 2}", "{byte 1: <1>}",
-          "{1.5: <1>}", "{objectpath '/a': <1>}", "{signature 's': <1>}"})
+          "{1.5: <1>}", "{handle 0: <1>}", "{objectpath '/a': 1}", "{signature 's': 'x'}"})
         row(sent, "{}");
+    row("{objectpath '/a': <1>, '/b': <'x'>}", R"({"/a": int 1, "/b": QString "x"})");
+    row("{signature 'a{sv}': <1>, '': <2>}", R"({"": int 2, "a{sv}": int 1})");
+    row("{'a': <{objectpath '/b': <{signature 's': <[1]>}>}>}",
+        R"({"a": {"/b": {"s": QList<int> [1]}}})");
     row("{'a': <1>, 'b': <{'x': 'y'}>, 'c': <2>}", R"({"a": int 1, "b": {}, "c": int 2})");
     // Of entries with one key, the last that can be stored counts.
     row("[{'a', <7.5>}, {'a', <1>}]", "{\"a\": int 1}");
