@@ -62,7 +62,6 @@ QList<XpathAccess> parseXpathAccesses(const QString &xpath)
     }
 
     QList<XpathAccess> accesses;
-    accesses.reserve(xpath.count(QLatin1Char('/')) + 1);
     // One pass without QString::split(): a lookup spends most of its time here.
     const QChar *end = xpath.begin();
     for (const QChar *begin = end; begin < xpath.end(); begin = end + 1) {
