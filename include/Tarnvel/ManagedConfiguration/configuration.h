@@ -26,7 +26,7 @@ class ConfigurationPrivate;
  * - \c QStringList, \c QList<int>, \c QList<bool>, \c QList<QString>;
  * - Configuration, for a nested configuration.
  *
- * Values of other types, such as \c double, \c QVariantList and \c QVariantMap, are never stored.
+ * set() never stores values of other types, such as \c double, \c QVariantList and \c QVariantMap.
  *
  * \code
  * #include <Tarnvel/ManagedConfiguration/Configuration>
@@ -128,9 +128,12 @@ public:
     /*!
      * \brief Returns true if this configuration and \a other have the same keys and equal values.
      *
-     * Values are compared as QVariant does. Therefore nested configurations, and lists other than
-     * \c QStringList, are equal if they are copies of one another. If they were created separately,
-     * they may compare as different even if their contents are equal.
+     * Values are compared as QVariant does. Therefore lists other than \c QStringList are equal if
+     * they are copies of one another, and may compare as different if they were created separately,
+     * even with equal contents. Nested configurations are equal only if their \e QVariants are
+     * copies of one another: if one is read with fromVariant() and written back unchanged, the
+     * configuration compares as different. To compare contents, compare the nested configurations
+     * themselves, and lists as QList.
      */
     bool operator==(const Configuration &other) const;
 

@@ -137,10 +137,11 @@ private:
  * \brief Converts the D-Bus \a error to an Error.
  *
  * The errors of the service have names that consist of "org.brenvik.ManagedConfiguration.Error."
- * and the enumerator of the code; they are converted to that code. All other named errors are
- * converted to Error::Internal. The message is that of the D-Bus error. If \a error is not an
- * error, or has no name, the result means success and has a null message. This function never
- * fails, logs nothing, and is thread-safe.
+ * and the enumerator of the code; they are converted to that code. A repeated prefix counts as one.
+ * All other named errors, including the prefix with "NoError", are converted to Error::Internal.
+ * The message is that of the D-Bus error. If \a error is not an error, or has no name, the result
+ * means success and has a null message. This function never fails, logs nothing, and is
+ * thread-safe.
  */
 TARNVEL_MANAGED_CONFIGURATION_EXPORT Error errorFromDBus(const QDBusError &error);
 

@@ -68,7 +68,8 @@ private:
  *
  * The parts of a path are separated by "/"; empty parts are ignored. A part is a key, optionally
  * followed by one 0-based index in brackets. A key can contain all characters except "/", "[" and
- * "]"; spaces are part of it. A path cannot select an item of a list inside a list.
+ * "]"; spaces are part of it. A path cannot select an item of a list inside a list. A number with a
+ * closing bracket only, such as "12]", is both: the key "12]" and the index 12.
  *
  * \code
  * #include <Tarnvel/ManagedConfiguration/Xpath>
