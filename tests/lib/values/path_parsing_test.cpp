@@ -9,6 +9,7 @@
 
 #include <functional>
 #include <limits>
+#include <malloc.h>
 #include <type_traits>
 #include <utility>
 
@@ -85,6 +86,7 @@ private Q_SLOTS:
     void aKeyStepTakesAnyString();
     void aTextGivesItsStepsOrOneWarning_data();
     void aTextGivesItsStepsOrOneWarning();
+    void thePathOfManySeparatorsTakesLittleMemory();
 };
 
 void PathParsingTest::anIndexStepTakesAnyInt()
@@ -175,6 +177,23 @@ void PathParsingTest::aTextGivesItsStepsOrOneWarning()
     QCOMPARE(xpath.isValid(), !steps.isEmpty());
     QCOMPARE(xpath.toString(), text);
     QCOMPARE(xpath.toString().isNull(), text.isNull());
+}
+
+void PathParsingTest::thePathOfManySeparatorsTakesLittleMemory()
+{
+    const auto bytesInUse = [] {
+        const struct mallinfo2 heap = mallinfo2();
+        return heap.uordblks + heap.hblkhd;
+    };
+    if (bytesInUse() == 0)
+        QSKIP("a sanitizer's allocator does not count");
+    const QString text = QString(1024 * 1024, '/') + "a[1]";
+    const auto before = bytesInUse();
+    const Xpath xpath(text);
+    const auto after = bytesInUse();
+    QCOMPARE(xpath.accesses().size(), 2);
+    QVERIFY2(after < before + 4096,
+             qPrintable(QString("from %1 to %2 bytes").arg(before).arg(after)));
 }
 
 QTEST_GUILESS_MAIN(PathParsingTest)
