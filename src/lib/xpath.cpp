@@ -62,6 +62,8 @@ QList<XpathAccess> parseXpathAccesses(const QString &xpath)
     }
 
     QList<XpathAccess> accesses;
+    // Enough for most paths. A path may have millions of separators and no steps.
+    accesses.reserve(8);
     // One pass without QString::split(): a lookup spends most of its time here.
     const QChar *end = xpath.begin();
     for (const QChar *begin = end; begin < xpath.end(); begin = end + 1) {

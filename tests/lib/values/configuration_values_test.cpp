@@ -179,7 +179,9 @@ void ConfigurationValuesTest::anAcceptedValueReplacesAnother()
 
     MessageLog log;
     Configuration configuration = makeConfiguration({{"a", 1.5}, {"z", 7}});
+    const QChar *const key = entries(configuration).firstKey().constData();
     QVERIFY(configuration.set("a", value));
+    QCOMPARE(entries(configuration).firstKey().constData(), key);
     QVERIFY(!configuration.isEmpty());
     QVERIFY(configuration.containsKey("a"));
     QCOMPARE(configuration.get("a").userType(), value.userType());
