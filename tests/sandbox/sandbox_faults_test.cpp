@@ -165,8 +165,8 @@ void SandboxFaultsTest::aFaultAffectsACall_data()
     row("error", {"set zoom=120", "set zoom=120", "get"},
         {"set error 5: not today", "set error 5: not today", got}, {refused, refused, answered});
     row("delay", {"get"}, {got}, {get + "delayed by 1.5 s (fault delay)", answered});
-    row("no-answer", {"get", "get"}, {"got " + noReply, got},
-        {get + "unanswered (fault no-answer)", answered});
+    row("no-reply", {"get", "get"}, {"got " + noReply, got},
+        {get + "unanswered (fault no-reply)", answered});
     row("wrong-signature", {"get", "set zoom=120", "follow"},
         {R"(got error 1: Unexpected reply signature: got "si", expected "a{sv}")", "set done",
          "changed to nothing"},

@@ -301,7 +301,7 @@ void ScenarioFileTest::allFaultsAreRead()
               "not today 0 0 -"),
              "error ChangeConfiguration 0 0 com.acme.Error error injected by the sandbox 0 0 -",
              "delay ChangeConfiguration 0 0   2.5 0 -",
-             "no-answer GetConfiguration 2147483647 0   0 0 -",
+             "no-reply GetConfiguration 2147483647 0   0 0 -",
              "wrong-signature GetConfiguration 0 0   0 0 -",
              "further-arguments GetConfiguration 0 0   0 0 -",
              "too-large GetConfiguration 0 0   0 0 -", "exit ChangeConfiguration 1 0   0 0 -",

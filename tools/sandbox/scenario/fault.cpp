@@ -19,9 +19,9 @@ bool operator==(const Fault &left, const Fault &right)
 const QVector<FaultDescription> &faultDescriptions()
 {
     static const QVector<FaultDescription> descriptions {
-        {Fault::Error, "error", "the call is answered with an error", true, false},
-        {Fault::Delay, "delay", "the call is answered some seconds later", true, false},
-        {Fault::NoAnswer, "no-answer", "the call is never answered", true, false},
+        {Fault::Error, "error", "the reply is an error", true, false},
+        {Fault::Delay, "delay", "the reply is sent some seconds later", true, false},
+        {Fault::NoReply, "no-reply", "the call never gets a reply", true, false},
         {Fault::WrongSignature, "wrong-signature", "the reply has arguments of other types", true,
          false},
         {Fault::FurtherArguments, "further-arguments", "the reply has extra arguments", true,

@@ -17,7 +17,7 @@ struct Fault
     enum Kind {
         Error,
         Delay,
-        NoAnswer,
+        NoReply,
         WrongSignature,
         FurtherArguments,
         TooLarge,
@@ -64,7 +64,7 @@ bool operator==(const Fault &left, const Fault &right);
 struct FaultDescription
 {
     Fault::Kind kind;
-    /*! Its name in a scenario file: "no-answer". */
+    /*! Its name in a scenario file: "no-reply". */
     const char *name;
     /*! What happens, in the words of all documents; a sentence without its full stop. */
     const char *text;

@@ -142,7 +142,7 @@ void SimulatedService::handle(const Request &request, const std::optional<Fault>
 {
     if (fault && fault->kind == Fault::Error) {
         refuse(request, fault->error, fault->message, fault);
-    } else if (fault && (fault->kind == Fault::NoAnswer || endsService(*fault))) {
+    } else if (fault && (fault->kind == Fault::NoReply || endsService(*fault))) {
         m_log->report(callEvent(request, {Outcome::Unanswered, {}, {}, fault}));
         if (endsService(*fault))
             endService(*fault);
