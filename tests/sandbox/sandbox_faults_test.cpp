@@ -172,7 +172,7 @@ void SandboxFaultsTest::aFaultAffectsACall_data()
          "changed to nothing"},
         {answered + " (fault wrong-signature)", set + "accepted", announced,
          answered + " (fault wrong-signature)"});
-    row("further-arguments", {"get"}, {got}, {answered + " (fault further-arguments)"});
+    row("extra-arguments", {"get"}, {got}, {answered + " (fault extra-arguments)"});
     row("exit", {"get", "get", "set zoom=120"},
         {"got " + disconnected, "got " + noOwner, "set " + noOwner},
         {get + "unanswered (fault exit)", "the service has ended (fault exit)"});

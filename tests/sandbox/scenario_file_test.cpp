@@ -303,7 +303,7 @@ void ScenarioFileTest::allFaultsAreRead()
              "delay ChangeConfiguration 0 0   2.5 0 -",
              "no-reply GetConfiguration 2147483647 0   0 0 -",
              "wrong-signature GetConfiguration 0 0   0 0 -",
-             "further-arguments GetConfiguration 0 0   0 0 -",
+             "extra-arguments GetConfiguration 0 0   0 0 -",
              "too-large GetConfiguration 0 0   0 0 -", "exit ChangeConfiguration 1 0   0 0 -",
              "exit  0 0   0 0 -", "restart ChangeConfiguration 0 0   0.5 0 -",
              "restart  0 86400   0 0 -", "bus-death GetConfiguration 0 0   0 0 -",

@@ -94,7 +94,7 @@ void MisbehavingService::replyToPatient(const MethodCall &call)
         call.reply(g_variant_new_parsed(otherReplies[m_random.bounded(6)]));
         break;
     case 2:
-        ++m_tally[QStringLiteral("replies with further arguments")];
+        ++m_tally[QStringLiteral("replies with extra arguments")];
         call.reply(g_variant_new("(@a{sv}is)", randomConfiguration(), 1, "more"));
         break;
     case 3:

@@ -83,7 +83,7 @@ Tally requiredEvents()
 {
     Tally tally;
     for (const char *event :
-         {"error replies", "replies of another type", "replies with further arguments",
+         {"error replies", "replies of another type", "replies with extra arguments",
           "double replies", "late replies", "calls without a reply", "abandoned requests",
           "abandoned announcements"})
         tally.insert(event, 0);

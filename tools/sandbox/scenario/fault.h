@@ -19,7 +19,7 @@ struct Fault
         Delay,
         NoReply,
         WrongSignature,
-        FurtherArguments,
+        ExtraArguments,
         TooLarge,
         Exit,
         Restart,

@@ -30,12 +30,12 @@ GVariant *replyArguments(GVariant *configuration, const std::optional<Fault> &fa
         return g_variant_new("(si)", "unexpected", 1);
     if (fault && fault->kind == Fault::TooLarge)
         return g_variant_new("(@a{sv})", tooLargeConfiguration());
-    const bool isLonger = fault && fault->kind == Fault::FurtherArguments;
-    if (configuration && isLonger)
-        return g_variant_new("(@a{sv}si)", configuration, "further", 1);
+    const bool hasExtraArguments = fault && fault->kind == Fault::ExtraArguments;
+    if (configuration && hasExtraArguments)
+        return g_variant_new("(@a{sv}si)", configuration, "extra", 1);
     if (configuration)
         return g_variant_new("(@a{sv})", configuration);
-    return isLonger ? g_variant_new("(si)", "further", 1) : g_variant_new_tuple(nullptr, 0);
+    return hasExtraArguments ? g_variant_new("(si)", "extra", 1) : g_variant_new_tuple(nullptr, 0);
 }
 
 } // namespace Tarnvel::Sandbox
