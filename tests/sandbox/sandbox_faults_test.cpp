@@ -211,7 +211,7 @@ void SandboxFaultsTest::aFaultComesAtItsTime()
     QVERIFY(start(scenarioOf(configuration),
                   {"get", "follow", "follow", "follow", "follow", "follow"}));
     QVERIFY(waitForLine(got));
-    for (const char *name : {"announce", "announce-twice", "spoofed-signal", "push"}) {
+    for (const char *name : {"announce", "announce-twice", "spoofed-signal", "replace"}) {
         QVERIFY(write(m_scenarioFile, scenarioWithFaults(exampleOf(name))));
         QVERIFY(waitForEvent(QString("%1 (fault %2)").arg(announced, name)));
     }
@@ -256,11 +256,11 @@ void SandboxFaultsTest::aFaultThatStaysInTheScenarioGoesOnCounting()
 {
     const QByteArray second =
         R"({"fault": "error", "method": "GetConfiguration", "call": 2, "error": "Internal"})";
-    const QByteArray push = R"({"fault": "push", "time": 0, "configuration": {"zoom": 1}})";
+    const QByteArray replace = R"({"fault": "replace", "time": 0, "configuration": {"zoom": 1}})";
     QVERIFY(start(scenarioWithFaults(second), {"get", "follow", "get"}));
     QVERIFY(waitForLine(got));
     // The call that follows this announcement is the second.
-    QVERIFY(write(m_scenarioFile, scenarioWithFaults(second + ", " + push)));
+    QVERIFY(write(m_scenarioFile, scenarioWithFaults(second + ", " + replace)));
     QCOMPARE(finish(), 0);
     QCOMPARE(m_lines, QStringList({got, "changed to nothing", "got zoom=1"}));
     QVERIFY(

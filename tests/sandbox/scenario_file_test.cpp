@@ -307,7 +307,7 @@ void ScenarioFileTest::allFaultsAreRead()
              "too-large GetConfiguration 0 0   0 0 -", "exit ChangeConfiguration 1 0   0 0 -",
              "exit  0 0   0 0 -", "restart ChangeConfiguration 0 0   0.5 0 -",
              "restart  0 86400   0 0 -", "bus-death GetConfiguration 0 0   0 0 -",
-             "bus-death  0 10   0 0 -", "push  0 1.5   0 0 {'theme': <'dark'>}",
+             "bus-death  0 10   0 0 -", "replace  0 1.5   0 0 {'theme': <'dark'>}",
              "announce  0 1   0 0 -", "announce-twice  0 1   0 0 -", "flood  0 1   0 100000 -",
              "spoofed-signal  0 1   0 0 -"}));
 }

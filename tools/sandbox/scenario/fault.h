@@ -24,7 +24,7 @@ struct Fault
         Exit,
         Restart,
         BusDeath,
-        Push,
+        Replace,
         Announce,
         AnnounceTwice,
         Flood,

@@ -108,7 +108,7 @@ Fault readFault(const JsonValue &value, Diagnostics *diagnostics)
         const JsonValue *const seconds = fault.kind == Fault::Delay ? object.require(secondsKey)
                                                                     : object.find(secondsKey);
         fault.seconds = readNumber(seconds, Fault::maximumSeconds, diagnostics);
-    } else if (fault.kind == Fault::Push) {
+    } else if (fault.kind == Fault::Replace) {
         fault.configuration = readConfiguration(object.require(QLatin1String("configuration")),
                                                 diagnostics);
     } else if (fault.kind == Fault::Flood) {

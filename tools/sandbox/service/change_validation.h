@@ -15,7 +15,7 @@ namespace Tarnvel::Sandbox {
 /*! \brief The configuration of an application, an a{sv}, in two states. */
 struct Configurations
 {
-    /*! As the scenario or a push has set it: this says which settings there are, of which types. */
+    /*! As the scenario or a fault has set it: it determines the settings and their types. */
     Variant given;
     /*! As the application has changed it; it may have lost settings. */
     Variant current;

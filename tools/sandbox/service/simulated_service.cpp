@@ -211,7 +211,7 @@ void SimulatedService::inject(const QString &path, const Fault &fault)
 {
     if (endsService(fault))
         return endService(fault);
-    if (fault.kind == Fault::Push)
+    if (fault.kind == Fault::Replace)
         m_changedConfigurations.insert(path, {fault.configuration, fault.configuration});
     announce(path, m_scenario->value(path).name, fault);
 }
