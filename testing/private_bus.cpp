@@ -87,7 +87,7 @@ void PrivateBus::stop()
 
 QString PrivateBus::address() const
 {
-    // Blanks, commas and the like have a meaning of their own in an address.
+    // Spaces, commas and others have a special meaning in an address.
     const QString socket = m_directory.filePath(QStringLiteral("socket"));
     return QStringLiteral("unix:path=")
         + QString::fromLatin1(QUrl::toPercentEncoding(socket, "/", "~"));

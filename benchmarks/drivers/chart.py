@@ -24,10 +24,10 @@ def draw(title, bars):
     for number, (name, ratio) in enumerate(bars):
         y = TOP + LINE * number
         length = WIDTH * ratio / longest
-        colour = "#3a7d44" if ratio <= 1 else "#c77d0a"
+        color = "#3a7d44" if ratio <= 1 else "#c77d0a"
         lines += [
             f'<text x="{LEFT - 8}" y="{y + 13}" text-anchor="end">{name}</text>',
-            f'<rect x="{LEFT}" y="{y}" width="{length:.1f}" height="{LINE - 6}" fill="{colour}"/>',
+            f'<rect x="{LEFT}" y="{y}" width="{length:.1f}" height="{LINE - 6}" fill="{color}"/>',
             f'<text x="{LEFT + length + 5:.1f}" y="{y + 13}">{ratio:.2f}</text>',
         ]
     lines.append(

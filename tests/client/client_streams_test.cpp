@@ -51,9 +51,9 @@ private Q_SLOTS:
         QTEST(outcome.status, "status");
     }
 
-    void coloursAreForTerminals_data()
+    void colorsAreForTerminals_data()
     {
-        QTest::addColumn<bool>("hasColours");
+        QTest::addColumn<bool>("hasColors");
 
         QTest::newRow("TERM=xterm $client check | cat") << false;
         QTest::newRow("TERM=xterm $client get x 2>&1 | cat") << false;
@@ -64,16 +64,16 @@ private Q_SLOTS:
         QTest::newRow("NO_COLOR= TERM=xterm $client get x >/dev/null") << true;
     }
 
-    void coloursAreForTerminals()
+    void colorsAreForTerminals()
     {
-        QFETCH(bool, hasColours);
+        QFETCH(bool, hasColors);
         // script(1) runs the command on a terminal of its own.
         const QString command = QTest::currentDataTag();
         const QString text = runInShell("script -qc '" + command + "' /dev/null")
                                  .output.remove('\r');
         QVERIFY2(text.contains("object path: ") || text.contains("no such path"), qPrintable(text));
-        QCOMPARE(text.contains("\033["), hasColours);
-        // Each colour ends with its line.
+        QCOMPARE(text.contains("\033["), hasColors);
+        // Each color ends with its line.
         QCOMPARE(text.count("\033[0m\n"), text.count("\033[") / 2);
     }
 

@@ -20,7 +20,7 @@ Variant parse(const QByteArray &text)
 
 const char given[] = "{'theme': <'light'>, 'zoom': <100>, 'on': <true>, 'names': <['a']>, "
                      "'sizes': <[1, 2]>, 'flags': <[true]>, 'none': <@as []>, 'odd': <0.5>, "
-                     "'window': <{'width': <800>, 'bar': <{'shown': <true>, 'colour': <'red'>}>}>}";
+                     "'window': <{'width': <800>, 'bar': <{'shown': <true>, 'color': <'red'>}>}>}";
 
 AllowedValues range(const QString &path, qint32 minimum, qint32 maximum)
 {
@@ -41,7 +41,7 @@ Application makeApplication()
     application.locked = QStringList {"window/bar/shown", "later"};
     application.allowed = {choice("theme", {parse("'light'"), parse("'dark'")}),
                            range("zoom", 25, 400), range("sizes", 0, 400),
-                           choice("window/bar/colour", {parse("'blue'")}),
+                           choice("window/bar/color", {parse("'blue'")}),
                            range("window/width", -5, std::numeric_limits<qint32>::max())};
     return application;
 }
@@ -81,7 +81,7 @@ void ChangeValidationTest::aChangeIsRefusedForItsReason_data()
 
     row("key that is not there", "{'zom': <1>}", "NotExistingKey: \"zom\" does not exist");
     row("nested key that is not there",
-        "{'window': <{'bar': <{'shown': <true>, 'colour': <'red'>, 'size': <1>}>}>}",
+        "{'window': <{'bar': <{'shown': <true>, 'color': <'red'>, 'size': <1>}>}>}",
         "NotExistingKey: \"window/bar/size\" does not exist");
 
     row("string for an integer", "{'zoom': <'100'>}",
@@ -110,7 +110,7 @@ void ChangeValidationTest::aChangeIsRefusedForItsReason_data()
         "Forbidden: \"window/bar/shown\" is locked");
     row("lock before the missing key", "{'later': <1>}", "Forbidden: \"later\" is locked");
     row("nothing else in the way of a lock",
-        "{'window': <{'bar': <{'shown': <true>, 'colour': <'blue'>}>}>}", "accepted");
+        "{'window': <{'bar': <{'shown': <true>, 'color': <'blue'>}>}>}", "accepted");
 
     row("not in the list", "{'theme': <'blue'>}",
         "InvalidValue: \"theme\" may not be \"blue\", only \"light\", \"dark\"");
@@ -125,7 +125,7 @@ void ChangeValidationTest::aChangeIsRefusedForItsReason_data()
     row("range without an end", "{'window': <{'bar': <{'shown': <true>}>, 'width': <-6>}>}",
         "InvalidValue: \"window/width\" may not be -6, only -5 to 2147483647");
     row("a value that stays need not be allowed",
-        "{'window': <{'width': <0>, 'bar': <{'shown': <true>, 'colour': <'red'>}>}>}", "accepted");
+        "{'window': <{'width': <0>, 'bar': <{'shown': <true>, 'color': <'red'>}>}>}", "accepted");
 }
 
 void ChangeValidationTest::aChangeIsRefusedForItsReason()

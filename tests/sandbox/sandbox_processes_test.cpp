@@ -27,13 +27,13 @@ constexpr int noStatus = -1;
 enum Target { Supervisor, Worker, Terminal };
 
 // A process that leaves its parent, its session and its terminal, and ignores all but SIGKILL.
-const QString daemonising = QStringLiteral(
+const QString daemonizing = QStringLiteral(
     "$(setsid sh -c 'trap \"\" HUP INT QUIT TERM; exec sleep 1000'"
     " <&- >&- 2>&- &); ");
-const QString exiting = daemonising + "echo ready; read line; exit 7";
-const QString stoppingTheWorker = daemonising + "kill -STOP $PPID; echo ready; exec sleep 1000";
-const QString ignoring = daemonising + "trap '' TERM; echo ready; exec sleep 1000";
-const QString trapping = daemonising
+const QString exiting = daemonizing + "echo ready; read line; exit 7";
+const QString stoppingTheWorker = daemonizing + "kill -STOP $PPID; echo ready; exec sleep 1000";
+const QString ignoring = daemonizing + "trap '' TERM; echo ready; exec sleep 1000";
+const QString trapping = daemonizing
     + "trap 'exit 7' HUP INT QUIT TERM; echo ready; sleep 1000 & wait";
 
 QByteArray statusOf(qint64 processId, const QByteArray &field)
@@ -194,7 +194,7 @@ private Q_SLOTS:
     void theCommandFindsTheSignalsAsTheyWere();
     void whatIsTypedReachesTheCommandOnce();
     void theSandboxCanBeStoppedAndContinued();
-    void aTerminalShowsColours();
+    void aTerminalShowsColors();
     void onlyARunNeedsATemporaryDirectory();
 
 private:
@@ -382,7 +382,7 @@ void SandboxProcessesTest::theSandboxCanBeStoppedAndContinued()
     QCOMPARE(m_process->finish(), 0);
 }
 
-void SandboxProcessesTest::aTerminalShowsColours()
+void SandboxProcessesTest::aTerminalShowsColors()
 {
     const QByteArray scenario = PROJECT_DIR "/examples/viewer/scenario.json";
     QVERIFY(m_process->startSandbox({"--check", scenario}));

@@ -350,7 +350,7 @@ void ScenarioFileTest::noBrokenScenarioBreaksTheReader()
         accepted += isAccepted(beginning + end);
         accepted += isAccepted(beginning + others[size_t(index) % others.size()] + end);
     }
-    // Some only lack a blank, or differ only in a string.
+    // Some only lack a space, or differ only in a string.
     QVERIFY(accepted > 0);
     QVERIFY(accepted < whole.size());
 }

@@ -26,7 +26,7 @@ QByteArray escapeSequence(Style style)
     return {};
 }
 
-bool showsColours(std::FILE *stream)
+bool showsColors(std::FILE *stream)
 {
     const QByteArray terminal = qgetenv("TERM");
     return isatty(fileno(stream)) && !terminal.isEmpty() && terminal != "dumb"
@@ -50,7 +50,7 @@ QString shownOnOneLine(const QString &text)
 void printLine(std::FILE *stream, const QString &line, Style style)
 {
     QByteArray text = line.toUtf8();
-    if (style != Style::Plain && showsColours(stream))
+    if (style != Style::Plain && showsColors(stream))
         text = escapeSequence(style) + text + "\033[0m";
     text += '\n';
     std::fwrite(text.constData(), 1, static_cast<std::size_t>(text.size()), stream);

@@ -9,7 +9,7 @@
 
 namespace Tarnvel::Tools {
 
-/*! \brief The meaning of a text; terminals show each in its own colour. */
+/*! \brief The meaning of a text; terminals show each in its own color. */
 enum class Style {
     /*! Nothing in particular. */
     Plain,
@@ -33,7 +33,7 @@ QString shownOnOneLine(const QString &text);
 /*!
  * \brief Writes \a line and a line feed to \a stream, in UTF-8, at once.
  *
- * It is coloured if the stream is a terminal with colours, unless the variable NO_COLOR is set and
+ * It is colored if the stream is a terminal with colors, unless the variable NO_COLOR is set and
  * not empty.
  */
 void printLine(std::FILE *stream, const QString &line, Style style = Style::Plain);

@@ -53,8 +53,8 @@ private Q_SLOTS:
     void extraArgumentsOfAReplyAreIgnored();
     void anErrorReplyBecomesAnError();
     void aReplyOfAnotherTypeIsAnInternalError();
-    void aServiceThatNeverAnswersIsATimeOut();
-    void aBusThatHangsIsATimeOut();
+    void aServiceThatNeverAnswersIsATimeout();
+    void aBusThatHangsIsATimeout();
     void answersComeInTheOrderOfTheReplies();
     void hundredsOfRequestsAtOnceAreAnsweredOnceEach();
     void unansweredRequestsUseUpWhatTheBusAllows();
@@ -161,7 +161,7 @@ void RequestsTest::aReplyOfAnotherTypeIsAnInternalError()
     }
 }
 
-void RequestsTest::aServiceThatNeverAnswersIsATimeOut()
+void RequestsTest::aServiceThatNeverAnswersIsATimeout()
 {
     m_service.leaveUnanswered();
     // The bus layer's default, unless a test shortens it.
@@ -185,7 +185,7 @@ void RequestsTest::aServiceThatNeverAnswersIsATimeOut()
     QCOMPARE(answers.count(), 2);
 }
 
-void RequestsTest::aBusThatHangsIsATimeOut()
+void RequestsTest::aBusThatHangsIsATimeout()
 {
     if (!isOnDBusDaemon())
         return QTest::qSkip("the process to stop is not the one that was started", __FILE__,

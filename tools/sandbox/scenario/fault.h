@@ -66,7 +66,7 @@ struct FaultDescription
     Fault::Kind kind;
     /*! Its name in a scenario file: "no-reply". */
     const char *name;
-    /*! What happens, in the words of all documents; a sentence without its full stop. */
+    /*! What happens, in the words of all documents; a sentence without its period. */
     const char *text;
     /*! True if it can affect a call to a method. */
     bool comesWithCall;
