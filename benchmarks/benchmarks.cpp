@@ -133,7 +133,7 @@ void registerRoundTrips(const QString &client, MakeClient makeClient)
                     state.SkipWithError("not all entries were read");
             }
         };
-        // The bus layers have threads of their own.
+        // The D-Bus libraries have threads of their own.
         benchmark::RegisterBenchmark(nameOf("round trip", client, payload).c_str(), measure)
             ->MeasureProcessCPUTime()
             ->UseRealTime();
@@ -187,7 +187,7 @@ void registerAll()
         registerFirst(client, first + QLatin1String(program));
     };
     registerClient("library", makeTarnvelClient, "tarnvel");
-    registerClient("QtDBus by hand", makeQtDBusClient, "qtdbus");
+    registerClient("Qt D-Bus by hand", makeQtDBusClient, "qtdbus");
     registerClient("GDBus", makeGDBusClient, "gdbus");
 #ifdef HAS_SDBUS
     registerClient("sdbus-c++", makeSdbusClient, "sdbus");

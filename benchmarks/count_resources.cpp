@@ -31,7 +31,7 @@ void print(const QString &name, Number number)
     std::printf("%s %.10g\n", qUtf8Printable(name), static_cast<double>(number));
 }
 
-// Other threads of QtDBus allocate and release at the same time, so a single count may be off by a
+// The thread of Qt D-Bus allocates and frees at the same time, so a single count may be off by a
 // few.
 template<typename Action>
 qint64 medianAllocations(Action action)
@@ -78,7 +78,7 @@ void countStart(Traffic &traffic)
 {
     const qint64 before = readHeap().allocations;
     ConfigurationManager &manager = *ConfigurationManager::instance();
-    // When instance() returns, QtDBus's thread is still sending. The reply to this request comes
+    // When instance() returns, Qt D-Bus's thread is still sending. The reply to this request comes
     // after the replies to all of that.
     request(manager);
     print(QStringLiteral("allocations.instance_and_request"), readHeap().allocations - before);

@@ -39,7 +39,7 @@ private:
 };
 
 /*!
- * \brief Returns the payload called \a name as QtDBus received it: a QDBusArgument.
+ * \brief Returns the payload called \a name as Qt D-Bus received it: a QDBusArgument.
  *
  * Read only copies of it, then it can be read any number of times. Ends the process on an error.
  */

@@ -20,7 +20,7 @@ using Read = std::function<int()>;
 /*! \brief A client that reads the payload called \a payload through the library. */
 Read makeTarnvelClient(const QString &payload);
 
-/*! \brief One that does on QtDBus, by hand, what the library does. */
+/*! \brief One on Qt D-Bus that reads by hand, see readByHand(). */
 Read makeQtDBusClient(const QString &payload);
 
 /*! \brief One on GDBus, which reads into hash tables of strings and GVariants. */

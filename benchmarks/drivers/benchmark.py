@@ -19,7 +19,7 @@ PAGE = Path("docs/performance.md")
 CHART = Path("docs/performance.svg")
 PAYLOADS = ["small", "large", "fleet", "mixed_10", "mixed_100", "mixed_1000", "mixed_20000"]
 PAYLOADS += ["unsorted_1000"]
-CLIENTS = ["library", "QtDBus by hand", "GDBus", "sdbus-c++"]
+CLIENTS = ["library", "Qt D-Bus by hand", "GDBus", "sdbus-c++"]
 REPETITIONS = 9
 
 

@@ -64,7 +64,7 @@ QDBusConnection connectToPeer()
     return caller;
 }
 
-// Returns \a value as QtDBus receives it in the reply to a call, which goes through a socket to a
+// Returns \a value as Qt D-Bus receives it in the reply to a call, which goes through a socket to a
 // D-Bus peer in this process, without a bus.
 QVariant receive(GVariant *value)
 {

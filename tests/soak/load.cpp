@@ -213,8 +213,8 @@ void Load::addOrDestroyClient()
         addClient(m_random.bounded(2) == 0);
 }
 
-// QtDBus passes announcements on once it knows the new owner of the service's name. The answer to a
-// fence comes later than that.
+// Qt D-Bus passes announcements on once it knows the new owner of the service's name. The answer to
+// a fence comes later.
 void Load::startService()
 {
     m_leftAtStop = m_left - m_random.bounded(2 * servicePeriod);

@@ -28,7 +28,7 @@ inline GVariant *parseValue(const QString &text)
  * \brief A service that a test controls, and that records the calls it receives.
  *
  * It sees the calls as GDBus does, and so observes the messages without sharing code with
- * QtDBus. Its replies are given as GVariant text, of a tuple.
+ * Qt D-Bus. Its replies are given as GVariant text, of a tuple.
  */
 class FakeService
 {

@@ -64,6 +64,6 @@ int main(int argc, char *argv[])
         failure = run(commandLine);
     }
     report(failure);
-    // An orderly exit would wait for QtDBus, which may still wait for a bus that does not answer.
+    // A normal exit would wait for Qt D-Bus, which may be waiting for a bus that does not reply.
     std::quick_exit(failure.status);
 }

@@ -194,7 +194,7 @@ void AnnouncementsTest::otherSignalsOfTheServiceAreIgnored()
     QDBusConnection service = QDBusConnection::connectToBus(m_fixture.bus.address(), "service");
     const auto disconnect = qScopeGuard([] { QDBusConnection::disconnectFromBus("service"); });
     QVERIFY(service.registerService(serviceName));
-    // Once a call reaches this service, the bus layer knows it for the owner of the name.
+    // Once a call has reached this service, Qt D-Bus knows that it owns the name.
     const QString unknownObject = awaitRead(*m_manager);
 
     const auto send = [&](const QString &path, const QString &interface, const QString &name) {

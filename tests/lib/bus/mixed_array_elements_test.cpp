@@ -15,14 +15,14 @@ using namespace Tarnvel::Testing;
 
 namespace {
 
-/*! What the bus layer hands over, in place of the elements that it has read. */
+/*! What Qt D-Bus returns instead of the elements that it has read. */
 Q_GLOBAL_STATIC(QVariantList, replacements)
 
 } // namespace
 
-// The library reads the elements of an array through this function, and this definition comes
-// before the bus layer's own. Only so can an array have elements of several kinds: on the bus all
-// are of one, here integers.
+// The library reads the elements of an array through this function, and the dynamic linker prefers
+// this definition to that of Qt D-Bus. On the bus, all elements of an array have the same type,
+// here integers.
 QVariant QDBusArgument::asVariant() const
 {
     using AsVariant = QVariant (*)(const QDBusArgument *);

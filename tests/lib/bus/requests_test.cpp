@@ -164,7 +164,7 @@ void RequestsTest::aReplyOfAnotherTypeIsAnInternalError()
 void RequestsTest::aServiceThatNeverAnswersIsATimeout()
 {
     m_service.leaveUnanswered();
-    // The bus layer's default, unless a test shortens it.
+    // The default of Qt D-Bus.
     QCOMPARE(m_requests.timeout(), -1);
     const Answers answers;
     m_requests.setTimeout(50);

@@ -80,7 +80,7 @@ void ServiceRestartTest::changesAreAnnouncedFromEachServiceThatAppears()
     for (int life = 1; life <= 3; ++life) {
         m_service.replyWith(QString("({'life': <%1>},)").arg(life));
         QVERIFY(m_service.start());
-        // The answer tells that the bus layer knows of the new owner of the name.
+        // Once there is an answer, Qt D-Bus knows the new owner of the name.
         const QString configuration = QString(R"({"life": int %1})").arg(life);
         QCOMPARE(awaitRead(manager), configuration);
         m_service.announceChange(BusFixture::path);

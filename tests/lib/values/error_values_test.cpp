@@ -152,7 +152,7 @@ void ErrorValuesTest::anErrorOfDBusBecomesACode_data()
           QString("org.freedesktop.DBus.Error.")})
         row(other + "Forbidden", 1);
     row("Forbidden" + prefix, 1);
-    // What QtDBus names.
+    // What Qt D-Bus names.
     for (int type = QDBusError::NoError + 1; type <= QDBusError::LastErrorType; ++type)
         row(QDBusError::errorString(static_cast<QDBusError::ErrorType>(type)), 1);
 }

@@ -41,7 +41,7 @@ QDBusMessage askBus(const QString &method, const QVariantList &arguments, int ti
 
 Failure openBus(int timeoutMs)
 {
-    // QtDBus waits without a limit for a bus that accepts connections but does not answer.
+    // Qt D-Bus has no timeout for a bus that accepts connections but does not reply.
     QThread *const opener = QThread::create([] { QDBusConnection::systemBus(); });
     opener->start();
     if (!opener->wait(QDeadlineTimer(timeoutMs)))
