@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
 // Measures the times of the library and the alternatives to it with Google Benchmark; see --help.
-// Names are // "<what>/<client>/<payload>".
+// The names are "<what>/<client>/<payload>".
 
 #include "clients/client.h"
 #include "configuration_manager_p.h"

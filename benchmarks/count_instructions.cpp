@@ -25,7 +25,7 @@ namespace {
 template<typename Action>
 void measure(const QString &what, int times, Action action)
 {
-    // Set-up at the first use does not count.
+    // Initialization at the first use does not count.
     action();
     const QByteArray name = QStringLiteral("%1/%2").arg(what).arg(times).toUtf8();
     CALLGRIND_START_INSTRUMENTATION;
