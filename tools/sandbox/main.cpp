@@ -43,9 +43,9 @@ int check(const QStringList &scenarioFiles)
 
 QString whenText(const FaultDescription &description)
 {
-    if (description.comesWithCall && description.comesAtTime)
+    if (description.affectsCalls && description.happensAtTime)
         return QStringLiteral("call, time");
-    return description.comesWithCall ? QStringLiteral("call") : QStringLiteral("time");
+    return description.affectsCalls ? QStringLiteral("call") : QStringLiteral("time");
 }
 
 int listFaults()

@@ -35,7 +35,7 @@ QJsonValue toQtJson(const JsonValue &value)
     }
     QJsonObject object;
     for (const JsonMember &member : value.members)
-        object.insert(member.key, toQtJson(member.value));
+        object.insert(member.name, toQtJson(member.value));
     return object;
 }
 
@@ -46,17 +46,17 @@ ExpectedCall readCall(const JsonValue &value, Diagnostics *diagnostics)
     ObjectReader reader(value, diagnostics);
     for (const char *const name :
          {"application", "error", "fault", "message", "method", "outcome", "path"}) {
-        const QLatin1String key(name);
-        if (const JsonValue *const member = reader.find(key))
-            call.members.insert(key, readString(member, diagnostics));
+        const QLatin1String memberName(name);
+        if (const JsonValue *const member = reader.find(memberName))
+            call.members.insert(memberName, readString(member, diagnostics));
     }
-    const QLatin1String userKey("user");
-    if (const JsonValue *const user = reader.find(userKey))
-        call.members.insert(userKey,
+    const QLatin1String userMember("user");
+    if (const JsonValue *const user = reader.find(userMember))
+        call.members.insert(userMember,
                             readInteger(user, 0, std::numeric_limits<quint32>::max(), diagnostics));
-    const QLatin1String changeKey("change");
-    if (const JsonValue *const change = reader.find(changeKey)) {
-        call.members.insert(changeKey, toQtJson(*change));
+    const QLatin1String changeMember("change");
+    if (const JsonValue *const change = reader.find(changeMember)) {
+        call.members.insert(changeMember, toQtJson(*change));
         if (change->kind != JsonValue::Object)
             addUnexpected(*change, describe(JsonValue::Object), diagnostics);
     }

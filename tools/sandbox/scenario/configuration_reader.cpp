@@ -83,7 +83,7 @@ Variant readValue(const JsonValue &value, int depth, Diagnostics *diagnostics)
     Entries entries;
     for (const JsonMember &member : value.members) {
         if (const Variant content = readValue(member.value, innerDepth, diagnostics))
-            entries.insert(member.key, content);
+            entries.insert(member.name, content);
     }
     return makeConfiguration(entries);
 }

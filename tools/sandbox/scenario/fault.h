@@ -68,10 +68,10 @@ struct FaultDescription
     const char *name;
     /*! What happens, in the words of all documents; a sentence without its period. */
     const char *text;
-    /*! True if it can affect a call to a method. */
-    bool comesWithCall;
+    /*! True if it can affect calls to a method. */
+    bool affectsCalls;
     /*! True if it can happen at a time. */
-    bool comesAtTime;
+    bool happensAtTime;
 };
 
 /*! \brief All kinds of fault, in the order of their declaration. */

@@ -56,22 +56,22 @@ QString readError(const JsonValue *value, Diagnostics *diagnostics)
     return name;
 }
 
-// When the fault happens.
-void readOccasion(const JsonValue &value, const FaultDescription &description, ObjectReader *object,
-                  Fault *fault, Diagnostics *diagnostics)
+// Which calls the fault affects, or when it happens.
+void readTrigger(const JsonValue &value, const FaultDescription &description, ObjectReader *object,
+                 Fault *fault, Diagnostics *diagnostics)
 {
-    const QLatin1String methodKey("method");
-    const QLatin1String timeKey("time");
-    const bool isEither = description.comesWithCall && description.comesAtTime;
+    const QLatin1String methodMember("method");
+    const QLatin1String timeMember("time");
+    const bool isEither = description.affectsCalls && description.happensAtTime;
     const JsonValue *method = nullptr;
     const JsonValue *call = nullptr;
     const JsonValue *time = nullptr;
-    if (description.comesWithCall) {
-        method = isEither ? object->find(methodKey) : object->require(methodKey);
+    if (description.affectsCalls) {
+        method = isEither ? object->find(methodMember) : object->require(methodMember);
         call = object->find(QLatin1String("call"));
     }
-    if (description.comesAtTime)
-        time = isEither ? object->find(timeKey) : object->require(timeKey);
+    if (description.happensAtTime)
+        time = isEither ? object->find(timeMember) : object->require(timeMember);
     if (isEither && !method && !time)
         diagnostics->add(value.offset, QStringLiteral("\"method\" or \"time\" is missing"));
     if (method && time)
@@ -97,16 +97,16 @@ Fault readFault(const JsonValue &value, Diagnostics *diagnostics)
         return {};
     Fault fault {};
     fault.kind = description->kind;
-    readOccasion(value, *description, &object, &fault, diagnostics);
-    const QLatin1String secondsKey("seconds");
+    readTrigger(value, *description, &object, &fault, diagnostics);
+    const QLatin1String secondsMember("seconds");
     if (fault.kind == Fault::Error) {
         fault.error = readError(object.require(QLatin1String("error")), diagnostics);
         const JsonValue *const message = object.find(QLatin1String("message"));
         fault.message = message ? readString(message, diagnostics)
                                 : QStringLiteral("error injected by the sandbox");
     } else if (fault.kind == Fault::Delay || fault.kind == Fault::Restart) {
-        const JsonValue *const seconds = fault.kind == Fault::Delay ? object.require(secondsKey)
-                                                                    : object.find(secondsKey);
+        const JsonValue *const seconds = fault.kind == Fault::Delay ? object.require(secondsMember)
+                                                                    : object.find(secondsMember);
         fault.seconds = readNumber(seconds, Fault::maximumSeconds, diagnostics);
     } else if (fault.kind == Fault::Replace) {
         fault.configuration = readConfiguration(object.require(QLatin1String("configuration")),

@@ -80,13 +80,13 @@ public:
 
     bool Key(const char *text, rapidjson::SizeType size, bool)
     {
-        const QString key = checkedText(text, size);
+        const QString name = checkedText(text, size);
         OpenValue &object = m_open.back();
-        if (object.keys.contains(key))
+        if (object.names.contains(name))
             m_diagnostics->add(tokenStart(),
-                               QStringLiteral("duplicate member ") + quotedExcerpt(key));
-        object.keys.insert(key);
-        object.value->members.push_back({key, tokenStart(), {}});
+                               QStringLiteral("duplicate member ") + quotedExcerpt(name));
+        object.names.insert(name);
+        object.value->members.push_back({name, tokenStart(), {}});
         endToken();
         return true;
     }
@@ -106,21 +106,21 @@ private:
     {
         // Not moved: nothing is added to the value around it before this one is closed.
         JsonValue *value;
-        QSet<QString> keys;
+        QSet<QString> names;
     };
 
-    JsonValue *nextPlace()
+    JsonValue *nextValue()
     {
         if (m_open.empty())
             return m_root;
-        JsonValue *const holder = m_open.back().value;
-        return holder->kind == JsonValue::List ? &holder->items.emplace_back()
-                                               : &holder->members.back().value;
+        JsonValue *const parent = m_open.back().value;
+        return parent->kind == JsonValue::List ? &parent->items.emplace_back()
+                                               : &parent->members.back().value;
     }
 
     JsonValue *add(JsonValue::Kind kind)
     {
-        JsonValue *const value = nextPlace();
+        JsonValue *const value = nextValue();
         value->kind = kind;
         value->offset = tokenStart();
         endToken();
@@ -207,10 +207,10 @@ bool isAboutToken(rapidjson::ParseErrorCode code)
 
 } // namespace
 
-const JsonValue *JsonValue::member(QLatin1String key) const
+const JsonValue *JsonValue::member(QLatin1String name) const
 {
     const auto found = std::find_if(members.begin(), members.end(),
-                                    [key](const JsonMember &one) { return one.key == key; });
+                                    [name](const JsonMember &one) { return one.name == name; });
     return found == members.end() ? nullptr : &found->value;
 }
 

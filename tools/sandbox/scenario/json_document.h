@@ -38,15 +38,15 @@ struct JsonValue
     /*! The members of an Object in the order of the text. */
     std::vector<JsonMember> members;
 
-    /*! \brief The value of the member \a key of an Object, or null. */
-    const JsonValue *member(QLatin1String key) const;
+    /*! \brief The value of the member \a name of an Object, or null. */
+    const JsonValue *member(QLatin1String name) const;
 };
 
 /*! \brief A member of an object. */
 struct JsonMember
 {
-    QString key;
-    /*! Where the key begins. */
+    QString name;
+    /*! Where the name begins. */
     int offset;
     JsonValue value;
 };
@@ -57,7 +57,8 @@ constexpr int maximumJsonDepth = 128;
 /*!
  * \brief The value that \a text holds.
  *
- * Adds to \a diagnostics if it holds none, a key twice or U+0000; the value is then incomplete.
+ * Adds to \a diagnostics if it holds none, a duplicate member or U+0000; the value is then
+ * incomplete.
  */
 JsonValue parseJson(const QByteArray &text, Diagnostics *diagnostics);
 

@@ -95,27 +95,27 @@ ObjectReader::ObjectReader(const JsonValue &value, Diagnostics *diagnostics)
     isOfKind(&value, JsonValue::Object, diagnostics);
 }
 
-const JsonValue *ObjectReader::find(QLatin1String key)
+const JsonValue *ObjectReader::find(QLatin1String name)
 {
-    m_known.append(key);
-    return m_value.member(key);
+    m_known.append(name);
+    return m_value.member(name);
 }
 
-const JsonValue *ObjectReader::require(QLatin1String key)
+const JsonValue *ObjectReader::require(QLatin1String name)
 {
-    const JsonValue *const value = find(key);
+    const JsonValue *const value = find(name);
     if (!value && m_value.kind == JsonValue::Object)
-        m_diagnostics->add(m_value.offset, QStringLiteral("\"%1\" is missing").arg(key));
+        m_diagnostics->add(m_value.offset, QStringLiteral("\"%1\" is missing").arg(name));
     return value;
 }
 
-void ObjectReader::addUnknownMembers(const QString &name)
+void ObjectReader::addUnknownMembers(const QString &object)
 {
     for (const JsonMember &member : m_value.members) {
-        if (!m_known.contains(member.key))
+        if (!m_known.contains(member.name))
             m_diagnostics->add(
                 member.offset,
-                QStringLiteral("unknown member %1 of %2").arg(quotedExcerpt(member.key), name));
+                QStringLiteral("unknown member %1 of %2").arg(quotedExcerpt(member.name), object));
     }
 }
 

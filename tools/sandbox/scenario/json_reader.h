@@ -38,14 +38,14 @@ public:
     /*! \brief Adds a diagnostic if \a value is not an object; it is then treated as empty. */
     ObjectReader(const JsonValue &value, Diagnostics *diagnostics);
 
-    /*! \brief The value of the member \a key, or null. */
-    const JsonValue *find(QLatin1String key);
+    /*! \brief The value of the member \a name, or null. */
+    const JsonValue *find(QLatin1String name);
 
-    /*! \brief The value of the member \a key; if there is none, null and a diagnostic. */
-    const JsonValue *require(QLatin1String key);
+    /*! \brief The value of the member \a name; if there is none, null and a diagnostic. */
+    const JsonValue *require(QLatin1String name);
 
-    /*! \brief Adds a diagnostic for each member of \a name, "a range", that was not asked for. */
-    void addUnknownMembers(const QString &name);
+    /*! \brief Adds a diagnostic for each other member of \a object, such as "a range". */
+    void addUnknownMembers(const QString &object);
 
 private:
     const JsonValue &m_value;

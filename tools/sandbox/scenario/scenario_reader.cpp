@@ -66,8 +66,8 @@ void readRange(const JsonValue &value, AllowedValues *allowed, Diagnostics *diag
 AllowedValues readAllowedValues(const JsonMember &setting, Diagnostics *diagnostics)
 {
     AllowedValues allowed;
-    allowed.path = setting.key;
-    checkPath(setting.key, setting.offset, diagnostics);
+    allowed.path = setting.name;
+    checkPath(setting.name, setting.offset, diagnostics);
     const JsonValue &value = setting.value;
     if (value.kind == JsonValue::Object)
         readRange(value, &allowed, diagnostics);
