@@ -4,6 +4,7 @@
 #include "command_line.h"
 
 #include "endpoint.h"
+#include "usage_failure.h"
 
 #include <QtCore/QCommandLineParser>
 #include <QtCore/QRegularExpression>
@@ -114,11 +115,6 @@ Failure validateIdentity(const CommandLine &commandLine)
             QStringLiteral("use the names by which the service knows the application; they consist "
                            "of letters, digits, \"_\" and \".\""),
             path};
-}
-
-Failure usageFailure(const QString &message)
-{
-    return {EX_USAGE, message, QStringLiteral("see managed-configuration --help")};
 }
 
 } // namespace Tarnvel::Client

@@ -8,8 +8,6 @@
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 
-#include <sysexits.h>
-
 namespace Tarnvel::Client {
 
 /*! \brief What the user asks for. */
@@ -28,7 +26,7 @@ struct CommandLine
 };
 
 /*!
- * \brief Sets \a commandLine to what the \a count arguments \a arguments, the program first, say.
+ * \brief Sets \a commandLine from the \a count \a arguments, the first of which is the program.
  *
  * They are UTF-8 in every locale. Ends the process if they ask for the help or the version. The
  * command checks its own arguments.
@@ -37,8 +35,5 @@ Tools::Failure parseCommandLine(int count, const char *const *arguments, Command
 
 /*! \brief Fails if organization and application do not make a valid object path. */
 Tools::Failure validateIdentity(const CommandLine &commandLine);
-
-/*! \brief The failure of a command line that is wrong as \a message says. */
-Tools::Failure usageFailure(const QString &message);
 
 } // namespace Tarnvel::Client

@@ -5,6 +5,7 @@
 #include "commands/commands.h"
 #include "output.h"
 #include "standard_streams.h"
+#include "usage_failure.h"
 
 #include <QtCore/QCoreApplication>
 

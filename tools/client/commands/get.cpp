@@ -5,6 +5,7 @@
 #include "output.h"
 #include "service/bus.h"
 #include "service/requests.h"
+#include "usage_failure.h"
 #include "values/json.h"
 #include "values/path.h"
 

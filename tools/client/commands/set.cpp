@@ -4,6 +4,7 @@
 #include "commands.h"
 #include "service/bus.h"
 #include "service/requests.h"
+#include "usage_failure.h"
 #include "values/assignment.h"
 
 namespace Tarnvel::Client {

@@ -6,6 +6,7 @@
 #include "output.h"
 #include "service/bus.h"
 #include "service/requests.h"
+#include "usage_failure.h"
 #include "values/difference.h"
 
 #include <QtCore/QEventLoop>

@@ -3,8 +3,8 @@
 
 #include "assignment.h"
 
-#include "command_line.h"
 #include "json.h"
+#include "usage_failure.h"
 
 namespace Tarnvel::Client {
 

@@ -3,8 +3,8 @@
 
 #include "json.h"
 
-#include "command_line.h"
 #include "configuration_p.h"
+#include "usage_failure.h"
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
