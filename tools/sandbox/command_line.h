@@ -28,7 +28,7 @@ struct Options
 };
 
 /*!
- * \brief Sets \a options to what \a arguments, the name of the program first, ask for.
+ * \brief Sets \a options from \a arguments, the first of which is the name of the program.
  *
  * Ends the process when they ask for help or for the version.
  */

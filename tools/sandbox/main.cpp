@@ -69,7 +69,7 @@ int fail(const Failure &failure)
 
 int runSandbox(int argc, char *argv[], const SignalState &signals)
 {
-    // The event loop must be GLib's; what the user has chosen is for the command.
+    // The event loop must be GLib's; the setting of the user is for the command.
     const QByteArray userSetting = qgetenv(noGlibVariable);
     qunsetenv(noGlibVariable);
     QCoreApplication application(argc, argv);
@@ -96,11 +96,11 @@ int runSandbox(int argc, char *argv[], const SignalState &signals)
 int main(int argc, char *argv[])
 {
     Tarnvel::Tools::reserveStandardStreams();
-    // As the application object does, which the supervisor lacks: file names depend on it.
+    // As the application object does, which the supervisor does not have: file names depend on it.
     std::setlocale(LC_ALL, "");
     const SignalState signals;
     const int status = runSupervised([&] { return runSandbox(argc, argv, signals); });
-    // A worker that was killed could not remove its own.
+    // A worker that was killed could not remove its directory.
     PrivateDirectory::removeAbandoned();
     return status;
 }

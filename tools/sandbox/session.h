@@ -28,7 +28,7 @@ public:
     /*!
      * \brief Runs until the command ends, or a termination signal comes; returns the exit status.
      *
-     * The command gets \a signals as they were. A failure is printed.
+     * The command starts with the state in \a signals. A failure is printed.
      */
     int execute(const SignalState &signals);
 

@@ -49,7 +49,7 @@ Failure checkService(bool hasBus, ServiceState state, int timeoutMs)
         "service", failure,
         state == ServiceState::Running
             ? QStringLiteral("%1 is running as process %2")
-                  .arg(name, QString::number(serviceProcess(timeoutMs)))
+                  .arg(name, QString::number(serviceProcessId(timeoutMs)))
             : QStringLiteral("%1 is not running; the bus starts it when it is called").arg(name));
     return failure;
 }

@@ -29,7 +29,7 @@ Failure set(const CommandLine &commandLine)
     if (const Failure failure = readConfiguration(commandLine.timeoutMs, &configuration))
         return failure;
 
-    // What the service merges are whole values of top-level keys.
+    // The service merges whole values of top-level keys.
     Configuration change;
     for (const Assignment &assignment : qAsConst(assignments)) {
         if (const Failure failure = assign(assignment, &configuration))

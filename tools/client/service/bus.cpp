@@ -66,7 +66,7 @@ Failure findService(int timeoutMs, ServiceState *state)
     return {};
 }
 
-uint serviceProcess(int timeoutMs)
+uint serviceProcessId(int timeoutMs)
 {
     const QDBusMessage reply = askBus(QStringLiteral("GetConnectionUnixProcessID"),
                                       {QLatin1String(DBus::serviceName)}, timeoutMs);

@@ -31,8 +31,8 @@ Tools::Failure openBus(int timeoutMs);
 /*! \brief Asks the bus for the state of the service; fails if there is no reply in \a timeoutMs. */
 Tools::Failure findService(int timeoutMs, ServiceState *state);
 
-/*! \brief The process of the running service; 0 if the bus does not say. */
-uint serviceProcess(int timeoutMs);
+/*! \brief The process id of the running service; 0 if the bus does not know it. */
+uint serviceProcessId(int timeoutMs);
 
 /*! \brief The address of the bus, and where it comes from. */
 QString busAddressText();

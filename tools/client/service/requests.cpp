@@ -83,7 +83,7 @@ Failure await(int timeoutMs, Configuration *configuration,
     QEventLoop loop;
     send([&reply, configuration, waiting = QPointer<QEventLoop>(&loop)](
              const Configuration &received, const Error &error) {
-        // The caller does not wait for a late reply any more.
+        // The caller no longer waits for a late reply.
         if (!waiting)
             return;
         *configuration = received;

@@ -16,7 +16,7 @@ namespace Tarnvel::Client {
  * \brief The values of a configuration as compact JSON, by path.
  *
  * Nested configurations are expanded, except empty ones. Unlike the values of a configuration,
- * these compare by content.
+ * these are compared by content.
  */
 using Leaves = QMap<QString, QString>;
 

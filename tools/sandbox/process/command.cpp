@@ -59,12 +59,12 @@ Tools::Failure Command::start(const QStringList &arguments, const QString &busAd
                 QString::fromUtf8(error->message)};
     }
     m_finished = finished;
-    const auto receiveEnd = [](GPid, gint status, gpointer command) {
+    const auto handleExit = [](GPid, gint status, gpointer command) {
         auto *const self = static_cast<Command *>(command);
         self->m_processId = 0;
         self->m_finished(shellStatus(status));
     };
-    g_child_watch_add(m_processId, receiveEnd, this);
+    g_child_watch_add(m_processId, handleExit, this);
     return {};
 }
 

@@ -23,7 +23,7 @@ public:
     /*! \brief Removes the directory with all that is in it. */
     ~PrivateDirectory();
 
-    /*! \brief Removes abandoned directories, and makes a new one in TMPDIR or else in /tmp. */
+    /*! \brief Removes abandoned directories, and creates a new one in TMPDIR or else in /tmp. */
     Tools::Failure create();
 
     /*! \brief The absolute path of the directory. */

@@ -19,7 +19,7 @@ namespace {
 
 // More than the worker allows the command.
 constexpr unsigned int workerTimeoutSeconds = 10;
-// A debugger can hold back a process that is killed.
+// A debugger can delay the end of a process that is killed.
 constexpr int killTimeoutMs = 5000;
 constexpr int pollIntervalUs = 1000;
 

@@ -27,7 +27,7 @@ bool isTyped(int signal, int code);
 /*!
  * \brief Receives the terminationSignals() in the event loop.
  *
- * It blocks them, so make one before there is a second thread. A signal that comes before the event
+ * It blocks them, so create it before any second thread. A signal that comes before the event
  * loop runs is kept for it.
  */
 class TerminationSignals

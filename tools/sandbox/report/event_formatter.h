@@ -24,13 +24,13 @@ struct Request
     bool isDelayed = false;
 };
 
-/*! \brief What came of a request. */
+/*! \brief How a request ended. */
 struct Outcome
 {
     enum Kind { Answered, Accepted, Refused, Unanswered };
 
     Kind kind;
-    /*! For people: how much was answered, or why it was refused. May be empty. */
+    /*! For people: the number of entries, or the reason of a refusal. May be empty. */
     QString text;
     /*! The full name of the error of a refusal. */
     QString error;

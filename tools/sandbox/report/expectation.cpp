@@ -9,7 +9,7 @@ namespace Tarnvel::Sandbox {
 
 namespace {
 
-bool fits(const QJsonObject &members, const QJsonObject &record)
+bool hasMembers(const QJsonObject &members, const QJsonObject &record)
 {
     for (auto member = members.begin(); member != members.end(); ++member) {
         if (record.value(member.key()) != member.value())
@@ -27,7 +27,7 @@ void Expectation::record(const QJsonObject &record)
     if (m_met == m_calls.size() || record.value(QLatin1String("event")) != QLatin1String("call"))
         return;
     const ExpectedCall &expected = m_calls.at(m_met);
-    if (!fits(expected.members, record))
+    if (!hasMembers(expected.members, record))
         return;
     const double time = record.value(QLatin1String("time")).toDouble();
     if (time <= expected.within)

@@ -18,7 +18,7 @@ struct ExpectedCall
 {
     /*! Where the expectation says so: "calls.json:3:5". */
     QString location;
-    /*! What the record of the call must have, too. */
+    /*! The members that the record of the call must have. */
     QJsonObject members;
     /*! The seconds from the start within which the call must come. */
     double within = std::numeric_limits<double>::infinity();

@@ -19,7 +19,7 @@ namespace Tarnvel::Sandbox {
 QVector<Tools::Failure> parseExpectation(const QString &fileName, const QByteArray &text,
                                          Expectation *expectation);
 
-/*! \brief Does as parseExpectation() with the content of the file. */
+/*! \brief Like parseExpectation(), with the content of the file. */
 QVector<Tools::Failure> readExpectation(const QString &fileName, Expectation *expectation);
 
 } // namespace Tarnvel::Sandbox

@@ -43,7 +43,7 @@ Nesting nestingOf(const GVariantType *type)
     return nesting;
 }
 
-// GLib has no such limits, and has types that D-Bus lacks.
+// GLib does not have these limits, and has types that D-Bus does not have.
 QString signatureViolation(const QByteArray &signature)
 {
     if (signature.size() > DBus::maximumSignatureSize)

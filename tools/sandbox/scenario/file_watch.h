@@ -17,9 +17,9 @@ namespace Tarnvel::Sandbox {
 /*!
  * \brief Reports when a file has new content, written in place or moved there.
  *
- * Content written in place counts once its writer has closed the file. A file that vanishes is not
- * reported, the one that takes its place is. Symbolic links are followed, those of the directories
- * on the way too; one that changes its target gives the file new content. Needs an event loop that
+ * Content written in place counts once its writer has closed the file. A file that disappears is
+ * not reported; one that replaces it is. Symbolic links are followed, including links to
+ * directories in the path; a link with a new target counts as new content. Needs an event loop that
  * runs on GLib.
  */
 class FileWatch

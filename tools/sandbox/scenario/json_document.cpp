@@ -19,7 +19,7 @@ namespace Tarnvel::Sandbox {
 
 namespace {
 
-// Not the StringStream: the reader works on a copy of that, whose position nobody else sees.
+// Not a StringStream: the reader copies it, so its position cannot be seen here.
 using Stream = rapidjson::MemoryStream;
 
 constexpr std::string_view separators = " \t\r\n,:";

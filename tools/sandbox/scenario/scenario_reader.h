@@ -21,7 +21,7 @@ namespace Tarnvel::Sandbox {
 QVector<Tools::Failure> parseScenario(const QString &fileName, const QByteArray &text,
                                       Scenario *scenario);
 
-/*! \brief Does as parseScenario() with the content of the file. */
+/*! \brief Like parseScenario(), with the content of the file. */
 QVector<Tools::Failure> readScenario(const QString &fileName, Scenario *scenario);
 
 } // namespace Tarnvel::Sandbox

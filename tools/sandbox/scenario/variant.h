@@ -18,7 +18,7 @@ using Variant = std::shared_ptr<GVariant>;
 /*! \brief Entries in the order of their keys. */
 using Entries = QMap<QString, Variant>;
 
-/*! \brief Takes over \a value, or its floating reference. */
+/*! \brief Takes ownership of \a value, or of its floating reference. */
 Variant adopt(GVariant *value);
 
 /*! \brief A configuration, an a{sv}, of \a entries. */

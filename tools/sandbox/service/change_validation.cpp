@@ -87,7 +87,8 @@ std::optional<Refusal> refuseEntries(const QString &prefix, GVariant *known, GVa
 }
 
 // Empty if no locked setting would change.
-QString changedLock(const Application &application, const Variant &current, const Variant &changed)
+QString changedLockedPath(const Application &application, const Variant &current,
+                          const Variant &changed)
 {
     for (const QString &path : application.locked) {
         const QStringList keys = settingKeys(path);
@@ -169,9 +170,10 @@ std::optional<Refusal> refuseChange(const Application &application,
 {
     const Variant &current = configurations.current;
     const Variant changed = mergeConfigurations(current, change);
-    const QString lock = changedLock(application, current, changed);
-    if (!lock.isEmpty())
-        return Refusal {QStringLiteral("Forbidden"), quoted(lock) + QStringLiteral(" is locked")};
+    const QString lockedPath = changedLockedPath(application, current, changed);
+    if (!lockedPath.isEmpty())
+        return Refusal {QStringLiteral("Forbidden"),
+                        quoted(lockedPath) + QStringLiteral(" is locked")};
     if (const auto refusal = refuseEntries({}, configurations.given.get(), change))
         return refusal;
     return refuseValues(application, current, changed);

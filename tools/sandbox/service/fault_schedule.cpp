@@ -12,7 +12,7 @@ FaultSchedule::FaultSchedule(Handler handler) : m_handler(std::move(handler)) { 
 
 void FaultSchedule::setScenario(const std::shared_ptr<const Scenario> &scenario)
 {
-    // Alive until the faults that go on no longer refer to it.
+    // Faults that stay refer to it until they are found in the new scenario.
     const std::shared_ptr<const Scenario> oldScenario = std::exchange(m_scenario, scenario);
     QMap<QString, ScheduledFaults> old = std::exchange(m_scheduled, {});
     for (auto application = scenario->begin(); application != scenario->end(); ++application) {
@@ -22,7 +22,7 @@ void FaultSchedule::setScenario(const std::shared_ptr<const Scenario> &scenario)
             const auto same = std::find_if(
                 oldFaults.begin(), oldFaults.end(),
                 [&fault](const auto &scheduled) { return *scheduled->fault == fault; });
-            // Taken out, so that each of two equal faults counts on its own.
+            // Removed, so that two equal faults keep separate counts.
             newFaults.append(same == oldFaults.end()
                                  ? schedule(application.key(), fault)
                                  : oldFaults.takeAt(static_cast<int>(same - oldFaults.begin())));

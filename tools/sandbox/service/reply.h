@@ -12,7 +12,7 @@ namespace Tarnvel::Sandbox {
 /*!
  * \brief The arguments of a reply, a tuple with a floating reference.
  *
- * They are \a configuration, or none if that is null, distorted as \a fault says.
+ * They are \a configuration, or none if that is null, changed as \a fault says.
  */
 GVariant *replyArguments(GVariant *configuration, const std::optional<Fault> &fault);
 

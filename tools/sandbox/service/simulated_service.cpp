@@ -20,7 +20,7 @@ using Tools::Style;
 
 namespace {
 
-// A library that calls the right methods never gets the errors of D-Bus itself.
+// For calls that the library never makes.
 constexpr char busErrorPrefix[] = "org.freedesktop.DBus.Error.";
 
 QString serviceError(const QString &name)

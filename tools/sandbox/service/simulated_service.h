@@ -37,7 +37,7 @@ public:
      */
     SimulatedService(Scenario scenario, Log *log, std::function<void()> killBus);
 
-    /*! \brief Appears on the bus at \a address, or fails. */
+    /*! \brief Connects to the bus at \a address, or fails. */
     Tools::Failure open(const QString &address);
 
     /*!
