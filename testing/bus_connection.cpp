@@ -11,8 +11,8 @@ namespace Tarnvel::Testing {
 
 namespace {
 
-// Cancels \a work after \a timeoutMs: GDBus waits without end for a bus that accepts a connection
-// and then says nothing.
+// Cancels \a work after \a timeoutMs: GDBus has no timeout for a bus that accepts a connection
+// but does not reply.
 template<typename Work>
 auto withDeadline(int timeoutMs, Work work)
 {

@@ -23,8 +23,7 @@ struct Caller
 /*!
  * \brief A method call that the service has received.
  *
- * For a raw service to answer as it likes: at once, later, several times or never. Copies stand for
- * the same call.
+ * A raw service may reply at once, later, several times or never. Copies represent the same call.
  */
 class MethodCall
 {

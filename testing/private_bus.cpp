@@ -59,8 +59,8 @@ QString PrivateBus::start()
     if (!file.open(QIODevice::WriteOnly) || file.write(text) != text.size() || !file.flush())
         return QStringLiteral("%1: %2").arg(file.fileName(), file.errorString());
 
-    // Here the daemon reports what its clients do wrong. A pipe that nobody reads would fill up and
-    // block the daemon.
+    // The daemon reports the errors of its clients there. A pipe that nobody reads would fill up
+    // and block it.
     m_daemon.setStandardErrorFile(QProcess::nullDevice());
     m_daemon.start(QStringLiteral("dbus-daemon"),
                    {QStringLiteral("--nofork"), QStringLiteral("--nopidfile"),

@@ -17,8 +17,8 @@ namespace Tarnvel::Testing {
  *
  * For programs that must not touch the machine's bus: tests, benchmarks, the sandbox. It has the
  * default limits of a system bus and activates no services. Only the current user can enter the
- * directory of its socket. The daemon is killed when this process ends, in whatever way; signals
- * from the terminal do not reach it.
+ * directory of its socket. The daemon is killed when this process ends, however that happens;
+ * signals from the terminal do not reach it.
  */
 class PrivateBus
 {

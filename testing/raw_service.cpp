@@ -33,8 +33,8 @@ bool isForApplication(GDBusMessage *message)
         && g_strcmp0(g_dbus_message_get_interface(message), DBus::applicationInterface) == 0;
 }
 
-// Runs in GDBus's own thread. Exported objects would not do: their paths are not known beforehand,
-// and GDBus would insist on the right signature and on exactly one answer.
+// Runs in GDBus's own thread. Exported objects cannot be used: their paths are not known in
+// advance, and GDBus requires the right signature and exactly one reply.
 GDBusMessage *filterMessage(GDBusConnection *connection, GDBusMessage *message, gboolean isIncoming,
                             gpointer data)
 {

@@ -5,27 +5,26 @@
 
 namespace Tarnvel::DBus {
 
-/*! \brief How many containers a message holds inside one another at most. */
+/*! \brief The maximum nesting of containers in a message. */
 constexpr int maximumContainerDepth = 64;
 
-/*! \brief How many of them every bus carries: dbus-broker carries one less than dbus-daemon. */
+/*! \brief The nesting that every bus carries: dbus-broker carries one less than dbus-daemon. */
 constexpr int portableContainerDepth = 63;
 
-/*! \brief What lies between a configuration and a value in it: an array, an entry and a variant. */
+/*! \brief The containers of a configuration around a value: an array, an entry and a variant. */
 constexpr int containersPerLevel = 3;
 
-/*! \brief The characters of the longest signature. */
+/*! \brief The maximum length of a signature. */
 constexpr int maximumSignatureSize = 255;
 
-/*! \brief How many arrays, and how many structures, a signature holds inside one another at most.
- */
+/*! \brief The maximum nesting of arrays, and that of structures, in a signature. */
 constexpr int maximumArrayDepth = 32;
 constexpr int maximumStructureDepth = 32;
 
-/*! \brief The bytes of the largest message that a system bus carries by default. */
+/*! \brief The maximum size of a message on a system bus, by default, in bytes. */
 constexpr int maximumMessageSize = 32 * 1024 * 1024;
 
-/*! \brief The calls of one connection that dbus-daemon lets be pending by default. */
+/*! \brief The maximum number of pending calls of a connection to dbus-daemon, by default. */
 constexpr int maximumPendingCalls = 128;
 
 } // namespace Tarnvel::DBus

@@ -23,7 +23,7 @@ constexpr char changeConfigurationMethod[] = "ChangeConfiguration";
 /*! \brief The signal that is the announcement of a change. */
 constexpr char configurationChangedSignal[] = "ConfigurationChanged";
 
-/*! \brief The environment variable with the address of another system bus than the machine's. */
+/*! \brief The environment variable that replaces the address of the system bus. */
 constexpr char busAddressVariable[] = "DBUS_SYSTEM_BUS_ADDRESS";
 
 /*! \brief The object path of the configuration of \a application. */
