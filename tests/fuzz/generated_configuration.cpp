@@ -13,7 +13,7 @@ using namespace Application::ManagedConfiguration;
 
 namespace {
 
-constexpr int deepestConfiguration = 30;
+constexpr int maximumLevel = 30;
 
 Configuration readEntries(FuzzerInput &input, int level);
 
@@ -45,8 +45,8 @@ QVariant readValue(FuzzerInput &input, int level)
 {
     switch (input.code("{ibsIBSTdulyLMD0")) {
     case '{':
-        return QVariant::fromValue(level < deepestConfiguration ? readEntries(input, level + 1)
-                                                                : Configuration());
+        return QVariant::fromValue(level < maximumLevel ? readEntries(input, level + 1)
+                                                        : Configuration());
     case 'i':
         return readInt(input);
     case 'b':

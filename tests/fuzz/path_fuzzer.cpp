@@ -17,7 +17,7 @@ using namespace Tarnvel::Testing;
 
 namespace {
 
-constexpr int mostPaths = 20;
+constexpr int maximumPaths = 20;
 
 // A line of UTF-8; after 'U' and a length, that many UTF-16 code units.
 QString readPath(FuzzerInput &input)
@@ -58,7 +58,7 @@ QString quoted(const QString &text)
 // allowed.
 int indexFrom(const QString &text)
 {
-    constexpr qint64 most = std::numeric_limits<int>::max();
+    constexpr qint64 maximum = std::numeric_limits<int>::max();
     QString digits = text.trimmed();
     const bool isNegative = digits.startsWith(u'-') || digits.startsWith(QChar(0x2212));
     if (isNegative || digits.startsWith(u'+'))
@@ -67,9 +67,9 @@ int indexFrom(const QString &text)
     for (const QChar digit : qAsConst(digits)) {
         if (digit < u'0' || digit > u'9')
             return -1;
-        number = std::min(10 * number + digit.unicode() - u'0', most + 1);
+        number = std::min(10 * number + digit.unicode() - u'0', maximum + 1);
     }
-    return number > most || (isNegative && number > 0) ? -1 : int(number);
+    return number > maximum || (isNegative && number > 0) ? -1 : int(number);
 }
 
 // Appends the steps of \a part. Returns the warning if it is not valid, a null string otherwise.
@@ -206,7 +206,7 @@ void appendPaths(const QVariant &value, const QString &prefix, QStringList &path
     const auto entries = ConfigurationPrivate::data(value.value<Configuration>());
     for (auto entry = entries.cbegin(); entry != entries.cend(); ++entry) {
         const QString path = prefix + u'/' + entry.key();
-        if (paths.size() >= mostPaths)
+        if (paths.size() >= maximumPaths)
             return;
         paths.append(path);
         const int size = isList(*entry) ? entry->value<QVariantList>().size() : 0;

@@ -6,6 +6,7 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QTimer>
 
+#include "bus_limits.h"
 #include "configuration_p.h"
 
 #include <cstdio>
@@ -17,14 +18,14 @@ using namespace Application::ManagedConfiguration;
 
 namespace {
 
-// The bus allows 128 pending calls of a connection. About thirty are calls that the service
-// never answers, and some more are late replies that nobody waits for any more.
-constexpr int callsMost = 60;
-constexpr int overrunCalls = 160;
+// A connection may have DBus::maximumPendingCalls, which include the calls that the service never
+// replies to, and those whose replies are late.
+constexpr int maximumCalls = 60;
+constexpr int overrunCalls = DBus::maximumPendingCalls + 32;
 constexpr int requestsWithoutService = 20;
 constexpr int stallTimeoutMs = 120000;
 constexpr std::size_t residentClients = 2;
-constexpr std::size_t clientsMost = 6;
+constexpr std::size_t maximumClients = 6;
 
 // Each happens about once in so many requests.
 constexpr int overrunPeriod = 2000;
@@ -33,7 +34,7 @@ constexpr int announcementPeriod = 100;
 constexpr int servicePeriod = 700;
 constexpr int impatientPeriod = 20;
 
-// Parts of the messages of internal errors. The soak must meet all of them.
+// Parts of the messages of internal errors. Each must occur.
 constexpr const char *internalErrors[] = {"pending replies",  "nested too deep",
                                           "disconnected",     "Did not receive",
                                           "was not provided", "Unexpected reply"};
@@ -72,7 +73,7 @@ std::vector<Configuration> makeConfigurations()
             nest(3),
             make({}),
             make({{"text", QString(100 * 1024, 'x')}}),
-            nest(22)};
+            nest(DBus::portableContainerDepth / DBus::containersPerLevel + 1)};
 }
 
 } // namespace
@@ -163,7 +164,7 @@ Load::Client &Load::pickClient()
 
 void Load::proceed()
 {
-    while (m_openRequests.size() + m_missingAnnouncements < callsMost && step()) { }
+    while (m_openRequests.size() + m_missingAnnouncements < maximumCalls && step()) { }
 }
 
 // False if there is nothing to do before the next answer.
@@ -196,7 +197,7 @@ void Load::endPhase()
     if (!m_service.isOpen()) {
         startService();
     } else if (!m_isLastFenceSent) {
-        // Whatever comes once too often comes before the answer to this.
+        // An answer or announcement too many comes before the answer to this fence.
         m_isLastFenceSent = true;
         sendFence();
     } else {
@@ -209,7 +210,7 @@ void Load::addOrDestroyClient()
     const auto visitors = static_cast<quint32>(m_clients.size() - residentClients);
     if (visitors > 0 && m_random.bounded(2) == 0)
         destroyClient(residentClients + m_random.bounded(visitors));
-    else if (m_clients.size() < clientsMost && !m_isFencePending)
+    else if (m_clients.size() < maximumClients && !m_isFencePending)
         addClient(m_random.bounded(2) == 0);
 }
 
@@ -321,7 +322,7 @@ void Load::receive(Client &client, const Configuration &configuration)
 
 void Load::fail(const QString &what)
 {
-    std::fprintf(stderr, "FAULT: %s\n", qUtf8Printable(what));
+    std::fprintf(stderr, "FAILED: %s\n", qUtf8Printable(what));
     m_hasFailed = true;
     m_loop.quit();
 }

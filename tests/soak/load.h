@@ -18,10 +18,10 @@
 namespace Tarnvel::Soak {
 
 /*!
- * \brief An application that makes random requests of a service and checks each answer.
+ * \brief An application that makes random requests and checks each answer.
  *
- * Some sixty calls are pending at any time, and now and then more than the bus allows. Managers
- * come and go, and the service restarts, with calls pending.
+ * Many calls are pending at any time, and sometimes more than the bus allows. Managers are created
+ * and destroyed, and the service restarts, with calls pending.
  */
 class Load
 {
@@ -30,7 +30,7 @@ public:
     Load(MisbehavingService &service, quint32 seed, Tally &tally);
 
     /*!
-     * \brief Makes some \a requests, and has a change announced for about every tenth of them.
+     * \brief Makes about \a requests requests; about a tenth as many changes are announced.
      *
      * Returns once everything is answered and announced. Prints what went wrong and returns false
      * if an answer or an announcement was wrong, came twice or did not come.

@@ -15,9 +15,9 @@ using Testing::MethodCall;
 
 namespace {
 
-// The bus counts an unanswered call as pending until the service leaves, and allows a
-// connection 128 of them.
-constexpr int unansweredMost = 30;
+// For the bus, an unanswered call is pending until the service leaves: this is well below
+// DBus::maximumPendingCalls.
+constexpr int maximumUnanswered = 30;
 
 QByteArray nest(int levels)
 {
@@ -113,7 +113,7 @@ void MisbehavingService::replyToPatient(const MethodCall &call)
 void MisbehavingService::replyToImpatient(const MethodCall &call)
 {
     const int choice = m_random.bounded(5);
-    if (choice < 2 && m_unanswered < unansweredMost) {
+    if (choice < 2 && m_unanswered < maximumUnanswered) {
         ++m_unanswered;
         ++m_tally[QStringLiteral("calls without a reply")];
     } else if (choice < 4) {

@@ -29,14 +29,14 @@ constexpr char impatientPath[] = "/acme_2eimpatient";
 /*! \brief The object path of an application whose calls all get a reply. */
 constexpr char patientPath[] = "/acme_2epatient";
 
-/*! \brief A service that replies rightly, wrongly, late, twice or never, chosen at random. */
+/*! \brief A service that replies correctly, wrongly, late, twice or never, chosen at random. */
 class MisbehavingService : private Testing::RawService
 {
 public:
     /*! \brief A service for the bus at \a address; \a tally counts what it does wrong. */
     MisbehavingService(QString address, quint32 seed, Tally &tally);
 
-    /*! \brief Appears on the bus; ends the process on failure. */
+    /*! \brief Connects to the bus; ends the process on failure. */
     void open();
 
     // close() leaves calls unanswered if there are any.

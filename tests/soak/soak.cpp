@@ -22,8 +22,8 @@ using Tarnvel::Application::ManagedConfiguration::Error;
 
 namespace {
 
-// Fewer requests do not meet all requiredEvents().
-constexpr int fewestRequests = 10000;
+// With fewer requests, not all requiredEvents() happen.
+constexpr int minimumRequests = 10000;
 
 // How many bytes the process may grow by after the warm-up: on the heap and in physical memory,
 // plus so many for each announcement that a living manager has received.
@@ -31,7 +31,7 @@ constexpr qint64 heapBudget = 1 << 20;
 constexpr qint64 residentBudget = 1 << 22;
 constexpr qint64 announcementBudget = 1023;
 
-/*! \brief What this process occupies. */
+/*! \brief The resources in use by this process. */
 struct Footprint
 {
     qint64 heap;
@@ -61,10 +61,10 @@ Footprint takeFootprint(const char *when)
     return footprint;
 }
 
-bool require(bool isMet, const QString &fault)
+bool require(bool isMet, const QString &problem)
 {
     if (!isMet)
-        std::fprintf(stderr, "FAULT: %s\n", qUtf8Printable(fault));
+        std::fprintf(stderr, "FAILED: %s\n", qUtf8Printable(problem));
     return isMet;
 }
 
@@ -95,20 +95,20 @@ Tally requiredEvents()
 bool soak(Load &load, int requests)
 {
     // The warm-up fills caches and pools.
-    if (!load.run(std::max(requests / 10, fewestRequests / 2)))
+    if (!load.run(std::max(requests / 10, minimumRequests / 2)))
         return false;
     load.destroyManagers();
     const Footprint before = takeFootprint("after the warm-up");
     if (!load.run(requests))
         return false;
     const int announcements = load.receivedAnnouncements();
-    bool isKept = checkMemory(before, takeFootprint("with managers"), announcements);
+    bool hasPassed = checkMemory(before, takeFootprint("with managers"), announcements);
     load.destroyManagers();
     const Footprint after = takeFootprint("without managers");
-    isKept &= checkMemory(before, after, 0);
-    isKept &= require(after.files <= before.files && after.threads <= before.threads,
-                      QStringLiteral("files stay open, or threads running"));
-    return isKept;
+    hasPassed &= checkMemory(before, after, 0);
+    hasPassed &= require(after.files <= before.files && after.threads <= before.threads,
+                         QStringLiteral("files stay open, or threads keep running"));
+    return hasPassed;
 }
 
 } // namespace
@@ -119,8 +119,8 @@ int main(int argc, char *argv[])
     const QStringList arguments = QCoreApplication::arguments();
     const int requests = arguments.value(1, QStringLiteral("20000")).toInt();
     const uint seed = arguments.value(2, QStringLiteral("1")).toUInt();
-    if (requests < fewestRequests)
-        qFatal("usage: soak [REQUESTS [SEED]], with at least %d requests", fewestRequests);
+    if (requests < minimumRequests)
+        qFatal("usage: soak [REQUESTS [SEED]], with at least %d requests", minimumRequests);
 
     // Warnings of arrays of other types are part of the load.
     QLoggingCategory::setFilterRules(QStringLiteral("default.warning=false"));
@@ -131,10 +131,10 @@ int main(int argc, char *argv[])
     Tally tally = requiredEvents();
     MisbehavingService service(bus.address(), seed, tally);
     Load load(service, seed, tally);
-    bool isSound = soak(load, requests);
+    bool hasPassed = soak(load, requests);
     for (auto event = tally.cbegin(); event != tally.cend(); ++event) {
         std::printf("%9d %s\n", event.value(), qUtf8Printable(event.key()));
-        isSound = isSound && require(event.value() > 0, event.key() + QLatin1String(": none"));
+        hasPassed = hasPassed && require(event.value() > 0, event.key() + QLatin1String(": none"));
     }
-    return isSound ? 0 : 1;
+    return hasPassed ? 0 : 1;
 }
