@@ -20,7 +20,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("error");
         QTest::addColumn<int>("status");
 
-        // A reader that leaves is no failure.
+        // It is not a failure if the reader closes the pipe.
         QTest::newRow("$client get | true") << ""
                                             << "" << 0;
         QTest::newRow("$client get | head -n 1") << "{\n"

@@ -16,7 +16,7 @@ public:
 private Q_SLOTS:
     void init() override
     {
-        // The old one first, or it would read from the new service.
+        // The old client first, or it would read from the new service.
         m_watch.reset();
         BusTest::init();
         m_watch.reset(new Program("managed-configuration"));

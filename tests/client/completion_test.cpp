@@ -13,7 +13,7 @@ namespace {
 const auto client = QStringLiteral(
     "managed-configuration --organization acme.labs --application=viewer --timeout=20");
 
-// Prints what bash would offer behind the line "$1".
+// Prints what bash would offer after the line "$1".
 const char script[] = R"(
 program=${1%% *}
 source "$completions/$program"
@@ -103,7 +103,7 @@ private:
         const Outcome outcome = shell.run({"--norc", "-c", setUp + script, "bash", line});
         QStringList words = (outcome.output + outcome.errors).split('\n', Qt::SkipEmptyParts);
         words.sort();
-        // There may be a copy of a file beside it.
+        // A file may have a backup, such as /etc/passwd-.
         return words.filter(QRegularExpression("[^-]$|^--$")).join(' ');
     }
 };

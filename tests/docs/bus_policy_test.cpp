@@ -22,7 +22,7 @@ using namespace Tarnvel::DBus;
 
 namespace {
 
-// The configuration of a system bus, as far as the policies of the services.
+// The configuration of a system bus, without the policies of services.
 const char busConfiguration[] = R"(<busconfig>
   <type>system</type>
   <listen>unix:path=%1/socket</listen>
@@ -44,8 +44,8 @@ const char busConfiguration[] = R"(<busconfig>
 const QString busName = QStringLiteral("org.freedesktop.DBus");
 const QString accessDenied = QStringLiteral("org.freedesktop.DBus.Error.AccessDenied");
 
-// The documented policy with numbers for names: the accounts in ownAccounts are those of this
-// process, the others are nobody's.
+// The documented policy with ids instead of names: accounts in \a ownAccounts get the ids of this
+// process, the others get ids that it does not have.
 QByteArray policyFor(const QStringList &ownAccounts)
 {
     QFile page(QStringLiteral(DOCS_DIR "/bus-policy.md"));
@@ -66,10 +66,10 @@ QByteArray policyFor(const QStringList &ownAccounts)
 }
 
 // A system bus with the documented policy, on which this process has some of its accounts.
-class PolicedBus
+class RestrictedBus
 {
 public:
-    explicit PolicedBus(const QStringList &ownAccounts)
+    explicit RestrictedBus(const QStringList &ownAccounts)
     {
         write("bus.conf", QString(busConfiguration).arg(m_directory.path()).toUtf8());
         write("policy.conf", policyFor(ownAccounts));
@@ -83,7 +83,7 @@ public:
         m_daemon.closeReadChannel(QProcess::StandardError);
     }
 
-    ~PolicedBus()
+    ~RestrictedBus()
     {
         QDBusConnection::disconnectFromBus(m_directory.path());
         m_daemon.kill();
@@ -168,7 +168,7 @@ private Q_SLOTS:
         QFETCH(const QDBusMessage, message);
         QFETCH(const QString, error);
 
-        const PolicedBus bus(accounts);
+        const RestrictedBus bus(accounts);
         FakeService service(bus.address());
         if (message.service() == serviceName)
             QVERIFY(service.start());
@@ -206,7 +206,7 @@ int main(int argc, char *argv[])
 {
     QCoreApplication application(argc, argv);
     QCoreApplication::setOrganizationName("acme");
-    const PolicedBus bus({"managed-configuration"});
+    const RestrictedBus bus({"managed-configuration"});
     qputenv(busAddressVariable, bus.address().toUtf8());
     BusPolicyTest test;
     return QTest::qExec(&test, argc, argv);

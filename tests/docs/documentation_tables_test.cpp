@@ -61,7 +61,7 @@ QString wireFromJson(const QString &json)
     const QString text = R"({"applications": [{"organization": "acme", "application": "viewer",)"
                          R"( "configuration": %1}]})";
     Tarnvel::Sandbox::Scenario scenario;
-    return Tarnvel::Sandbox::parseScenario("w.json", text.arg(json).toUtf8(), &scenario).isEmpty()
+    return Tarnvel::Sandbox::parseScenario("s.json", text.arg(json).toUtf8(), &scenario).isEmpty()
         ? print(scenario.first().configuration.get())
         : QString();
 }
@@ -198,7 +198,7 @@ private:
         return Configuration::fromVariant(read(wireFromJson(json))).getByXpath(path);
     }
 
-    // The value that the library reads if the service keeps this one.
+    // The value that the library reads if the service keeps \a wire.
     QVariant read(const QString &wire)
     {
         m_service.replyWith(QStringLiteral("({'key': <%1>, 'other': <1>},)").arg(wire));
@@ -209,7 +209,7 @@ private:
         return answers.at(0).configuration.get("key");
     }
 
-    // The value that the service receives if the library sends this one.
+    // The value that the service receives if the library sends \a value.
     QString sent(const QVariant &value)
     {
         Configuration configuration;

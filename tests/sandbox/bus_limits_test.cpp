@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
 #include "bus_connection.h"
+#include "bus_limits.h"
 #include "endpoint.h"
 #include "private_bus.h"
 #include "raw_service.h"
@@ -17,8 +18,8 @@ namespace {
 
 constexpr int timeoutMs = 300000;
 
-// The longest text in the largest configuration; the rest of the 32 MiB is the frame of a reply.
-constexpr int longestText = 32 * 1024 * 1024 - 89;
+// The longest text in the largest configuration; the rest of the message is the frame of a reply.
+constexpr int longestText = DBus::maximumMessageSize - 89;
 
 QByteArray repeated(const char *text, int count)
 {
@@ -40,7 +41,7 @@ QByteArray scenarioOf(const QByteArray &text)
 
 } // namespace
 
-// What a scenario may hold passes a real bus, and what it may not hold does not.
+// A scenario accepts exactly the values that a real bus carries.
 class BusLimitsTest : public QObject
 {
     Q_OBJECT
@@ -95,7 +96,7 @@ void BusLimitsTest::whatPassesTheBusIsAccepted_data()
     row("object paths as keys", "@a{oa{gb}} {'/': {'': true}, '/a_B9': {'ii': false}}");
     row("characters beyond the 16 bits, and none", "'\U0010ffff\ufffe\uffff'");
     row("longest text", '\'' + repeated("x", longestText) + '\'');
-    // The names on this bus are shorter than those that must be expected.
+    // The names on this bus are shorter than the longest possible one.
     row("too long a text", '\'' + repeated("x", longestText + 16) + '\'', false);
 }
 

@@ -37,8 +37,8 @@ private Q_SLOTS:
     void callsMustComeInTheirOrderAndInTime_data();
     void callsMustComeInTheirOrderAndInTime();
     void everyMemberCounts();
-    void aDiagnosticHasItsPlace_data();
-    void aDiagnosticHasItsPlace();
+    void aDiagnosticHasItsLocation_data();
+    void aDiagnosticHasItsLocation();
 };
 
 void ExpectedCallsTest::callsMustComeInTheirOrderAndInTime_data()
@@ -93,7 +93,7 @@ void ExpectedCallsTest::everyMemberCounts()
     }
 }
 
-void ExpectedCallsTest::aDiagnosticHasItsPlace_data()
+void ExpectedCallsTest::aDiagnosticHasItsLocation_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<QStringList>("diagnostics");
@@ -114,7 +114,7 @@ void ExpectedCallsTest::aDiagnosticHasItsPlace_data()
          "1:49: expected an object, found a list"});
 }
 
-void ExpectedCallsTest::aDiagnosticHasItsPlace()
+void ExpectedCallsTest::aDiagnosticHasItsLocation()
 {
     QFETCH(QByteArray, text);
     Expectation expectation(QVector<ExpectedCall> {{"earlier:1:1", {}}});

@@ -15,7 +15,7 @@ namespace {
 
 constexpr int timeoutMs = 300000;
 
-// A shell command, and what the file must be found to hold after it.
+// A shell command, and the content that must be reported after it.
 struct Step
 {
     QString command;
@@ -91,16 +91,16 @@ void FileWatchTest::everyNewContentIsReportedOnce_data()
          {"echo new > second", "new"},
          {"echo other > first; echo newer > second", "newer"},
          {"echo newest > second", "newest"}});
-    row("link made again", twoFiles,
+    row("recreated link", twoFiles,
         {{"rm file; ln -s second file", "2"}, {"echo new > second", "new"}});
-    // As a volume does whose files must all change at once.
+    // A mounted volume changes all its files at once in this way.
     row("directory's link with another target",
         "mkdir ..1; echo 1 > ..1/file; ln -s ..1 ..data; ln -s ..data/file file",
         {{"mkdir ..2; echo 2 > ..2/file; ln -s ..2 new; mv -T new ..data; rm -r ..1", "2"},
          {"mkdir ..3; echo 3 > ..3/file; ln -s ..3 new; mv -T new ..data; rm -r ..2", "3"},
          {"echo new > ..3/file", "new"}});
     row("link to a missing file", "ln -s missing file", {{"echo new > missing", "new"}});
-    row("links in a circle", "ln -s second file; ln -s file second",
+    row("circular links", "ln -s second file; ln -s file second",
         {{"echo new > real; ln -s real new; mv -T new second", "new"}});
 }
 

@@ -76,11 +76,11 @@ private Q_SLOTS:
     void aFaultAffectsACall_data();
     void aFaultAffectsACall();
     void aReplyThatIsTooLargeCostsTheServiceItsConnection();
-    void aFaultComesAtItsTime();
+    void aFaultHappensAtItsTime();
     void aFloodIsMoreThanTheBusLetsTheApplicationRead();
     void aRestartedServiceComesBack();
-    void aFaultThatStaysInTheScenarioGoesOnCounting();
-    void aDelayGoesTogetherWithAnotherFault();
+    void aFaultThatStaysInTheScenarioKeepsItsCount();
+    void aDelayIsCombinedWithAnotherFault();
     void everyErrorReachesTheApplication();
     void anEventIsOneLineOfText();
     void everyRefusalReachesTheApplication_data();
@@ -206,7 +206,7 @@ void SandboxFaultsTest::aReplyThatIsTooLargeCostsTheServiceItsConnection()
                           "the bus has closed the service's connection"}));
 }
 
-void SandboxFaultsTest::aFaultComesAtItsTime()
+void SandboxFaultsTest::aFaultHappensAtItsTime()
 {
     QVERIFY(start(scenarioOf(configuration),
                   {"get", "follow", "follow", "follow", "follow", "follow"}));
@@ -252,7 +252,7 @@ void SandboxFaultsTest::aRestartedServiceComesBack()
     QCOMPARE(finish(), 0);
 }
 
-void SandboxFaultsTest::aFaultThatStaysInTheScenarioGoesOnCounting()
+void SandboxFaultsTest::aFaultThatStaysInTheScenarioKeepsItsCount()
 {
     const QByteArray second =
         R"({"fault": "error", "method": "GetConfiguration", "call": 2, "error": "Internal"})";
@@ -267,7 +267,7 @@ void SandboxFaultsTest::aFaultThatStaysInTheScenarioGoesOnCounting()
         m_events.contains(get + "refused, Internal: error injected by the sandbox (fault error)"));
 }
 
-void SandboxFaultsTest::aDelayGoesTogetherWithAnotherFault()
+void SandboxFaultsTest::aDelayIsCombinedWithAnotherFault()
 {
     QVERIFY(
         start(scenarioWithFaults(

@@ -195,7 +195,7 @@ private Q_SLOTS:
     void whatIsTypedReachesTheCommandOnce();
     void theSandboxCanBeStoppedAndContinued();
     void aTerminalShowsColors();
-    void onlyARunNeedsATemporaryDirectory();
+    void onlyASessionNeedsATemporaryDirectory();
 
 private:
     QStringList entries() const
@@ -390,7 +390,7 @@ void SandboxProcessesTest::aTerminalShowsColors()
     QCOMPARE(m_process->finish(), 0);
 }
 
-void SandboxProcessesTest::onlyARunNeedsATemporaryDirectory()
+void SandboxProcessesTest::onlyASessionNeedsATemporaryDirectory()
 {
     qputenv("TMPDIR", "/nowhere");
     QVERIFY(m_process->startSandbox({"--help"}));

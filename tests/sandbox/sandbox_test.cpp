@@ -67,7 +67,7 @@ QString changed(const QString &path)
     return path + " ConfigurationChanged ()";
 }
 
-// What a program on the bus sees that shares no code with the sandbox or the library.
+// A program on the bus, which shares no code with the simulated service or the library.
 class Client
 {
 public:
@@ -347,8 +347,8 @@ void SandboxTest::theCommandGetsItsArgumentsStreamsAndEnvironment()
 
 void SandboxTest::anotherShellOfTheUserAloneReachesTheBus()
 {
-    // These characters have a meaning in the address of a bus.
-    const QString directory = m_directory->filePath("blank comma, ; = % é ~");
+    // These characters have a special meaning in the address of a bus.
+    const QString directory = m_directory->filePath("space comma, ; = % é ~");
     QVERIFY(QDir().mkdir(directory));
     QVERIFY(write(m_scenarioFile, viewerWith(R"({"theme": "dark"})")));
     m_sandbox->setVariable("TMPDIR", directory);
@@ -381,7 +381,7 @@ void SandboxTest::aChangeIsMergedByTopLevelKey()
     QVERIFY(serve(scenarioOf(
         {applicationOf("viewer", R"({"a": 1, "b": [], "n": {"x": 1, "y": {"p": 3, "q": 4}}})"),
          applicationOf("editor", R"({"a": 1})")})));
-    // What makes no difference is not announced.
+    // A change without a difference is not announced.
     QCOMPARE(m_client->change("(@a{sv} {},)"), QString("()"));
     QCOMPARE(m_client->change("({'n': <{'y': <{'q': <4>, 'p': <3>}>, 'x': <1>}>, 'a': <1>},)"),
              QString("()"));
@@ -505,7 +505,7 @@ void SandboxTest::aNewScenarioIsAnnouncedWhereItDiffers()
     QCOMPARE(m_client->change("({'a': <2>},)"), QString("()"));
     QStringList expected {changed(viewerPath)};
     QCOMPARE(m_client->waitForSignals(1), expected);
-    // It differs from what the application has changed, not from the scenario before.
+    // It is compared with the changed configuration, not with the previous scenario.
     QVERIFY(write(m_scenarioFile,
                   scenarioOf({applicationOf("editor", R"({"a": 1})", R"(["a"])"),
                               applicationOf("viewer", R"({"a": 2})"), player})));

@@ -51,7 +51,7 @@ QByteArray contentOf(const QString &fileName)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-// Whether \a text is a scenario. If not, each diagnostic has a place, and they are in order.
+// Whether \a text is a scenario. If not, each diagnostic has a location, and they are in order.
 bool isAccepted(const QByteArray &text)
 {
     static const QRegularExpression form("^w.json:([1-9][0-9]*):([1-9][0-9]*): [^\\n]+$");
@@ -62,7 +62,7 @@ bool isAccepted(const QByteArray &text)
         const QRegularExpressionMatch match = form.match(failure.text());
         const QPair<int, int> place(match.captured(1).toInt(), match.captured(2).toInt());
         if (!match.hasMatch() || place < last)
-            qFatal("wrong place: %s", qPrintable(failure.text()));
+            qFatal("wrong location: %s", qPrintable(failure.text()));
         last = place;
     }
     return failures.isEmpty();
@@ -175,8 +175,8 @@ private Q_SLOTS:
     void aValueIsWrittenAsItIsRead();
     void allMembersOfAnApplicationAreRead();
     void allFaultsAreRead();
-    void allDiagnosticsHavePlaces_data();
-    void allDiagnosticsHavePlaces();
+    void allDiagnosticsHaveLocations_data();
+    void allDiagnosticsHaveLocations();
     void noBrokenScenarioBreaksTheReader();
 };
 
@@ -312,7 +312,7 @@ void ScenarioFileTest::allFaultsAreRead()
              "spoofed-signal  0 1   0 0 -"}));
 }
 
-void ScenarioFileTest::allDiagnosticsHavePlaces_data()
+void ScenarioFileTest::allDiagnosticsHaveLocations_data()
 {
     QTest::addColumn<QByteArray>("text");
     QTest::addColumn<QString>("expected");
@@ -322,7 +322,7 @@ void ScenarioFileTest::allDiagnosticsHavePlaces_data()
     addDiagnosticsOfFile();
 }
 
-void ScenarioFileTest::allDiagnosticsHavePlaces()
+void ScenarioFileTest::allDiagnosticsHaveLocations()
 {
     QFETCH(QByteArray, text);
     QFETCH(QString, expected);

@@ -18,7 +18,7 @@ namespace {
 #ifdef COVERAGE
 constexpr int abortedStatus = 86;
 
-// The counters are written by an ordinary exit only.
+// Only a normal exit writes the coverage counters.
 void prepareAbort()
 {
     std::signal(SIGABRT, [](int) { std::exit(abortedStatus); });

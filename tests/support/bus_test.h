@@ -3,7 +3,7 @@
 
 #pragma once
 
-// What nearly every such test takes.
+// For nearly every test on a bus.
 #include "announcements.h"
 #include "answers.h"
 #include "bus_fixture.h"

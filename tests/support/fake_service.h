@@ -50,7 +50,7 @@ public:
         reset();
     }
 
-    /*! \brief Appears on the bus. */
+    /*! \brief Connects to the bus. */
     bool start()
     {
         const QString error = m_service->open(m_address);
@@ -59,13 +59,13 @@ public:
         return error.isNull();
     }
 
-    /*! \brief Drops off the bus, with calls unanswered if there are any. */
+    /*! \brief Leaves the bus; pending calls get no reply. */
     void stop()
     {
         m_service->close();
     }
 
-    /*! \brief Drops off the bus and forgets its calls and its handler: as if it were new. */
+    /*! \brief Leaves the bus and forgets its calls and its handler: as if it were new. */
     void reset()
     {
         // A new raw service, so that no call to the old one still comes in.
@@ -75,20 +75,20 @@ public:
         replyWith(QStringLiteral("(@a{sv} {},)"));
     }
 
-    /*! \brief From now on, answers every call with \a values. */
+    /*! \brief From now on, replies to every call with \a values. */
     void replyWith(const QString &values)
     {
         const std::shared_ptr<GVariant> body(parseValue(values), g_variant_unref);
         replyThrough([body](const MethodCall &call) { call.reply(body.get()); });
     }
 
-    /*! \brief From now on, answers every call with an error. */
+    /*! \brief From now on, replies to every call with an error. */
     void replyWithError(const QString &name, const QString &message)
     {
         replyThrough([=](const MethodCall &call) { call.replyError(name, message); });
     }
 
-    /*! \brief From now on, leaves the answer to every call to \a handler. */
+    /*! \brief From now on, leaves the reply to every call to \a handler. */
     void replyThrough(const Handler &handler)
     {
         m_handler = handler;
@@ -107,7 +107,7 @@ public:
         return m_unanswered.count();
     }
 
-    /*! \brief Answers the one at \a index of these calls, oldest first; may be repeated. */
+    /*! \brief Replies to the one at \a index of these calls, oldest first; may be repeated. */
     void replyTo(int index, const QString &values) const
     {
         g_autoptr(GVariant) body = parseValue(values);

@@ -7,10 +7,10 @@
 
 namespace Tarnvel::Testing {
 
-/*! \brief The bound of every wait for an event: no machine is so busy that it reaches it. */
+/*! \brief The limit of every wait for an event, which no busy machine reaches. */
 constexpr int waitTimeoutMs = 60000;
 
-/*! \brief QTRY_COMPARE() and QTRY_VERIFY() with this bound. */
+/*! \brief QTRY_COMPARE() and QTRY_VERIFY() with this limit. */
 #define TRY_COMPARE(actual, expected)                                                              \
     QTRY_COMPARE_WITH_TIMEOUT(actual, expected, Tarnvel::Testing::waitTimeoutMs)
 #define TRY_VERIFY(condition) QTRY_VERIFY_WITH_TIMEOUT(condition, Tarnvel::Testing::waitTimeoutMs)

@@ -23,7 +23,7 @@ class RawServiceTest : public QObject
 private Q_SLOTS:
     void init()
     {
-        // What GLib only complains about otherwise.
+        // Otherwise, GLib only logs these.
         g_log_set_always_fatal(
             static_cast<GLogLevelFlags>(G_LOG_LEVEL_CRITICAL | G_LOG_LEVEL_WARNING));
         m_losses = 0;

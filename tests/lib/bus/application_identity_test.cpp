@@ -31,7 +31,7 @@ private Q_SLOTS:
     void theNamesMakeTheObjectPath();
     void aNameWithoutAValidPathFailsEveryRequest_data();
     void aNameWithoutAValidPathFailsEveryRequest();
-    void theIdentityIsThatOfTheManagersMaking();
+    void theIdentityIsReadWhenTheManagerIsCreated();
 };
 
 void ApplicationIdentityTest::theNamesMakeTheObjectPath_data()
@@ -112,7 +112,7 @@ void ApplicationIdentityTest::aNameWithoutAValidPathFailsEveryRequest()
     QCOMPARE(m_service.calls().count(), 0);
 }
 
-void ApplicationIdentityTest::theIdentityIsThatOfTheManagersMaking()
+void ApplicationIdentityTest::theIdentityIsReadWhenTheManagerIsCreated()
 {
     QCoreApplication::setOrganizationName("acme");
     QCoreApplication::setApplicationName("before");

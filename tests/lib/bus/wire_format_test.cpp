@@ -44,8 +44,8 @@ private Q_SLOTS:
     void aConfigurationIsSentInOrderOfItsKeys();
     void aReceivedConfigurationGoesBackUnchanged_data();
     void aReceivedConfigurationGoesBackUnchanged();
-    void writingGoesOnBehindTheConfiguration();
-    void readingAddsToTheConfigurationAndGoesOnBehindIt();
+    void writingContinuesAfterTheConfiguration();
+    void readingAddsToTheConfigurationAndContinuesAfterIt();
     void aReadReplyIsFreed();
     void aConfigurationInsideAVariantIsTakenAsItIs();
 
@@ -218,7 +218,7 @@ void WireFormatTest::aReceivedConfigurationGoesBackUnchanged()
     QCOMPARE(m_service.calls().last().arguments, reply);
 }
 
-void WireFormatTest::writingGoesOnBehindTheConfiguration()
+void WireFormatTest::writingContinuesAfterTheConfiguration()
 {
     QDBusArgument argument;
     QDBusArgument *const result = &(argument << makeConfiguration({{"a", 1}, {"b", 2}}));
@@ -227,7 +227,7 @@ void WireFormatTest::writingGoesOnBehindTheConfiguration()
     QCOMPARE(argument.currentSignature(), QString("a{sv}i"));
 }
 
-void WireFormatTest::readingAddsToTheConfigurationAndGoesOnBehindIt()
+void WireFormatTest::readingAddsToTheConfigurationAndContinuesAfterIt()
 {
     ConfigurationManagerPrivate requests(&m_manager);
     Configuration configuration = makeConfiguration({{"there", 2}});
