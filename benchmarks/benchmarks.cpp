@@ -68,9 +68,9 @@ void encodeByHand(benchmark::State &state, const QString &payload)
     encodeValue(state, readByHand(receive(payload).value<QDBusArgument>()));
 }
 
-using OnPayload = void (*)(benchmark::State &, const QString &);
+using MeasurePayload = void (*)(benchmark::State &, const QString &);
 
-void registerWire(const char *what, const char *client, OnPayload measure)
+void registerWire(const char *what, const char *client, MeasurePayload measure)
 {
     for (const char *payload : {"small", "large", "fleet"}) {
         benchmark::RegisterBenchmark(nameOf(what, client, payload).c_str(),

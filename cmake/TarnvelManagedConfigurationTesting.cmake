@@ -13,7 +13,7 @@
 # The test passes if the command succeeds and each expected call comes. The command finds the bus
 # through the variable DBUS_SYSTEM_BUS_ADDRESS. Files are relative to the current source directory,
 # the log to the current binary directory. Empty arguments of the command are dropped, and a ";"
-# separates two arguments.
+# separates arguments.
 function(tarnvel_managed_configuration_add_test)
     cmake_parse_arguments(PARSE_ARGV 0 test "" "NAME;SCENARIO;EXPECT;LOG;WORKING_DIRECTORY" "COMMAND")
     if(DEFINED test_UNPARSED_ARGUMENTS)

@@ -28,7 +28,7 @@ void closeConnection(GDBusConnection *connection);
 /*!
  * \brief Calls \a method of the bus itself, and returns its reply, a tuple of \a replyType.
  *
- * Null, and \a error is set, if the bus refuses or does not answer within busTimeoutMs.
+ * Null, and \a error is set, if the bus refuses or does not reply within busTimeoutMs.
  */
 GVariant *callBus(GDBusConnection *connection, const char *method, GVariant *arguments,
                   const char *replyType, GError **error);

@@ -38,7 +38,7 @@ public:
     /*!
      * \brief Asks the bus who called, and waits for its reply.
      *
-     * Nothing is known of a caller that has left the bus, or when the bus does not answer within
+     * Nothing is known of a caller that has left the bus, or if the bus does not reply within
      * busTimeoutMs.
      */
     Caller caller() const;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-// Reads the payload "small" once and ends, to measure the whole life of such a program. MAKE_CLIENT
+// Reads the payload "small" once and ends, to measure such a program from start to end. MAKE_CLIENT
 // names the client.
 
 #include "client.h"

@@ -175,7 +175,7 @@ def write(tables):
         pattern = re.compile(rf"(<!-- {name} -->\n).*?(<!-- end -->)", re.DOTALL)
         text, replaced = pattern.subn(lambda match: f"{match[1]}{content}\n{match[2]}", text)
         if replaced != 1:
-            sys.exit(f"{PAGE} must mark the place of {name} once")
+            sys.exit(f"{PAGE} must mark the position of {name} once")
     PAGE.write_text(text)
 
 

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 # SPDX-License-Identifier: BSD-3-Clause
 
-"""Takes the counts, which do not depend on how busy the machine is."""
+"""Measures the counts, which do not depend on how busy the machine is."""
 
 import os
 import re

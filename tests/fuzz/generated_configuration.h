@@ -13,7 +13,7 @@ namespace Tarnvel::Testing {
  * \brief Generates a configuration from \a input, with values of unsupported types too.
  *
  * Each entry is a key, which ends with a line feed, a letter for the type of its value, and the
- * value. A byte that is no such letter selects one. '}' ends a nested configuration.
+ * value. A byte that is not such a letter selects one. '}' ends a nested configuration.
  */
 Application::ManagedConfiguration::Configuration generateConfiguration(FuzzerInput &input);
 

@@ -15,7 +15,7 @@ namespace {
 constexpr char basicCodes[] = "ybnqiuxtdsogh";
 constexpr char allCodes[] = "ybnqiuxtdsoghva(";
 
-/*! \brief How much more D-Bus allows at one place of a signature. */
+/*! \brief How much more D-Bus allows at a position in a signature. */
 struct Room
 {
     int length;

@@ -23,7 +23,8 @@ constexpr int killedStatus = 128 + SIGKILL;
 // Not an exit status: the sandbox itself is killed.
 constexpr int noStatus = -1;
 
-// What a test signals. The terminal is typed on, or closed for SIGHUP.
+// Where a signal comes from: a process is sent it; the terminal gets its key, or is closed for
+// SIGHUP.
 enum Target { Supervisor, Worker, Terminal };
 
 // A process that leaves its parent, its session and its terminal, and ignores all but SIGKILL.

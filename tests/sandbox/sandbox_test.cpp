@@ -67,7 +67,7 @@ QString changed(const QString &path)
     return path + " ConfigurationChanged ()";
 }
 
-// A program on the bus, which shares no code with the simulated service or the library.
+// A program on the bus that does not use the library.
 class Client
 {
 public:

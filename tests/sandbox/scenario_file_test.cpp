@@ -60,10 +60,10 @@ bool isAccepted(const QByteArray &text)
     QPair<int, int> last;
     for (const Failure &failure : failures) {
         const QRegularExpressionMatch match = form.match(failure.text());
-        const QPair<int, int> place(match.captured(1).toInt(), match.captured(2).toInt());
-        if (!match.hasMatch() || place < last)
+        const QPair<int, int> location(match.captured(1).toInt(), match.captured(2).toInt());
+        if (!match.hasMatch() || location < last)
             qFatal("wrong location: %s", qPrintable(failure.text()));
-        last = place;
+        last = location;
     }
     return failures.isEmpty();
 }

@@ -27,7 +27,7 @@ constexpr int stallTimeoutMs = 120000;
 constexpr std::size_t residentClients = 2;
 constexpr std::size_t maximumClients = 6;
 
-// Each happens about once in so many requests.
+// Each happens about once per this number of requests.
 constexpr int overrunPeriod = 2000;
 constexpr int clientPeriod = 100;
 constexpr int announcementPeriod = 100;

@@ -87,7 +87,7 @@ private:
     int m_lastRequest = 0;
     int m_missingAnnouncements = 0;
     int m_answers = 0;
-    // All of these are numbers of requests still to make.
+    // Numbers of requests that are still to be made.
     int m_left = 0;
     int m_leftAtAnnouncement = 0;
     int m_leftAtStop = 0;

@@ -25,8 +25,8 @@ namespace {
 // With fewer requests, not all requiredEvents() happen.
 constexpr int minimumRequests = 10000;
 
-// How many bytes the process may grow by after the warm-up: on the heap and in physical memory,
-// plus so many for each announcement that a living manager has received.
+// By how many bytes the process may grow after the warm-up, on the heap and in physical memory, and
+// for each announcement that a living manager has received.
 constexpr qint64 heapBudget = 1 << 20;
 constexpr qint64 residentBudget = 1 << 22;
 constexpr qint64 announcementBudget = 1023;

@@ -14,7 +14,7 @@ namespace Tarnvel::Testing {
 using Application::ManagedConfiguration::Configuration;
 using Application::ManagedConfiguration::ConfigurationManager;
 
-/*! \brief What a manager emits through configurationChanged() while this object lives. */
+/*! \brief Records what a manager emits through configurationChanged(). */
 class Announcements
 {
 public:

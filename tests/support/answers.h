@@ -64,7 +64,7 @@ public:
 
     /*!
      * \brief All answers as texts: the configuration as describe() writes it, and for an error
-     * " error <code>: <message>" behind it.
+     * " error <code>: <message>" after it.
      */
     QStringList texts() const
     {

@@ -12,7 +12,7 @@
 
 namespace Tarnvel::Testing {
 
-/*! \brief An application that catches what an empty callback throws, and counts it. */
+/*! \brief An application that catches and counts the exceptions of empty callbacks. */
 class CatchingApplication : public QCoreApplication
 {
 public:

@@ -9,10 +9,10 @@
 namespace Tarnvel::Testing {
 
 /*!
- * \brief Collects the whole text of every message logged while it lives, in place of printing it.
+ * \brief Collects the text of every message that is logged, instead of printing it.
  *
- * A message of another level than warning, or another category than "default", is collected with
- * both in front, so that a comparison with the expected texts fails.
+ * If a message is not a warning of the category "default", its level and category are added, so
+ * that a comparison with the expected texts fails.
  */
 class MessageLog
 {

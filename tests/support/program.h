@@ -48,7 +48,7 @@ public:
     /*! \brief Sends it \a signal. */
     void send(int signal);
 
-    /*! \brief The next line of its standard output; if there is none, all that is left. */
+    /*! \brief The next line of its standard output; if there is none, the remaining output. */
     QString readLine();
 
     /*! \brief The same for its standard error. */

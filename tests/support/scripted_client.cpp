@@ -3,8 +3,8 @@
 
 // An application that reads, changes and follows its managed configuration, one step for each
 // argument, and prints a line for each: "get", "set KEY=VALUE" (an integer, or else a string), or
-// "follow", which waits for the next change. Says at the end how many changes it has not waited
-// for.
+// "follow", which waits for the next change. At the end, prints how many more changes
+// it has received.
 
 #include <Tarnvel/ManagedConfiguration/Configuration>
 #include <Tarnvel/ManagedConfiguration/ConfigurationManager>

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-// An application outside the project, in whatever language level it is built: it uses each of the
-// public classes and lets the manager answer one request.
+// An application outside the project, for any language standard: it uses each public class and
+// makes one request.
 
 #include <QCoreApplication>
 

@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 # SPDX-License-Identifier: BSD-3-Clause
 
-# Fails if the library, built with add_subdirectory(), has changed this project's settings.
+# Fails if the library, built with add_subdirectory(), has changed the settings of this project.
 
 foreach(property IN ITEMS COMPILE_DEFINITIONS COMPILE_OPTIONS INCLUDE_DIRECTORIES LINK_OPTIONS)
     get_directory_property(value ${property})
