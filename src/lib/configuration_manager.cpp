@@ -192,11 +192,13 @@ void dropReply(QDBusPendingCallWatcher *watcher)
 // Returns a null string if Qt D-Bus cannot read keys of this type as strings.
 QString keyText(const QVariant &key)
 {
+    if (key.type() == QVariant::String)
+        return key.toString();
     if (key.userType() == qMetaTypeId<QDBusObjectPath>())
         return key.value<QDBusObjectPath>().path();
     if (key.userType() == qMetaTypeId<QDBusSignature>())
         return key.value<QDBusSignature>().signature();
-    return key.type() == QVariant::String ? key.toString() : QString();
+    return {};
 }
 
 // Qt D-Bus does not check that the data has the type it is asked to read, and may read past the
