@@ -14,6 +14,7 @@
 
 #include <fcntl.h>
 #include <gio/gunixfdlist.h>
+#include <limits>
 
 using namespace Tarnvel::Application::ManagedConfiguration;
 using namespace Tarnvel::Testing;
@@ -70,7 +71,8 @@ QVariant receive(GVariant *value)
 {
     static const QDBusConnection caller = connectToPeer();
     replyArgument = value;
-    const QDBusMessage reply = caller.call(QDBusMessage::createMethodCall({}, "/", {}, "Get"));
+    const QDBusMessage reply = caller.call(QDBusMessage::createMethodCall({}, "/", {}, "Get"),
+                                           QDBus::Block, std::numeric_limits<int>::max());
     if (reply.type() != QDBusMessage::ReplyMessage || reply.arguments().size() != 1)
         qFatal("the value did not arrive: %s", qUtf8Printable(reply.errorMessage()));
     return reply.arguments().constFirst();
