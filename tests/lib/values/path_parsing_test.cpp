@@ -186,7 +186,7 @@ void PathParsingTest::thePathOfManySeparatorsTakesLittleMemory()
         return heap.uordblks + heap.hblkhd;
     };
     if (bytesInUse() == 0)
-        QSKIP("a sanitizer's allocator does not count");
+        return QTest::qSkip("a sanitizer's allocator does not count", __FILE__, __LINE__);
     const QString text = QString(1024 * 1024, '/') + "a[1]";
     const auto before = bytesInUse();
     const Xpath xpath(text);
