@@ -343,7 +343,8 @@ void RequestsTest::everythingIsDoneWithinTheWatchersSignal()
 void RequestsTest::aConfigurationIsSentAsLongAsEveryBusCarriesIt()
 {
     constexpr int levels = 21;
-    for (const QVariant &entry : QVariantList {1, true, QStringLiteral("x"), QVariant()}) {
+    const QVariantList entries {1, true, QStringLiteral("x"), QVariant()};
+    for (const QVariant &entry : entries) {
         QCOMPARE(awaitChange(m_manager, nested(levels, entry)), "{}");
         QCOMPARE(m_service.calls().last().arguments.count("'key'"),
                  entry.isValid() ? levels : levels - 1);
