@@ -98,7 +98,7 @@ qint64 PrivateBus::processId() const
     return m_daemon.processId();
 }
 
-void PrivateBus::Daemon::setupChildProcess()
+void PrivateBus::Daemon::prepareChild()
 {
     // Ctrl+C at the terminal is for the applications, not for the bus.
     setsid();

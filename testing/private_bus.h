@@ -3,8 +3,9 @@
 
 #pragma once
 
+#include "child_process.h"
+
 #include <QtCore/QDir>
-#include <QtCore/QProcess>
 #include <QtCore/QString>
 #include <QtCore/QTemporaryDir>
 
@@ -53,10 +54,10 @@ public:
     qint64 processId() const;
 
 private:
-    class Daemon : public QProcess
+    class Daemon : public ChildProcess
     {
     protected:
-        void setupChildProcess() override;
+        void prepareChild() override;
     };
 
     std::optional<QTemporaryDir> m_ownDirectory;

@@ -27,7 +27,7 @@ bool isSupportedListType(const QVariant &value)
     static const std::array<int, 3> listTypes {
         qMetaTypeId<QList<int>>(), qMetaTypeId<QList<bool>>(), qMetaTypeId<QList<QString>>()};
 
-    return value.type() == QVariant::StringList || contains(listTypes, value.userType());
+    return value.userType() == QMetaType::QStringList || contains(listTypes, value.userType());
 }
 
 bool isConfiguration(const QVariant &value)
@@ -139,10 +139,10 @@ QVariant ConfigurationPrivate::get(const QString &key) const
 
 bool ConfigurationPrivate::set(const QString &key, const QVariant &value)
 {
-    static const std::array<QVariant::Type, 3> scalarTypes {QVariant::Int, QVariant::Bool,
-                                                            QVariant::String};
+    static constexpr std::array<int, 3> scalarTypes {QMetaType::Int, QMetaType::Bool,
+                                                     QMetaType::QString};
 
-    if (!contains(scalarTypes, value.type()) && !isSupportedListType(value)
+    if (!contains(scalarTypes, value.userType()) && !isSupportedListType(value)
         && !isConfiguration(value))
         return false;
     // Received entries are usually sorted by key; with this hint they need no search.
@@ -165,7 +165,10 @@ Configuration::Configuration(const Configuration &other)
 {
 }
 
-Configuration::Configuration(Configuration &&other) noexcept : d(other.d.take()) { }
+Configuration::Configuration(Configuration &&other) noexcept
+{
+    d.swap(other.d);
+}
 
 Configuration &Configuration::operator=(const Configuration &other)
 {

@@ -16,6 +16,7 @@
 
 #include "bus_limits.h"
 #include "configuration_p.h"
+#include "qt_version_p.h"
 
 #include <algorithm>
 #include <utility>
@@ -51,7 +52,7 @@ void appendElement(QList<T> &list, const QVariant &element)
     if (element.canConvert<T>())
         list.append(element.value<T>());
     else
-        qWarning() << "Array element has unexpected type: " << QVariant::typeToName(element.type());
+        qWarning() << "Array element has unexpected type: " << typeName(element);
 }
 
 // Appends each element as it is read: a QVariantList in between would allocate memory for each.
@@ -73,15 +74,15 @@ QVariant parseElements(const QDBusArgument &argument)
     // The type of the first element decides. If it is unsupported, the others are not read: there
     // may be millions.
     const QVariant first = argument.asVariant();
-    switch (first.type()) {
-    case QVariant::Int:
+    switch (first.userType()) {
+    case QMetaType::Int:
         return toTypedList<int>(first, argument);
-    case QVariant::String:
+    case QMetaType::QString:
         return toTypedList<QString>(first, argument);
-    case QVariant::Bool:
+    case QMetaType::Bool:
         return toTypedList<bool>(first, argument);
     default:
-        qWarning() << "Unsupported type for arrays: " << QVariant::typeToName(first.type());
+        qWarning() << "Unsupported type for arrays: " << typeName(first);
         return {};
     }
 }
@@ -96,7 +97,7 @@ QVariant parseArray(const QDBusArgument &argument)
 
 QVariant parseVariantData(QVariant value)
 {
-    if (value.type() != QVariant::UserType || value.userType() != qMetaTypeId<QDBusArgument>())
+    if (value.userType() != qMetaTypeId<QDBusArgument>())
         return value;
 
     const auto argument = value.value<QDBusArgument>();
@@ -127,7 +128,7 @@ constexpr int deepestLevel = DBus::portableContainerDepth / DBus::containersPerL
 
 bool isContainer(const QVariant &value)
 {
-    const char *const signature = QDBusMetaType::typeToSignature(value.userType());
+    const char *const signature = QDBusMetaType::typeToSignature(QtType(value.userType()));
     return !signature || qstrlen(signature) != 1 || *signature == 'v';
 }
 
@@ -192,7 +193,7 @@ void dropReply(QDBusPendingCallWatcher *watcher)
 // Returns a null string if Qt D-Bus cannot read keys of this type as strings.
 QString keyText(const QVariant &key)
 {
-    if (key.type() == QVariant::String)
+    if (key.userType() == QMetaType::QString)
         return key.toString();
     if (key.userType() == qMetaTypeId<QDBusObjectPath>())
         return key.value<QDBusObjectPath>().path();
@@ -229,7 +230,7 @@ void readEntries(const QDBusArgument &argument, Configuration &configuration)
 QDBusArgument &operator<<(QDBusArgument &argument, const Configuration &configuration)
 {
     const QMap<QString, QVariant> entries = ConfigurationPrivate::data(configuration);
-    argument.beginMap(QVariant::String, qMetaTypeId<QDBusVariant>());
+    argument.beginMap(QMetaType::QString, qMetaTypeId<QDBusVariant>());
     for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
         argument.beginMapEntry();
         argument << entry.key() << sendable(entry.value());

@@ -5,6 +5,7 @@
 #include "bus_fixture.h"
 #include "description.h"
 #include "message_log.h"
+#include "qt_version.h"
 #include "scenario/scenario_reader.h"
 
 #include <QtCore/QFile>
@@ -79,10 +80,10 @@ QString textOf(const QVariant &value)
 
 QVariant valueOfType(const QString &name)
 {
-    const int type = QMetaType::type(name.toLatin1());
+    const int type = typeOfName(name.toLatin1());
     if (type == QMetaType::UnknownType)
         qFatal("there is no type %s", qUtf8Printable(name));
-    return QVariant(type, nullptr);
+    return QVariant(QtType(type), nullptr);
 }
 
 QString steps(const QString &path)
@@ -132,11 +133,10 @@ private Q_SLOTS:
 
         MessageLog log;
         QStringList found = make(header, cells);
-        const QString userType = QVariant::typeToName(QVariant::UserType);
         const QStringList warnings = log.take();
         if (header.contains("warning"))
-            found.append(
-                warnings.value(warnings.count() - 1).replace(userType, QStringLiteral("…")));
+            found.append(warnings.value(warnings.count() - 1)
+                             .replace(sharedTypeName(), QStringLiteral("…")));
         QCOMPARE(found, cells.mid(0, found.count()));
     }
 

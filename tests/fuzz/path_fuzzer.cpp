@@ -125,7 +125,7 @@ QVariantList parse(const QString &path, QStringList &warnings)
 // otherwise.
 QString follow(const QVariant &step, QVariant &value)
 {
-    if (step.type() == QVariant::String) {
+    if (step.userType() == QMetaType::QString) {
         const QString key = step.toString();
         const auto entries = ConfigurationPrivate::data(value.value<Configuration>());
         if (value.userType() != qMetaTypeId<Configuration>())

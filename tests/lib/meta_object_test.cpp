@@ -2,12 +2,14 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
 #include "configuration_manager_p.h"
+#include "qt_version.h"
 
 #include <QtCore/QMetaMethod>
 #include <QtTest/QTest>
 #include <Tarnvel/ManagedConfiguration/configuration_manager.h>
 
 using namespace Tarnvel::Application::ManagedConfiguration;
+using Tarnvel::Testing::onQt6;
 
 namespace {
 
@@ -29,6 +31,7 @@ class MetaObjectTest : public QObject
 private Q_SLOTS:
     void initTestCase();
     void theManagerHasOneSignal();
+    void onQt5TheParameterMustBeRegistered();
     void itsPrivateObjectHasOneSlot();
 };
 
@@ -47,6 +50,16 @@ void MetaObjectTest::theManagerHasOneSignal()
     QVERIFY(!manager.parent());
     QVERIFY(manager.children().isEmpty());
     QCOMPARE(methods(*manager.metaObject()), QStringList("configurationChanged(Configuration)"));
+}
+
+void MetaObjectTest::onQt5TheParameterMustBeRegistered()
+{
+    const ConfigurationManager manager;
+    const QMetaMethod signal = QMetaMethod::fromSignal(&ConfigurationManager::configurationChanged);
+    QCOMPARE(signal.parameterType(0),
+             onQt6 ? qMetaTypeId<Configuration>() : QMetaType::UnknownType);
+    qRegisterMetaType<Configuration>("Configuration");
+    QCOMPARE(signal.parameterType(0), qMetaTypeId<Configuration>());
 }
 
 void MetaObjectTest::itsPrivateObjectHasOneSlot()

@@ -1,9 +1,10 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
+#include "child_process.h"
+
 #include <QtCore/QDir>
 #include <QtCore/QFile>
-#include <QtCore/QProcess>
 #include <QtCore/QTemporaryDir>
 #include <QtCore/QTextStream>
 #include <QtTest/QTest>
@@ -11,10 +12,12 @@
 #include <algorithm>
 #include <csignal>
 #include <fcntl.h>
+#include <memory>
 #include <poll.h>
 #include <pty.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -65,7 +68,7 @@ bool sendSignal(qint64 processId, int signal)
 }
 
 // A process whose standard input and output are a pseudo-terminal.
-class Process : public QProcess
+class Process : public Tarnvel::Testing::ChildProcess
 {
 public:
     Process()
@@ -154,7 +157,7 @@ public:
     QList<int> blockedSignals;
 
 protected:
-    void setupChildProcess() override
+    void prepareChild() override
     {
         // A shell's background command, as these tests may be, ignores these.
         for (const int number : {SIGINT, SIGQUIT})
@@ -206,7 +209,7 @@ private:
     }
 
     const QTemporaryDir m_directory;
-    QScopedPointer<Process> m_process;
+    std::unique_ptr<Process> m_process;
 };
 
 void SandboxProcessesTest::init()
@@ -215,7 +218,7 @@ void SandboxProcessesTest::init()
     qputenv("TMPDIR", QFile::encodeName(m_directory.path()));
     qputenv("TERM", "xterm");
     qunsetenv("NO_COLOR");
-    m_process.reset(new Process);
+    m_process = std::make_unique<Process>();
 }
 
 void SandboxProcessesTest::cleanup()
@@ -298,13 +301,13 @@ void SandboxProcessesTest::theNextStartRemovesAbandonedDirectories()
     const QDir directory(m_directory.path());
     const QString own = "managed-configuration-sandbox-backup";
     QVERIFY(directory.mkdir(own));
-    m_process.reset(new Process);
+    m_process = std::make_unique<Process>();
     QVERIFY(m_process->startCommand("echo ready; read line"));
     const QStringList kept = entries();
     QCOMPARE(kept.size(), 2);
     QVERIFY(!kept.contains(abandoned.first()));
-    const QScopedPointer<Process> running(m_process.take());
-    m_process.reset(new Process);
+    const std::unique_ptr<Process> running = std::move(m_process);
+    m_process = std::make_unique<Process>();
     QVERIFY(m_process->startSandbox({"--", "true"}));
     QCOMPARE(m_process->finish(), 0);
     QCOMPARE(entries(), kept);

@@ -15,9 +15,10 @@ namespace {
 
 QString itemText(const QVariant &item)
 {
-    if (item.isNull())
+    const QString text = item.toString();
+    if (item.isNull() || text.isNull())
         return QStringLiteral("null");
-    return item.type() == QVariant::String ? u'"' + item.toString() + u'"' : item.toString();
+    return item.userType() == QMetaType::QString ? u'"' + text + u'"' : text;
 }
 
 QString listText(const QVariant &value)
@@ -38,12 +39,12 @@ QString describe(const QVariant &value)
         return QStringLiteral("invalid");
     if (value.userType() == qMetaTypeId<Configuration>())
         return describe(value.value<Configuration>());
-    if (value.type() == QVariant::StringList || value.userType() == qMetaTypeId<QList<int>>()
+    if (value.userType() == QMetaType::QStringList || value.userType() == qMetaTypeId<QList<int>>()
         || value.userType() == qMetaTypeId<QList<bool>>()
         || value.userType() == qMetaTypeId<QList<QString>>())
         return type + u' ' + listText(value);
-    if (value.type() == QVariant::Int || value.type() == QVariant::Bool
-        || value.type() == QVariant::String)
+    if (value.userType() == QMetaType::Int || value.userType() == QMetaType::Bool
+        || value.userType() == QMetaType::QString)
         return type + u' ' + itemText(value);
     return type;
 }

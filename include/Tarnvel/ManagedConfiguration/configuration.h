@@ -10,6 +10,8 @@
 
 #include "global.h"
 
+#include <memory>
+
 namespace Tarnvel {
 namespace Application {
 namespace ManagedConfiguration {
@@ -140,7 +142,11 @@ public:
 private:
     friend class ConfigurationPrivate;
 
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
     QScopedPointer<ConfigurationPrivate> d;
+#else
+    std::unique_ptr<ConfigurationPrivate> d;
+#endif
 };
 
 } // namespace ManagedConfiguration

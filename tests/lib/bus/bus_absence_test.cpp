@@ -5,6 +5,7 @@
 #include "answers.h"
 #include "configuration_manager_p.h"
 #include "message_log.h"
+#include "qt_version.h"
 #include "waiting.h"
 
 #include <QtDBus/QDBusMetaType>
@@ -38,7 +39,7 @@ void BusAbsenceTest::initTestCase()
 
 void BusAbsenceTest::theFirstManagerAloneRegistersTheType()
 {
-    const int type = qMetaTypeId<Configuration>();
+    const QtType type(qMetaTypeId<Configuration>());
     QCOMPARE(QDBusMetaType::typeToSignature(type), static_cast<const char *>(nullptr));
     MessageLog log;
     const ConfigurationManager first;

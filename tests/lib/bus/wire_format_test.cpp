@@ -4,6 +4,7 @@
 #include "bus_test.h"
 #include "configuration_manager_p.h"
 #include "message_log.h"
+#include "qt_version.h"
 
 #include <QtDBus/QDBusPendingCall>
 
@@ -64,11 +65,10 @@ void WireFormatTest::aReceivedValueIsStoredByItsKind_data()
         QTest::newRow(qUtf8Printable(sent.left(60))) << sent << stored << warnings;
     };
     const QString leftOut = "invalid";
-    const auto unsupported = [](const char *type) {
-        return QStringList(QString("Unsupported type for arrays:  ") + type);
+    const auto unsupported = [](const QString &type) {
+        return QStringList("Unsupported type for arrays:  " + type);
     };
-    // One name stands for all types that are not built into Qt; which one, the process decides.
-    const QStringList userType = unsupported(QVariant::typeToName(QVariant::UserType));
+    const QStringList userType = unsupported(sharedTypeName());
 
     row("int32 -2147483648", "int -2147483648");
     row("int32 2147483647", "int 2147483647");

@@ -5,6 +5,7 @@
 #include "configuration_p.h"
 #include "description.h"
 #include "message_log.h"
+#include "qt_version.h"
 
 #include <QtCore/QProcess>
 #include <QtDBus/QDBusVariant>
@@ -32,7 +33,7 @@ static_assert(
 static_assert(std::is_nothrow_move_constructible_v<Configuration>);
 static_assert(std::is_nothrow_move_assignable_v<Configuration>);
 static_assert(std::has_virtual_destructor_v<Configuration>);
-static_assert(QTypeInfo<Configuration>::isStatic);
+static_assert(!QTypeInfo<Configuration>::isRelocatable);
 
 // A type that the application can teach Qt to convert into a configuration.
 struct Theme
@@ -129,9 +130,9 @@ void ConfigurationValuesTest::onlyFourOfTheBuiltInTypesAreStored()
     int tried = 0;
     for (int type = QMetaType::UnknownType + 1; type < QMetaType::User; ++type) {
         // Types of modules that are not loaded have no size, and neither has void.
-        if (!QMetaType::isRegistered(type) || QMetaType::sizeOf(type) == 0)
+        if (!QMetaType::isRegistered(type) || QMetaType(type).sizeOf() == 0)
             continue;
-        const QVariant value(type, nullptr);
+        const QVariant value(QtType(type), nullptr);
         QCOMPARE(value.userType(), type);
         ++tried;
         Configuration configuration;
@@ -149,13 +150,13 @@ void ConfigurationValuesTest::anAcceptedValueReplacesAnother_data()
 {
     QTest::addColumn<QVariant>("value");
     QTest::addColumn<QString>("stored");
-    const auto row = [](const QVariant &value, const char *stored) {
-        QTest::newRow(stored) << value << QString(stored);
+    const auto row = [](const QVariant &value, const QString &stored) {
+        QTest::newRow(qUtf8Printable(stored)) << value << stored;
     };
     row(QString(), "QString null");
     row("", "QString \"\"");
     row("größe 😀", "QString \"größe 😀\"");
-    row(QVariant(QVariant::Int), "int null");
+    row(nullInt(), "int null");
     row(std::numeric_limits<int>::min(), "int -2147483648");
     row(std::numeric_limits<int>::max(), "int 2147483647");
     row(false, "bool false");
@@ -164,10 +165,12 @@ void ConfigurationValuesTest::anAcceptedValueReplacesAnother_data()
     row(QStringList {"a", "", "b"}, R"(QStringList ["a", "", "b"])");
     row(makeList<int>({}), "QList<int> []");
     row(makeList<int>({1, -1}), "QList<int> [1, -1]");
+    if (onQt6)
+        row(QVariant::fromValue(QVector<int> {1}), "QList<int> [1]");
     row(makeList<bool>({}), "QList<bool> []");
     row(makeList<bool>({true, false}), "QList<bool> [true, false]");
-    row(makeList<QString>({}), "QList<QString> []");
-    row(makeList<QString>({"a", QString()}), "QList<QString> [\"a\", null]");
+    row(makeList<QString>({}), textListType + " []");
+    row(makeList<QString>({"a", QString()}), textListType + " [\"a\", null]");
     row(QVariant::fromValue(Configuration()), "{}");
     row(QVariant::fromValue(makeConfiguration({{"b", 1}})), "{\"b\": int 1}");
 }
@@ -185,6 +188,8 @@ void ConfigurationValuesTest::anAcceptedValueReplacesAnother()
     QVERIFY(!configuration.isEmpty());
     QVERIFY(configuration.containsKey("a"));
     QCOMPARE(configuration.get("a").userType(), value.userType());
+    QCOMPARE(configuration.get("a").isNull(),
+             stored == "int null" || (stored == "QString null" && !onQt6));
     QCOMPARE(describe(configuration), "{\"a\": " + stored + ", \"z\": int 7}");
     QCOMPARE(log.take(), QStringList());
 }
@@ -207,7 +212,8 @@ void ConfigurationValuesTest::aRefusedValueLeavesTheOldOne_data()
     row(makeList<QStringList>({{"a"}}));
     row(makeList<QList<int>>({{1}}));
     row(makeList<Configuration>({{}}));
-    row(QVariant::fromValue(QVector<int> {1}));
+    if (!onQt6)
+        row(QVariant::fromValue(QVector<int> {1}));
     row(QVariant::fromValue(std::vector<int> {1}));
     row(QVariant::fromValue(QProcess::Running));
     row(QVariant::fromValue<Configuration *>(nullptr));
@@ -390,9 +396,9 @@ void ConfigurationValuesTest::equalityFollowsTheEntries_data()
                                 << Map {{"b", true}, {"a", QStringList {"x", "y"}}} << true;
     QTest::newRow("a configuration, shared") << Map {{"a", shared}} << Map {{"a", shared}} << true;
     QTest::newRow("a configuration, built twice")
-        << Map {{"a", shared}} << Map {{"a", separate}} << false;
+        << Map {{"a", shared}} << Map {{"a", separate}} << onQt6;
     QTest::newRow("a list, built twice")
-        << Map {{"a", makeList<int>({1})}} << Map {{"a", makeList<int>({1})}} << false;
+        << Map {{"a", makeList<int>({1})}} << Map {{"a", makeList<int>({1})}} << onQt6;
 }
 
 void ConfigurationValuesTest::equalityFollowsTheEntries()

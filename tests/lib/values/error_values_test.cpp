@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
 #include "message_log.h"
+#include "qt_version.h"
 
 #include <QtDBus/QDBusError>
 #include <QtDBus/QDBusMessage>
@@ -13,6 +14,7 @@
 
 using namespace Tarnvel::Application::ManagedConfiguration;
 using Tarnvel::Testing::MessageLog;
+using Tarnvel::Testing::onQt6;
 
 namespace {
 
@@ -22,6 +24,7 @@ static_assert(std::is_convertible_v<Error::Code, Error>);
 static_assert(std::is_constructible_v<bool, Error>);
 static_assert(!std::is_convertible_v<Error, bool>);
 static_assert(Error::NoError == 0);
+static_assert(sizeof(Error) == (onQt6 ? 4 : 2) * sizeof(void *));
 
 struct NamedCode
 {

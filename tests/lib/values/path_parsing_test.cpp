@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
 #include "message_log.h"
+#include "qt_version.h"
 
 #include <QtCore/QDebug>
 #include <QtTest/QTest>
@@ -15,6 +16,7 @@
 
 using namespace Tarnvel::Application::ManagedConfiguration;
 using Tarnvel::Testing::MessageLog;
+using Tarnvel::Testing::onQt6;
 
 namespace {
 
@@ -27,6 +29,9 @@ static_assert(!std::is_invocable_v<std::equal_to<>, const XpathAccess &, const X
 static_assert(std::is_reference_v<decltype(std::declval<XpathAccess>().toKey())>);
 static_assert(std::is_reference_v<decltype(std::declval<Xpath>().toString())>);
 static_assert(std::is_reference_v<decltype(std::declval<Xpath>().accesses())>);
+
+static_assert(sizeof(Xpath) == (onQt6 ? 6 : 2) * sizeof(void *));
+static_assert(sizeof(XpathAccess) == 8 + (onQt6 ? 3 : 1) * sizeof(void *));
 
 const char indexFormat[] = "The xpath part has an invalid index format: ";
 const char leadingBracket[] = "The xpath part cannot have the ‘[’ character at the beginning: ";
