@@ -114,7 +114,8 @@ QVariant parseVariantData(QVariant value)
     }
 }
 
-// Qt D-Bus does not support QList<QString>; sending one terminates the process.
+// Qt D-Bus of Qt 5 does not support QList<QString>; sending one terminates the process. In Qt 6, it
+// is the same type as QStringList.
 QDBusVariant sendable(const QVariant &value)
 {
     if (value.userType() == qMetaTypeId<QList<QString>>())

@@ -130,12 +130,13 @@ public:
     /*!
      * \brief Returns true if this configuration and \a other have the same keys and equal values.
      *
-     * Values are compared as QVariant does. Therefore lists other than \c QStringList are equal if
-     * they are copies of one another, and may compare as different if they were created separately,
-     * even with equal contents. Nested configurations are equal only if their \e QVariants are
-     * copies of one another: if one is read with fromVariant() and written back unchanged, the
-     * configuration compares as different. To compare contents, compare the nested configurations
-     * themselves, and lists as QList.
+     * Values are compared as QVariant does. With Qt 6, lists and nested configurations are equal if
+     * their contents are. With Qt 5, lists other than \c QStringList are equal if they are copies
+     * of one another, and may compare as different if they were created separately, even with equal
+     * contents. Nested configurations are then equal only if their \e QVariants are copies of one
+     * another: if one is read with fromVariant() and written back unchanged, the configuration
+     * compares as different. To compare contents, compare the nested configurations themselves, and
+     * lists as QList.
      */
     bool operator==(const Configuration &other) const;
 

@@ -129,8 +129,8 @@ Q_SIGNALS:
      * Emitted once for each announcement, even if nothing differs. If the configuration cannot be
      * read after the announcement, \a configuration is empty.
      *
-     * QSignalSpy, and connections made with SIGNAL(), look up the type of the parameter by its
-     * short name. To use them, first call \c qRegisterMetaType<Configuration>("Configuration").
+     * With Qt 5, QSignalSpy and connections made with SIGNAL() look up the type of the parameter by
+     * its short name. To use them, first call \c qRegisterMetaType<Configuration>("Configuration").
      */
     void configurationChanged(const Configuration &configuration);
 

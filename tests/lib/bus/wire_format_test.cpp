@@ -172,7 +172,7 @@ void WireFormatTest::aConfigurationIsSentInOrderOfItsKeys_data()
     row({{"none", makeList<int>({})}}, "{'none': <@ai []>}");
     row({{"none", makeList<bool>({})}}, "{'none': <@ab []>}");
     row({{"none", QStringList()}}, "{'none': <@as []>}");
-    // Qt D-Bus does not support QList<QString>: it is sent as a QStringList.
+    // Qt D-Bus of Qt 5 does not support QList<QString>: it is sent as a QStringList.
     row({{"unknown", makeList<QString>({})}}, "{'unknown': <@as []>}");
     row({{"unknown", makeList<QString>({"b", ""})}}, "{'unknown': <['b', '']>}");
     row({{"nested", makeNested({{"unknown", makeList<QString>({"b"})}, {"z", 1}})}},
