@@ -13,16 +13,21 @@ namespace Tarnvel::Testing {
 namespace {
 
 QBasicMutex mutex;
-Q_GLOBAL_STATIC(QStringList, messages)
+
+QStringList &messages()
+{
+    static QStringList texts;
+    return texts;
+}
 
 void collect(QtMsgType type, const QMessageLogContext &context, const QString &text)
 {
     const bool isPlainWarning = type == QtWarningMsg && qstrcmp(context.category, "default") == 0;
     const QMutexLocker locker(&mutex);
-    messages->append(isPlainWarning ? text
-                                    : QStringLiteral("level %1, category %2: %3")
-                                          .arg(type)
-                                          .arg(QLatin1String(context.category), text));
+    messages().append(isPlainWarning ? text
+                                     : QStringLiteral("level %1, category %2: %3")
+                                           .arg(type)
+                                           .arg(QLatin1String(context.category), text));
 }
 
 } // namespace
@@ -40,7 +45,7 @@ MessageLog::~MessageLog()
 QStringList MessageLog::take()
 {
     const QMutexLocker locker(&mutex);
-    return std::exchange(*messages, {});
+    return std::exchange(messages(), {});
 }
 
 } // namespace Tarnvel::Testing

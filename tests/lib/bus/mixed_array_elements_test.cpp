@@ -17,7 +17,11 @@ using namespace Tarnvel::Testing;
 namespace {
 
 /*! What Qt D-Bus returns instead of the elements that it has read. */
-Q_GLOBAL_STATIC(QVariantList, replacements)
+QVariantList &replacements()
+{
+    static QVariantList elements;
+    return elements;
+}
 
 } // namespace
 
@@ -31,7 +35,7 @@ QVariant QDBusArgument::asVariant() const
         dlsym(RTLD_NEXT, "_ZNK13QDBusArgument9asVariantEv"));
     const QVariant element = original(this);
     const bool isElement = element.userType() == QMetaType::Int;
-    return isElement && !replacements->isEmpty() ? replacements->takeFirst() : element;
+    return isElement && !replacements().isEmpty() ? replacements().takeFirst() : element;
 }
 
 class MixedArrayElementsTest : public BusTest
@@ -91,12 +95,12 @@ void MixedArrayElementsTest::theFirstElementDecidesTheKindOfTheList()
     const QString original = QStringList(QVector<QString>(elements.count(), "0").toList())
                                  .join(QLatin1Char(','));
     m_service.replyWith(QStringLiteral("({'key': <[%1]>},)").arg(original));
-    *replacements = elements;
+    replacements() = elements;
     MessageLog log;
     QCOMPARE(awaitRead(m_manager), stored);
     QCOMPARE(log.take(), warnings);
     // Behind a first element that makes no list, nothing is read.
-    QCOMPARE(replacements->isEmpty(), stored != "{}");
+    QCOMPARE(replacements().isEmpty(), stored != "{}");
 }
 
 TARNVEL_BUS_TEST_MAIN(MixedArrayElementsTest)
