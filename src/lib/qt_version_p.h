@@ -4,6 +4,7 @@
 #pragma once
 
 #include <QtCore/QMetaType>
+#include <QtCore/QString>
 #include <QtCore/QVariant>
 
 // What differs between Qt 5 and Qt 6.
@@ -19,6 +20,12 @@ inline const char *typeName(const QVariant &value)
 {
     return QVariant::typeToName(value.type());
 }
+
+/*! \brief The decimal number \a text, which may have a sign, and white space around it. */
+inline int toInt(const QString &text, bool *isNumber)
+{
+    return text.toInt(isNumber, 10);
+}
 #else
 using QtType = QMetaType;
 
@@ -27,6 +34,15 @@ inline const char *typeName(const QVariant &value)
     // Qt 6 has no shared name. In Qt 5 it is this one, unless the application registers a type
     // before it connects to the bus.
     return value.typeId() < QMetaType::User ? value.typeName() : "QDBusMessage";
+}
+
+inline int toInt(const QString &text, bool *isNumber)
+{
+    // Qt 6 itself takes no white space and no minus sign beyond ASCII, and ends the number at a
+    // NUL.
+    QString number = text.trimmed();
+    number.replace(QChar(0x2212), QLatin1Char('-')).replace(QChar(0), QLatin1Char('x'));
+    return number.toInt(isNumber, 10);
 }
 #endif
 

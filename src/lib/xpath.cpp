@@ -1,9 +1,10 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include <Tarnvel/ManagedConfiguration/xpath.h>
+#include "qt_version_p.h"
 
 #include <QtCore/QDebug>
+#include <Tarnvel/ManagedConfiguration/xpath.h>
 
 #include <algorithm>
 
@@ -44,7 +45,7 @@ bool appendIndexedPart(const QString &part, const QString &xpath, QList<XpathAcc
     const QString key = part.mid(0, open);
     const QString indexText = part.mid(open + 1, close - open - 1);
     bool isNumber = false;
-    const int index = indexText.toInt(&isNumber, 10);
+    const int index = toInt(indexText, &isNumber);
     if (!isNumber || index < 0) {
         warn("The xpath part contains an invalid index: ", indexText, xpath);
         return false;

@@ -5,6 +5,7 @@
 #include "description.h"
 #include "generated_dictionary.h"
 #include "message_log.h"
+#include "qt_version.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QTemporaryDir>
@@ -125,12 +126,11 @@ QVariant storedFor(GVariant *value, QStringList &warnings)
         return QVariant::fromValue(listFrom<int>(value, g_variant_get_int32));
     if (signature == "ab")
         return QVariant::fromValue(listFrom<bool>(value, g_variant_get_boolean));
-    static const QMap<QByteArray, const char *> elementTypeNames {
+    static const QMap<QByteArray, QString> elementTypeNames {
         {"n", "short"},      {"q", "ushort"}, {"u", "uint"},         {"x", "qlonglong"},
         {"t", "qulonglong"}, {"d", "double"}, {"as", "QStringList"}, {"ay", "QByteArray"}};
-    const char *const name = elementTypeNames.value(signature.mid(1),
-                                                    QVariant::typeToName(QVariant::UserType));
-    warnings.append(QLatin1String("Unsupported type for arrays:  ") + QLatin1String(name));
+    const QString name = elementTypeNames.value(signature.mid(1), sharedTypeName());
+    warnings.append(QLatin1String("Unsupported type for arrays:  ") + name);
     return {};
 }
 

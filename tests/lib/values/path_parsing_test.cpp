@@ -139,6 +139,8 @@ void PathParsingTest::aTextGivesItsStepsOrOneWarning_data()
     // An index is what QString::toInt() takes for a decimal number.
     addPathRow("a[-0]", {"key:a", "index:0"});
     addPathRow("a[+1]", {"key:a", "index:1"});
+    addPathRow("a[\u00A0 \u30001\u2007]", {"key:a", "index:1"});
+    addPathRow("a[\u22120]", {"key:a", "index:0"});
     addPathRow("a[\t1\n]", {"key:a", "index:1"});
     addPathRow("a[010]", {"key:a", "index:10"});
     addPathRow("a[00000000002147483647]", {"key:a", "index:2147483647"});
@@ -157,6 +159,8 @@ void PathParsingTest::aTextGivesItsStepsOrOneWarning_data()
     addFaultRow("x]", invalidIndex, "x");
     addFaultRow("-1]", invalidIndex, "-1");
     addFaultRow("a[b[1]", invalidIndex, "b[1");
+    const QString withNul = QString("1") + QChar(0) + '2';
+    addFaultRow("a[" + withNul + ']', invalidIndex, withNul);
     for (const char *index :
          {"", "-1", "-2147483648", "2147483648", "4294967296", "999999999999", "x", "1.5", "0x1",
           "1e3", "1,000", "- 1", "\u0661", "日😀", "\"", "\\", "\n"})
