@@ -9,8 +9,10 @@ foreach(property IN ITEMS COMPILE_DEFINITIONS COMPILE_OPTIONS INCLUDE_DIRECTORIE
         message(FATAL_ERROR "the library sets the directory's ${property}: ${value}")
     endif()
 endforeach()
+# Qt 6 sets this one too.
+list(FILTER CMAKE_MODULE_PATH EXCLUDE REGEX /cmake/Qt6)
 foreach(variable IN ITEMS CMAKE_AUTOMOC CMAKE_MODULE_PATH CMAKE_CXX_VISIBILITY_PRESET)
-    if(DEFINED ${variable})
+    if(NOT "${${variable}}" STREQUAL "")
         message(FATAL_ERROR "the library sets ${variable}: ${${variable}}")
     endif()
 endforeach()
