@@ -191,6 +191,14 @@ void dropReply(QDBusPendingCallWatcher *watcher)
     static_cast<QDBusPendingCall &>(*watcher) = QDBusPendingCall::fromCompletedCall(QDBusMessage());
 }
 
+QDBusConnection systemBus()
+{
+    // Statics are destroyed in reverse order. So Qt 6 must create its registry of types before Qt
+    // D-Bus creates its thread, which otherwise uses the registry too late, and warns.
+    qRegisterMetaType<QDBusMessage>();
+    return QDBusConnection::systemBus();
+}
+
 // Returns a null string if Qt D-Bus cannot read keys of this type as strings.
 QString keyText(const QVariant &key)
 {
@@ -252,7 +260,7 @@ const QDBusArgument &operator>>(const QDBusArgument &argument, Configuration &co
 
 ConfigurationManagerPrivate::ConfigurationManagerPrivate(ConfigurationManager *manager)
     : QDBusAbstractInterface(QLatin1String(serviceName), getDBusApplicationPath(), interfaceName,
-                             QDBusConnection::systemBus(), nullptr),
+                             systemBus(), nullptr),
       m_manager(manager)
 {
     if (!isConfigurationRegistered) {
