@@ -19,7 +19,7 @@ int countEntries(const QVariantMap &map)
 {
     int count = map.size();
     for (const QVariant &value : map) {
-        if (value.type() == QVariant::Map)
+        if (value.userType() == QMetaType::QVariantMap)
             count += countEntries(value.toMap());
     }
     return count;

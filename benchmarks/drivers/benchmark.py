@@ -169,6 +169,17 @@ def fit_table(results):
     return table(["time of", "growth", "error of the fit"], rows)
 
 
+def qt_table():
+    """The budgets for Qt 5 beside those for Qt 6."""
+    stored = json.loads(Path("benchmarks/drivers/budgets.json").read_text())
+    rows = []
+    for name, number in stored["budgets"].items():
+        other = stored["budgets for Qt 6"][name]
+        if name.startswith(("instructions.", "allocations.")):
+            rows.append([name, f"{number:,.0f}", f"{other:,.0f}", f"{other / number:.2f}"])
+    return table(["budget", "Qt 5", "Qt 6", "ratio"], rows)
+
+
 def write(tables):
     text = PAGE.read_text()
     for name, content in tables.items():
@@ -191,6 +202,7 @@ def main():
             "growth": growth_table(instructions),
             "lookup": lookup_table(instructions, resources),
             "shares": share_table(instructions),
+            "qts": qt_table(),
             "requests": request_table(resources),
             "memory": memory_table(resources),
             "round trips": round_trip_table(results),

@@ -19,10 +19,11 @@ def has_budget(name):
     return not any(part in name for part in REFERENCES)
 
 
-def measure():
+def measure(build):
     """The costs that have budgets, and all instructions by shared object."""
-    instructions = counts.instructions()
-    measured = {name: number for name, number in counts.resources().items() if has_budget(name)}
+    instructions = counts.instructions(build)
+    resources = counts.resources(build)
+    measured = {name: number for name, number in resources.items() if has_budget(name)}
     for name, cost in instructions.items():
         if has_budget(name):
             # How much the C library spends on a block depends on the layout of the heap. The
@@ -41,7 +42,7 @@ def exceeded_budgets(budgets, measured):
             yield f"{name}: {measured[name]:.10g}, {excess:.1%} over {budgets[name]:.10g}"
 
 
-def exceeded_ratios(ratios, instructions):
+def exceeded_ratios(ratios, limit, instructions):
     """One line for each ratio of two costs that is over its limit."""
     for entry in ratios:
         left_out = entry.get("without")
@@ -50,21 +51,28 @@ def exceeded_ratios(ratios, instructions):
             for key in ("of", "to")
         )
         ratio = of / to
-        if ratio > entry["at most"]:
-            yield f"{entry['of']} is {ratio:.3f} times {entry['to']}, over {entry['at most']}"
+        at_most = entry.get(limit, entry["at most"])
+        if ratio > at_most:
+            yield f"{entry['of']} is {ratio:.3f} times {entry['to']}, over {at_most}"
 
 
 def main():
-    if sys.argv[1:] not in ([], ["--update"]):
-        sys.exit("usage: scripts/budgets [--update]")
+    options = sys.argv[1:]
+    budgets, limit, build = "budgets", "at most", counts.BUILD
+    if options[:1] == ["--qt6"]:
+        budgets, limit = "budgets for Qt 6", "at most for Qt 6"
+        build = counts.BUILD_FOR_QT6
+        options.pop(0)
+    if options not in ([], ["--update"]):
+        sys.exit("usage: scripts/budgets [--qt6] [--update]")
     stored = json.loads(FILE.read_text())
-    measured, instructions = measure()
-    if sys.argv[1:]:
-        stored["budgets"] = {name: round(number, 1) for name, number in sorted(measured.items())}
+    measured, instructions = measure(build)
+    if options:
+        stored[budgets] = {name: round(number, 1) for name, number in sorted(measured.items())}
         FILE.write_text(json.dumps(stored, indent=4) + "\n")
-    problems = list(exceeded_budgets(stored["budgets"], measured))
-    problems += exceeded_ratios(stored["ratios"], instructions)
-    print("\n".join(problems) or f"{len(stored['budgets'])} budgets met")
+    problems = list(exceeded_budgets(stored[budgets], measured))
+    problems += exceeded_ratios(stored["ratios"], limit, instructions)
+    print("\n".join(problems) or f"{len(stored[budgets])} budgets met")
     sys.exit(1 if problems else 0)
 
 

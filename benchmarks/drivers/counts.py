@@ -12,17 +12,18 @@ from collections import Counter
 from pathlib import Path
 
 BUILD = Path("build/benchmark/benchmarks")
+BUILD_FOR_QT6 = Path("build/benchmark-qt6/benchmarks")
 DESCRIPTION = re.compile(r"^desc: Trigger: Client Request: (\S+)/(\d+)$", re.MULTILINE)
 OBJECT = re.compile(r"(c?)ob=\((\d+)\)(?: (.*))?$")
 COST = re.compile(r"[\d+*-]\S* (\d+)$")
 
 
-def resources(runs=5):
+def resources(build=BUILD, runs=5):
     """The allocations, messages and bytes, by name: the median of some runs."""
     numbers = {}
     for _ in range(runs):
         output = subprocess.run(
-            [BUILD / "count_resources"], check=True, stdout=subprocess.PIPE, text=True
+            [build / "count_resources"], check=True, stdout=subprocess.PIPE, text=True
         ).stdout
         for line in output.splitlines():
             name, number = line.split()
@@ -50,14 +51,14 @@ def read_dump(text):
     return cost
 
 
-def instructions():
+def instructions(build=BUILD):
     """The instructions of each action, by name: a Counter over the shared objects."""
     counts = {}
     # The same hash seeds and the same binding of symbols in every run.
     environment = dict(os.environ, LD_BIND_NOW="1", QT_HASH_SEED="0")
     with tempfile.TemporaryDirectory() as directory:
         command = ["valgrind", "--quiet", "--tool=callgrind", "--instr-atstart=no"]
-        command += [f"--callgrind-out-file={directory}/out", BUILD / "count_instructions"]
+        command += [f"--callgrind-out-file={directory}/out", build / "count_instructions"]
         subprocess.run(command, check=True, env=environment)
         for dump in Path(directory).iterdir():
             text = dump.read_text()
