@@ -114,14 +114,20 @@ QVariant parseVariantData(QVariant value)
     }
 }
 
-// Qt D-Bus of Qt 5 does not support QList<QString>; sending one terminates the process. In Qt 6, it
-// is the same type as QStringList.
+#if QT_VERSION < QT_VERSION_CHECK(6, 0, 0)
+// Qt D-Bus does not support QList<QString>; sending one terminates the process.
 QDBusVariant sendable(const QVariant &value)
 {
     if (value.userType() == qMetaTypeId<QList<QString>>())
         return QDBusVariant(QStringList(value.value<QList<QString>>()));
     return QDBusVariant(value);
 }
+#else
+QDBusVariant sendable(const QVariant &value)
+{
+    return QDBusVariant(value);
+}
+#endif
 
 // A bus disconnects a sender of more nested containers. The deepest level uses up the last one, so
 // its values must not be containers.
@@ -264,8 +270,6 @@ ConfigurationManagerPrivate::ConfigurationManagerPrivate(ConfigurationManager *m
       m_manager(manager)
 {
     if (!isConfigurationRegistered) {
-        qRegisterMetaType<Configuration>(
-            "Tarnvel::Application::ManagedConfiguration::Configuration");
         qDBusRegisterMetaType<Configuration>();
         isConfigurationRegistered = true;
     }
