@@ -77,6 +77,24 @@ private Q_SLOTS:
         QCOMPARE(text.count("\033[0m\n"), text.count("\033[") / 2);
     }
 
+    // One of each kind: they control a terminal, end a line, or change the order of the text.
+    void controlCharactersAreEscapedInEveryLine()
+    {
+        m_service.replyWith(
+            R"(({'k\u202e': <'\u001b\u007f\u009b\u2028\u2029\u061c\u200f\u2066'>},))");
+        const QString key = R"("k\u202e")";
+        const QString value = R"("\u001b\u007f\u009b\u2028\u2029\u061c\u200f\u2066")";
+        QCOMPARE(runInShell("$client get").output, QString("{\n    %1: %2\n}\n").arg(key, value));
+        QCOMPARE(runInShell("$client watch | head -n 1").output, key + " = " + value + "\n");
+        QCOMPARE(
+            runInShell(R"($client --application $'\n\u0085' check)").output.section('\n', 2, 2),
+            R"(identity: organization "acme.labs", application "\u000a\u0085")");
+        const QString error = runInShell(R"($client get $'k\u202e\t/x' 2>&1)").output;
+        QVERIFY2(error.contains(R"(no key "k\u202e\t")"), qPrintable(error));
+        const QString word = runInShell(R"($client $'\u2029\r' 2>&1)").output;
+        QVERIFY2(word.contains(R"(no command "\u2029\u000d")"), qPrintable(word));
+    }
+
 private:
     Outcome runInShell(const QString &script)
     {

@@ -314,7 +314,8 @@ void SandboxFaultsTest::anEventIsOneLineOfText()
                                      R"( "error": "a.b", "message": "one\ntwo\u001b[31m\u2028"})"),
                   {"get"}));
     QCOMPARE(finish(), 0);
-    const QString text = QString::fromUtf8("refused, a.b: one�two�[31m� (fault error)");
+    const QString text = QStringLiteral(
+        R"(refused, a.b: one\u000atwo\u001b[31m\u2028 (fault error))");
     QCOMPARE(m_events, QStringList(get + text));
 }
 

@@ -11,8 +11,13 @@ namespace Tarnvel::Client {
 
 void print(const QString &line, Tools::Style style)
 {
+    printText(Tools::shownOnOneLine(line), style);
+}
+
+void printText(const QString &text, Tools::Style style)
+{
     errno = 0;
-    Tools::printLine(stdout, line, style);
+    Tools::printLine(stdout, text, style);
     if (!std::ferror(stdout))
         return;
     if (errno == EPIPE)

@@ -11,12 +11,15 @@
 namespace Tarnvel::Client {
 
 /*!
- * \brief Writes \a line, a result, to standard output at once.
+ * \brief Writes \a line, a result, to standard output at once, with control characters escaped.
  *
  * Ends the process if that fails: without a message and with success if the reader has closed the
  * pipe, as "head" does, otherwise with a message.
  */
 void print(const QString &line, Tools::Style style = Tools::Style::Plain);
+
+/*! \brief The same for \a text, one or more lines, as it is. */
+void printText(const QString &text, Tools::Style style = Tools::Style::Plain);
 
 /*! \brief Writes \a text, a message of the program, to standard error. */
 void printNote(const QString &text, Tools::Style style = Tools::Style::Aside);

@@ -33,16 +33,26 @@ bool showsColors(std::FILE *stream)
         && qEnvironmentVariableIsEmpty("NO_COLOR");
 }
 
+// What could end a line, control a terminal, or change the order of the text around it.
+bool breaksLines(QChar character)
+{
+    static const QString bidirectionalControls = QStringLiteral(
+        "\u061c\u200e\u200f\u202a\u202b\u202c\u202d\u202e\u2066\u2067\u2068\u2069");
+    const QChar::Category category = character.category();
+    return category == QChar::Other_Control || category == QChar::Separator_Line
+        || category == QChar::Separator_Paragraph || bidirectionalControls.contains(character);
+}
+
 } // namespace
 
 QString shownOnOneLine(const QString &text)
 {
-    QString shown = text;
-    for (QChar &character : shown) {
-        const QChar::Category category = character.category();
-        if (category == QChar::Other_Control || category == QChar::Other_Format
-            || category == QChar::Separator_Line || category == QChar::Separator_Paragraph)
-            character = QChar::ReplacementCharacter;
+    QString shown;
+    for (const QChar character : text) {
+        if (breaksLines(character))
+            shown += QStringLiteral("\\u%1").arg(character.unicode(), 4, 16, QLatin1Char('0'));
+        else
+            shown += character;
     }
     return shown;
 }

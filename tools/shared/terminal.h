@@ -24,9 +24,9 @@ enum class Style {
 };
 
 /*!
- * \brief \a text without characters that could end the line or control a terminal.
+ * \brief \a text with its control characters, line separators and bidirectional controls escaped.
  *
- * Each is replaced by the Unicode replacement character.
+ * They are escaped as in JSON, such as "\\u001b": JSON text keeps its meaning.
  */
 QString shownOnOneLine(const QString &text);
 

@@ -19,9 +19,9 @@ namespace {
 void printValue(const QVariant &value, bool showsTypes)
 {
     if (!showsTypes)
-        print(indentedText(toJson(value)));
+        printText(indentedText(toJson(value)));
     else if (typeOf(value) == ValueType::Configuration)
-        print(indentedText(toJsonOfTypes(value)));
+        printText(indentedText(toJsonOfTypes(value)));
     else
         print(typeName(typeOf(value)));
 }

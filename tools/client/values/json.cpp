@@ -4,11 +4,13 @@
 #include "json.h"
 
 #include "configuration_p.h"
+#include "terminal.h"
 #include "usage_failure.h"
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
+#include <QtCore/QStringList>
 
 namespace Tarnvel::Client {
 
@@ -129,7 +131,7 @@ QString compactText(const QJsonValue &value)
 {
     // A document is an object or a list: any other value has to be an item.
     const QByteArray list = QJsonDocument(QJsonArray {value}).toJson(QJsonDocument::Compact);
-    return QString::fromUtf8(list.mid(1, list.size() - 2));
+    return Tools::shownOnOneLine(QString::fromUtf8(list.mid(1, list.size() - 2)));
 }
 
 QString indentedText(const QJsonValue &value)
@@ -138,7 +140,10 @@ QString indentedText(const QJsonValue &value)
         return compactText(value);
     const QJsonDocument document = value.isObject() ? QJsonDocument(value.toObject())
                                                     : QJsonDocument(value.toArray());
-    return QString::fromUtf8(document.toJson().trimmed());
+    QStringList lines = QString::fromUtf8(document.toJson().trimmed()).split(QLatin1Char('\n'));
+    for (QString &line : lines)
+        line = Tools::shownOnOneLine(line);
+    return lines.join(QLatin1Char('\n'));
 }
 
 Failure parseValue(ValueType type, const QString &text, QVariant *value)
