@@ -34,6 +34,24 @@ private Q_SLOTS:
         QCOMPARE(m_watch->readLine(), "removed: \"\" (was 3)");
     }
 
+    void unseenSettingsAreToldOnce()
+    {
+        start("({'l': <[0.5]>, 'm': <[int64 1]>, 'z': <0>},)");
+        QCOMPARE(m_watch->readLine(), "z = 0");
+        announce("({'l': <[0.5]>, 'm': <[int64 1]>, 'z': <1>},)");
+        QCOMPARE(m_watch->readLine(), "changed: z = 1 (was 0)");
+        m_service.stop();
+        QCOMPARE(m_watch->readErrorLine(),
+                 "managed-configuration: Unsupported type for arrays:  double");
+        QCOMPARE(m_watch->readErrorLine(),
+                 "managed-configuration: Unsupported type for arrays:  qlonglong");
+        QCOMPARE(m_watch->readErrorLine(),
+                 "managed-configuration: applications do not see l of D-Bus type ad, m of D-Bus "
+                 "type ax");
+        QCOMPARE(m_watch->readErrorLine(),
+                 "managed-configuration: the service has gone; waiting for it to return");
+    }
+
     void refusalAtTheStartEndsIt()
     {
         m_service.replyWithError("org.brenvik.ManagedConfiguration.Error.InvalidUserId", "who?");

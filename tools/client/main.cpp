@@ -8,6 +8,7 @@
 #include "usage_failure.h"
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QSet>
 
 #include <csignal>
 #include <cstdlib>
@@ -25,9 +26,13 @@ struct Command
 
 constexpr Command commands[] = {{"get", get}, {"set", set}, {"watch", watch}, {"check", check}};
 
-void printMessage(QtMsgType, const QMessageLogContext &, const QString &message)
+// The library repeats its warnings each time it reads the same configuration.
+void printMessageOnce(QtMsgType, const QMessageLogContext &, const QString &message)
 {
-    printNote(message);
+    static QSet<QString> printed;
+    if (!printed.contains(message))
+        printNote(message);
+    printed.insert(message);
 }
 
 Failure run(const CommandLine &commandLine)
@@ -51,7 +56,7 @@ int main(int argc, char *argv[])
     Tarnvel::Tools::reserveStandardStreams();
     // A broken pipe must fail the write, not kill us.
     std::signal(SIGPIPE, SIG_IGN);
-    qInstallMessageHandler(printMessage);
+    qInstallMessageHandler(printMessageOnce);
     QCoreApplication application(argc, argv);
     QCoreApplication::setApplicationName(QStringLiteral("managed-configuration"));
     QCoreApplication::setApplicationVersion(QStringLiteral(CLIENT_VERSION));

@@ -34,6 +34,12 @@ void printNote(const QString &text, Tools::Style style)
         stderr, QStringLiteral("managed-configuration: ") + Tools::shownOnOneLine(text), style);
 }
 
+void printUnseenSettings(const UnseenSettings &settings)
+{
+    if (!settings.isEmpty())
+        printNote(QStringLiteral("applications do not see ") + unseenSettingsText(settings));
+}
+
 void report(const Tools::Failure &failure)
 {
     if (failure.message.isEmpty())

@@ -5,6 +5,7 @@
 
 #include "failure.h"
 #include "terminal.h"
+#include "values/unseen_settings.h"
 
 #include <QtCore/QString>
 
@@ -23,6 +24,9 @@ void printText(const QString &text, Tools::Style style = Tools::Style::Plain);
 
 /*! \brief Writes \a text, a message of the program, to standard error. */
 void printNote(const QString &text, Tools::Style style = Tools::Style::Aside);
+
+/*! \brief Writes which \a settings there are to standard error, if there are any. */
+void printUnseenSettings(const UnseenSettings &settings);
 
 /*! \brief Writes what \a failure says to standard error, if it says something. */
 void report(const Tools::Failure &failure);

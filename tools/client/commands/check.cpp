@@ -11,7 +11,6 @@
 
 namespace Tarnvel::Client {
 
-using Application::ManagedConfiguration::Configuration;
 using Tools::Failure;
 using Tools::Style;
 
@@ -68,10 +67,10 @@ Failure checkIdentity(const CommandLine &commandLine)
 
 Failure checkConfiguration(int timeoutMs)
 {
-    Configuration configuration;
-    const Failure failure = readConfiguration(timeoutMs, &configuration);
+    Reading reading;
+    const Failure failure = readConfiguration(timeoutMs, &reading);
     printResult("configuration", failure,
-                QStringLiteral("read, settings: %1").arg(leavesOf(configuration).size()));
+                QStringLiteral("read, settings: %1").arg(leavesOf(reading.configuration).size()));
     return failure;
 }
 

@@ -11,7 +11,6 @@
 
 namespace Tarnvel::Client {
 
-using Application::ManagedConfiguration::Configuration;
 using Tools::Failure;
 
 namespace {
@@ -39,11 +38,12 @@ Failure get(const CommandLine &commandLine)
     }
     if (const Failure failure = openBus(commandLine.timeoutMs))
         return failure;
-    Configuration configuration;
-    if (const Failure failure = readConfiguration(commandLine.timeoutMs, &configuration))
+    Reading reading;
+    if (const Failure failure = readConfiguration(commandLine.timeoutMs, &reading))
         return failure;
+    printUnseenSettings(unseenSettingsAt(pathText(steps, steps.size()), reading.unseen));
     QVariant value;
-    if (const Failure failure = findValue(configuration, steps, &value))
+    if (const Failure failure = findValue(reading.configuration, steps, &value))
         return failure;
     printValue(value, commandLine.showsTypes);
     return {};

@@ -25,11 +25,12 @@ Failure set(const CommandLine &commandLine)
     }
     if (const Failure failure = openBus(commandLine.timeoutMs))
         return failure;
-    Configuration configuration;
-    if (const Failure failure = readConfiguration(commandLine.timeoutMs, &configuration))
+    Reading reading;
+    if (const Failure failure = readConfiguration(commandLine.timeoutMs, &reading))
         return failure;
 
     // The service merges whole values of top-level keys.
+    Configuration &configuration = reading.configuration;
     Configuration change;
     for (const Assignment &assignment : qAsConst(assignments)) {
         if (const Failure failure = assign(assignment, &configuration))

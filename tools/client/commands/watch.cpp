@@ -77,10 +77,11 @@ Failure Watch::run()
     QObject::connect(&outputWatcher, &QSocketNotifier::activated, &m_loop,
                      [] { std::quick_exit(EX_OK); });
 
-    Configuration configuration;
-    if (const Failure failure = readConfiguration(m_timeoutMs, &configuration))
+    Reading reading;
+    if (const Failure failure = readConfiguration(m_timeoutMs, &reading))
         return failure;
-    m_shown = leavesOf(configuration);
+    printUnseenSettings(reading.unseen);
+    m_shown = leavesOf(reading.configuration);
     for (auto leaf = m_shown.cbegin(); leaf != m_shown.cend(); ++leaf)
         print(QStringLiteral("%1 = %2").arg(leaf.key(), leaf.value()));
 
@@ -113,13 +114,13 @@ void Watch::handle(const Event &event)
     if (event.kind == Event::ServiceReturned)
         printNote(QStringLiteral("the service has returned"));
 
-    Configuration configuration = event.configuration;
+    Reading reading {event.configuration, {}};
     // An announced configuration that is empty may be one that could not be read.
-    if (configuration.isEmpty()) {
-        if (const Failure failure = readConfiguration(m_timeoutMs, &configuration))
+    if (reading.configuration.isEmpty()) {
+        if (const Failure failure = readConfiguration(m_timeoutMs, &reading))
             return report(failure);
     }
-    show(configuration, event.kind == Event::ChangeAnnounced);
+    show(reading.configuration, event.kind == Event::ChangeAnnounced);
 }
 
 void Watch::show(const Configuration &configuration, bool isAnnounced)

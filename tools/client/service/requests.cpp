@@ -4,11 +4,18 @@
 #include "requests.h"
 
 #include "bus.h"
+#include "configuration_manager_p.h"
 #include "endpoint.h"
 
+#include <QtCore/QCoreApplication>
 #include <QtCore/QEventLoop>
 #include <QtCore/QPointer>
 #include <QtCore/QTimer>
+#include <QtDBus/QDBusConnection>
+#include <QtDBus/QDBusMessage>
+#include <QtDBus/QDBusMetaType>
+#include <QtDBus/QDBusPendingCallWatcher>
+#include <QtDBus/QDBusPendingReply>
 #include <Tarnvel/ManagedConfiguration/configuration_manager.h>
 #include <Tarnvel/ManagedConfiguration/error.h>
 
@@ -23,7 +30,7 @@ using Tools::Failure;
 
 namespace {
 
-using Callback = std::function<void(const Configuration &, const Error &)>;
+using Callback = std::function<void(const Error &)>;
 
 const char *hintFor(Error::Code code)
 {
@@ -76,22 +83,20 @@ Failure failureOf(const Error &error, int timeoutMs)
     return state == ServiceState::Absent ? absentServiceFailure() : refusal(error);
 }
 
-Failure await(int timeoutMs, Configuration *configuration,
-              const std::function<void(const Callback &)> &send)
+Failure await(int timeoutMs, const std::function<void(const Callback &)> &send)
 {
     std::optional<Error> reply;
     QEventLoop loop;
-    send([&reply, configuration, waiting = QPointer<QEventLoop>(&loop)](
-             const Configuration &received, const Error &error) {
+    send([&reply, waiting = QPointer<QEventLoop>(&loop)](const Error &error) {
         // The caller no longer waits for a late reply.
         if (!waiting)
             return;
-        *configuration = received;
         reply = error;
         waiting->quit();
     });
     QTimer::singleShot(timeoutMs, Qt::PreciseTimer, &loop, &QEventLoop::quit);
-    loop.exec();
+    if (!reply)
+        loop.exec();
     if (reply)
         return failureOf(*reply, timeoutMs);
     return {EX_UNAVAILABLE,
@@ -102,19 +107,40 @@ Failure await(int timeoutMs, Configuration *configuration,
 
 } // namespace
 
-Failure readConfiguration(int timeoutMs, Configuration *configuration)
+// Not through the manager: it leaves out what applications do not see.
+Failure readConfiguration(int timeoutMs, Reading *reading)
 {
-    return await(timeoutMs, configuration, [](const Callback &callback) {
-        ConfigurationManager::instance()->getConfiguration(callback);
+    const QString path = DBus::applicationPath(QCoreApplication::organizationName(),
+                                               QCoreApplication::applicationName());
+    const QDBusMessage call = QDBusMessage::createMethodCall(
+        QLatin1String(DBus::serviceName), path, QLatin1String(DBus::applicationInterface),
+        QLatin1String(DBus::getConfigurationMethod));
+    qDBusRegisterMetaType<Configuration>();
+    QDBusPendingCallWatcher watcher(QDBusConnection::systemBus().asyncCall(call));
+    const Failure failure = await(timeoutMs, [&watcher](const Callback &callback) {
+        const auto finish = [callback, &watcher] {
+            const QDBusPendingReply<Configuration> reply = watcher;
+            callback(reply.isError() ? errorFromDBus(reply.error())
+                                     : Error(Error::NoError, QString()));
+        };
+        QObject::connect(&watcher, &QDBusPendingCallWatcher::finished, &watcher, finish);
+        // Without a connection to the bus, the watcher never emits the signal.
+        if (watcher.isFinished())
+            finish();
     });
+    if (failure)
+        return failure;
+    const QDBusPendingReply<Configuration> reply = watcher;
+    reading->configuration = reply.value();
+    reading->unseen = findUnseenSettings(reply.argumentAt(0).value<QDBusArgument>(),
+                                         reading->configuration);
+    return {};
 }
 
 Failure changeConfiguration(int timeoutMs, const Configuration &change)
 {
-    Configuration ignored;
-    Failure failure = await(timeoutMs, &ignored, [&change](const Callback &callback) {
-        ConfigurationManager::instance()->changeConfiguration(
-            change, [callback](const Error &error) { callback({}, error); });
+    Failure failure = await(timeoutMs, [&change](const Callback &callback) {
+        ConfigurationManager::instance()->changeConfiguration(change, callback);
     });
     if (failure.status == EX_UNAVAILABLE)
         failure.message += QStringLiteral("; the change may have been made");

@@ -4,10 +4,19 @@
 #pragma once
 
 #include "failure.h"
+#include "values/unseen_settings.h"
 
 #include <Tarnvel/ManagedConfiguration/configuration.h>
 
 namespace Tarnvel::Client {
+
+/*! \brief What the service keeps for an application. */
+struct Reading
+{
+    /*! What the application sees. */
+    Application::ManagedConfiguration::Configuration configuration;
+    UnseenSettings unseen;
+};
 
 /*!
  * \name Requests
@@ -17,9 +26,8 @@ namespace Tarnvel::Client {
  */
 /*! @{ */
 
-/*! \brief Sets \a configuration to that of the application. */
-Tools::Failure readConfiguration(int timeoutMs,
-                                 Application::ManagedConfiguration::Configuration *configuration);
+/*! \brief Sets \a reading to what the service keeps for the application. */
+Tools::Failure readConfiguration(int timeoutMs, Reading *reading);
 
 /*! \brief Sends \a change. */
 Tools::Failure changeConfiguration(int timeoutMs,
