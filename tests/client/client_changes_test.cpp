@@ -6,7 +6,7 @@
 
 using namespace Tarnvel::Testing;
 
-// What applications do not see.
+// What a change would remove without a word.
 class ClientChangesTest : public BusTest
 {
     Q_OBJECT
@@ -61,12 +61,94 @@ private Q_SLOTS:
         QVERIFY2(told.isEmpty() || errors.endsWith("applications do not see " + told + "\n"),
                  qPrintable(errors));
         QCOMPARE(runClient({"get", "l"}).errors.contains("do not see"), false);
+        if (told.isEmpty())
+            return;
+
+        const Outcome outcome = runClient({"set", "k/new:int=1"});
+        QVERIFY2(outcome.errors.contains("the change would remove " + told + "\n"),
+                 qPrintable(outcome.errors));
+        QCOMPARE(outcome.status, 64);
+        QCOMPARE(changes(), QStringList());
+    }
+
+    void changeRemovesNothingUnnamed_data()
+    {
+        QTest::addColumn<QStringList>("arguments");
+        QTest::addColumn<QString>("refusal");
+        QTest::addColumn<QString>("change");
+
+        const QString all = "n/d of D-Bus type d (double), n/e of D-Bus type ai (an empty list), "
+                            "n/u of D-Bus type u (uint32)\n";
+        QTest::newRow("another value") << QStringList {"n/a=2"} << "the change would remove " + all
+                                       << "({'n': <{'a': <2>}>},)";
+        QTest::newRow("the whole value")
+            << QStringList {"n={}"} << "the change would remove " + all << "({'n': <@a{sv} {}>},)";
+        QTest::newRow("two of them") << QStringList {"n/d:int=1", "n/e:ints=[1]"}
+                                     << "the change would remove n/u of D-Bus type u (uint32)\n"
+                                     << "({'n': <{'a': <1>, 'd': <1>, 'e': <[1]>}>},)";
+        QTest::newRow("all of them")
+            << QStringList {"n/d:int=1", "n/e:ints=[1]", "n/u:int=7"} << QString()
+            << "({'n': <{'a': <1>, 'd': <1>, 'e': <[1]>, 'u': <7>}>},)";
+        QTest::newRow("below a typed value")
+            << QStringList {"n:configuration={\"a\":3}", "n/b:int=1"} << QString()
+            << "({'n': <{'a': <3>, 'b': <1>}>},)";
+        QTest::newRow("in a value of another type")
+            << QStringList {"x/a:int=1"} << "the change would remove x of D-Bus type x (int64)\n"
+            << "({'x': <{'a': <1>}>},)";
+        QTest::newRow("beside them")
+            << QStringList {"m/a=2"} << QString() << "({'m': <{'a': <2>}>},)";
+    }
+
+    void changeRemovesNothingUnnamed()
+    {
+        QFETCH(QStringList, arguments);
+        QFETCH(QString, refusal);
+        QFETCH(QString, change);
+        m_service.replyWith("({'m': <{'a': <1>}>, 'n': <@a{sv} {'a': <1>, 'd': <0.5>, "
+                            "'e': <@ai []>, 'u': <uint32 7>}>, 'nn': <0.5>, 'x': <int64 1>},)");
+        const Outcome outcome = runClient(QStringList("set") + arguments);
+        QCOMPARE(outcome.errors.section('\n', 0, 0) + '\n',
+                 refusal.isNull() ? "\n" : "managed-configuration: " + refusal);
+        QCOMPARE(outcome.status, refusal.isNull() ? 0 : 64);
+        QCOMPARE(changes(), refusal.isNull() ? QStringList(change) : QStringList());
+        QCOMPARE(runClient(QStringList {"set", "--force"} + arguments).errors, QString());
+        const QStringList sent = changes();
+        QCOMPARE(sent.last(), change);
+    }
+
+    void valueThatCannotBeWrittenIsNamedWithItsType()
+    {
+        m_service.replyWith("({'d': <1.5>, 'n': <{'l': <[0.5]>}>},)");
+        const QPair<const char *, const char *> rows[] {
+            {"d=1.5", "d has the D-Bus type d (double), which applications cannot write\n"},
+            {"n/l[0]=1.5", "n/l has the D-Bus type ad, which applications cannot write\n"},
+        };
+        for (const auto &[argument, message] : rows) {
+            const Outcome outcome = runClient({"set", "--force", argument});
+            QVERIFY2(outcome.errors.contains(message), qPrintable(outcome.errors));
+            QCOMPARE(outcome.status, 64);
+        }
+        QCOMPARE(changes(), QStringList());
+        runClient({"set", "d:int=1"});
+        QCOMPARE(changes(), QStringList("({'d': <1>},)"));
     }
 
 private:
     static Outcome runClient(const QStringList &arguments)
     {
         return Program("managed-configuration").run(clientArguments(arguments));
+    }
+
+    // The arguments of the changes that this test has asked for.
+    QStringList changes() const
+    {
+        QStringList arguments;
+        const auto calls = m_service.calls();
+        for (const FakeService::Call &call : calls) {
+            if (call.method == QLatin1String("ChangeConfiguration"))
+                arguments.append(call.arguments);
+        }
+        return arguments;
     }
 };
 

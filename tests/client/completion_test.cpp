@@ -51,6 +51,7 @@ private Q_SLOTS:
             {" w", "watch"},
             {" --", "--application --help --organization --timeout --version"},
             {" get --", "--application --help --organization --timeout --type --version"},
+            {" set --f", "--force"},
             {" --timeout ", ""},
             {" get ", "names theme two\\ words window window/deep window/deep/x window/width"},
             {" get window/w", "window/width"},

@@ -32,6 +32,41 @@ const char description[] =
     "wrong command line, 66 for a path without a value, 69 for no bus, no service or no\n"
     "reply, and 74 if the results cannot be written.";
 
+// An option of one command.
+struct CommandOption
+{
+    const char *command;
+    const char *name;
+    const char *description;
+    bool CommandLine::*flag;
+};
+
+constexpr CommandOption commandOptions[] = {
+    {"get", "type", "print types in place of values.", &CommandLine::showsTypes},
+    {"set", "force", "remove what applications do not see.", &CommandLine::isForced},
+};
+
+void addCommandOptions(QCommandLineParser *parser)
+{
+    for (const CommandOption &option : commandOptions)
+        parser->addOption(
+            {QLatin1String(option.name),
+             QStringLiteral("With %1: %2")
+                 .arg(QLatin1String(option.command), QLatin1String(option.description))});
+}
+
+Failure readCommandOptions(const QCommandLineParser &parser, CommandLine *commandLine)
+{
+    for (const CommandOption &option : commandOptions) {
+        commandLine->*option.flag = parser.isSet(QLatin1String(option.name));
+        if (commandLine->*option.flag && commandLine->command != QLatin1String(option.command))
+            return usageFailure(
+                QStringLiteral("--%1 is an option of %2 only")
+                    .arg(QLatin1String(option.name), QLatin1String(option.command)));
+    }
+    return {};
+}
+
 Failure decode(int count, const char *const *arguments, QStringList *decoded)
 {
     for (int index = 0; index < count; ++index) {
@@ -72,13 +107,13 @@ Failure parseCommandLine(int count, const char *const *arguments, CommandLine *c
     const QCommandLineOption timeout(
         QStringLiteral("timeout"), QStringLiteral("How long to wait for a reply, from 0.1 to 20."),
         QStringLiteral("SECONDS"), QStringLiteral("20"));
-    const QCommandLineOption type(QStringLiteral("type"),
-                                  QStringLiteral("With get: print types in place of values."));
     const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
                                   QStringLiteral("Show this help."));
     QCommandLineParser parser;
     parser.setApplicationDescription(QLatin1String(description));
-    parser.addOptions({organization, application, timeout, type, help});
+    parser.addOptions({organization, application, timeout});
+    addCommandOptions(&parser);
+    parser.addOption(help);
     const QCommandLineOption version = parser.addVersionOption();
     parser.addPositionalArgument(QStringLiteral("COMMAND"), QStringLiteral("What to do."),
                                  QStringLiteral("COMMAND [ARGUMENT...]"));
@@ -96,8 +131,12 @@ Failure parseCommandLine(int count, const char *const *arguments, CommandLine *c
     const QStringList positional = parser.positionalArguments();
     if (positional.isEmpty())
         return usageFailure(QStringLiteral("the command is missing"));
-    *commandLine = {parser.value(organization), parser.value(application), positional.first(),
-                    positional.mid(1),          parser.isSet(type),        0};
+    commandLine->organization = parser.value(organization);
+    commandLine->application = parser.value(application);
+    commandLine->command = positional.first();
+    commandLine->arguments = positional.mid(1);
+    if (const Failure failure = readCommandOptions(parser, commandLine))
+        return failure;
     return parseTimeout(parser.value(timeout), &commandLine->timeoutMs);
 }
 

@@ -21,6 +21,8 @@ struct CommandLine
     QStringList arguments;
     /*! True if types are asked for in place of values. */
     bool showsTypes = false;
+    /*! True if a change may remove what it does not name. */
+    bool isForced = false;
     /*! How long to wait for each reply. */
     int timeoutMs = 0;
 };

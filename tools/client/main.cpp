@@ -40,8 +40,6 @@ Failure run(const CommandLine &commandLine)
     for (const Command &command : commands) {
         if (commandLine.command != QLatin1String(command.name))
             continue;
-        if (commandLine.showsTypes && command.run != get)
-            return usageFailure(QStringLiteral("--type is an option of get only"));
         const Failure failure = validateIdentity(commandLine);
         // The check itself says what is wrong with the identity.
         return failure && command.run != check ? failure : command.run(commandLine);

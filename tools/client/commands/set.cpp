@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
 #include "commands.h"
+#include "configuration_p.h"
 #include "service/bus.h"
 #include "service/requests.h"
 #include "usage_failure.h"
@@ -10,33 +11,99 @@
 namespace Tarnvel::Client {
 
 using Application::ManagedConfiguration::Configuration;
+using Application::ManagedConfiguration::ConfigurationPrivate;
 using Tools::Failure;
 
-Failure set(const CommandLine &commandLine)
+namespace {
+
+Failure parseAssignments(const QStringList &arguments, QList<Assignment> *assignments)
 {
-    if (commandLine.arguments.isEmpty())
+    if (arguments.isEmpty())
         return usageFailure(QStringLiteral("set needs at least one PATH=VALUE"));
-    QList<Assignment> assignments;
-    for (const QString &argument : commandLine.arguments) {
+    for (const QString &argument : arguments) {
         Assignment assignment;
         if (const Failure failure = parseAssignment(argument, &assignment))
             return failure;
-        assignments.append(assignment);
+        assignments->append(assignment);
     }
+    return {};
+}
+
+QString pathOf(const Assignment &assignment)
+{
+    return pathText(assignment.steps, assignment.steps.size());
+}
+
+// The present type is the type of the new value, unless that is given.
+Failure checkPresentType(const Assignment &assignment, const UnseenSettings &unseen)
+{
+    for (int count = 1; !assignment.type && count <= assignment.steps.size(); ++count) {
+        const QString path = pathText(assignment.steps, count);
+        if (unseen.contains(path))
+            return {EX_USAGE,
+                    QStringLiteral("%1 has the D-Bus type %2, which applications cannot write")
+                        .arg(path, unseenTypeText(unseen.value(path))),
+                    QStringLiteral("ask an administrator of the service to change it")};
+    }
+    return {};
+}
+
+// The service merges whole values of top-level keys.
+Failure makeChange(const QList<Assignment> &assignments, const Reading &reading,
+                   Configuration *change)
+{
+    Configuration configuration = reading.configuration;
+    for (const Assignment &assignment : assignments) {
+        if (const Failure failure = checkPresentType(assignment, reading.unseen))
+            return failure;
+        if (const Failure failure = assign(assignment, &configuration))
+            return failure;
+        const QString key = assignment.steps.first().toKey();
+        change->set(key, configuration.get(key));
+    }
+    return {};
+}
+
+Failure checkForLoss(const QList<Assignment> &assignments, const Configuration &change,
+                     const UnseenSettings &unseen)
+{
+    UnseenSettings lost;
+    const QStringList keys = ConfigurationPrivate::data(change).keys();
+    for (const QString &key : keys)
+        lost.insert(unseenSettingsAt(keyText(key), unseen));
+    // A value with a type replaces whatever there is.
+    for (const Assignment &assignment : assignments) {
+        if (!assignment.type)
+            continue;
+        const QStringList paths = unseenSettingsAt(pathOf(assignment), lost).keys();
+        for (const QString &path : paths)
+            lost.remove(path);
+    }
+    if (lost.isEmpty())
+        return {};
+    return {EX_USAGE, QStringLiteral("the change would remove ") + unseenSettingsText(lost),
+            QStringLiteral("ask an administrator of the service to make the change, or use --force "
+                           "to make it all the same")};
+}
+
+} // namespace
+
+Failure set(const CommandLine &commandLine)
+{
+    QList<Assignment> assignments;
+    if (const Failure failure = parseAssignments(commandLine.arguments, &assignments))
+        return failure;
     if (const Failure failure = openBus(commandLine.timeoutMs))
         return failure;
     Reading reading;
     if (const Failure failure = readConfiguration(commandLine.timeoutMs, &reading))
         return failure;
-
-    // The service merges whole values of top-level keys.
-    Configuration &configuration = reading.configuration;
     Configuration change;
-    for (const Assignment &assignment : qAsConst(assignments)) {
-        if (const Failure failure = assign(assignment, &configuration))
+    if (const Failure failure = makeChange(assignments, reading, &change))
+        return failure;
+    if (!commandLine.isForced) {
+        if (const Failure failure = checkForLoss(assignments, change, reading.unseen))
             return failure;
-        const QString key = assignment.steps.first().toKey();
-        change.set(key, configuration.get(key));
     }
     return changeConfiguration(commandLine.timeoutMs, change);
 }
