@@ -3,6 +3,8 @@
 
 #include "output.h"
 
+#include "values/json.h"
+
 #include <cerrno>
 #include <cstdlib>
 #include <sysexits.h>
@@ -26,6 +28,19 @@ void printText(const QString &text, Tools::Style style)
             QStringLiteral("cannot write to standard output: %1").arg(qt_error_string(errno)),
             QStringLiteral("free some space, or redirect the output")});
     std::quick_exit(EX_IOERR);
+}
+
+void printDifference(const Difference &difference)
+{
+    const QString &path = difference.path;
+    const QString then = compactText(toJson(difference.before));
+    const QString now = compactText(toJson(difference.after));
+    if (!difference.before.isValid())
+        print(QStringLiteral("added: %1 = %2").arg(path, now), Tools::Style::Good);
+    else if (!difference.after.isValid())
+        print(QStringLiteral("removed: %1 (was %2)").arg(path, then), Tools::Style::Bad);
+    else
+        print(QStringLiteral("changed: %1 = %2 (was %3)").arg(path, now, then), Tools::Style::News);
 }
 
 void printNote(const QString &text, Tools::Style style)

@@ -5,6 +5,7 @@
 
 #include "failure.h"
 #include "terminal.h"
+#include "values/difference.h"
 #include "values/unseen_settings.h"
 
 #include <QtCore/QString>
@@ -21,6 +22,9 @@ void print(const QString &line, Tools::Style style = Tools::Style::Plain);
 
 /*! \brief The same for \a text, one or more lines, as it is. */
 void printText(const QString &text, Tools::Style style = Tools::Style::Plain);
+
+/*! \brief Writes \a difference as a line for people, a result. */
+void printDifference(const Difference &difference);
 
 /*! \brief Writes \a text, a message of the program, to standard error. */
 void printNote(const QString &text, Tools::Style style = Tools::Style::Aside);

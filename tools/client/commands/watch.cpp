@@ -8,6 +8,7 @@
 #include "service/requests.h"
 #include "usage_failure.h"
 #include "values/difference.h"
+#include "values/json.h"
 
 #include <QtCore/QEventLoop>
 #include <QtCore/QQueue>
@@ -83,7 +84,7 @@ Failure Watch::run()
     printUnseenSettings(reading.unseen);
     m_shown = leavesOf(reading.configuration);
     for (auto leaf = m_shown.cbegin(); leaf != m_shown.cend(); ++leaf)
-        print(QStringLiteral("%1 = %2").arg(leaf.key(), leaf.value()));
+        print(QStringLiteral("%1 = %2").arg(leaf.key(), compactText(toJson(leaf.value()))));
 
     // Not earlier: the bus may have started the service for the first request.
     QDBusServiceWatcher serviceWatcher(QLatin1String(DBus::serviceName), m_bus);
@@ -129,7 +130,7 @@ void Watch::show(const Configuration &configuration, bool isAnnounced)
     const QList<Difference> differences = differencesBetween(m_shown, leaves);
     m_shown = leaves;
     for (const Difference &difference : differences)
-        print(difference.text, difference.style);
+        printDifference(difference);
     if (differences.isEmpty() && isAnnounced)
         print(QStringLiteral("unchanged"), Style::Aside);
 }

@@ -10,7 +10,6 @@
 namespace Tarnvel::Client {
 
 using namespace Application::ManagedConfiguration;
-using Tools::Style;
 
 namespace {
 
@@ -21,7 +20,7 @@ void collectLeaves(const Configuration &configuration, const QString &prefix, Le
         const QString path = prefix + keyText(entry.key());
         const Configuration nested = Configuration::fromVariant(entry.value());
         if (nested.isEmpty())
-            leaves->insert(path, compactText(toJson(entry.value())));
+            leaves->insert(path, entry.value());
         else
             collectLeaves(nested, path + QLatin1Char('/'), leaves);
     }
@@ -43,17 +42,11 @@ QList<Difference> differencesBetween(const Leaves &before, const Leaves &after)
     for (auto leaf = after.begin(); leaf != after.end(); ++leaf)
         both.insert(leaf.key(), leaf.value());
     for (auto leaf = both.begin(); leaf != both.end(); ++leaf) {
-        const QString &path = leaf.key();
-        const QString now = after.value(path);
-        const QString then = before.value(path);
-        if (then.isNull())
-            differences.append({QStringLiteral("added: %1 = %2").arg(path, now), Style::Good});
-        else if (now.isNull())
-            differences.append(
-                {QStringLiteral("removed: %1 (was %2)").arg(path, then), Style::Bad});
-        else if (now != then)
-            differences.append(
-                {QStringLiteral("changed: %1 = %2 (was %3)").arg(path, now, then), Style::News});
+        const QVariant then = before.value(leaf.key());
+        const QVariant now = after.value(leaf.key());
+        // Configurations and typed lists themselves do not compare by content.
+        if (then.isValid() != now.isValid() || toJson(then) != toJson(now))
+            differences.append({leaf.key(), then, now});
     }
     return differences;
 }

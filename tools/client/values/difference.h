@@ -3,31 +3,32 @@
 
 #pragma once
 
-#include "terminal.h"
-
 #include <QtCore/QList>
 #include <QtCore/QMap>
 #include <QtCore/QString>
+#include <QtCore/QVariant>
 #include <Tarnvel/ManagedConfiguration/configuration.h>
 
 namespace Tarnvel::Client {
 
 /*!
- * \brief The values of a configuration as compact JSON, by path.
+ * \brief The values of a configuration, by path.
  *
- * Nested configurations are expanded, except empty ones. Unlike the values of a configuration,
- * these are compared by content.
+ * Nested configurations are expanded, except empty ones.
  */
-using Leaves = QMap<QString, QString>;
+using Leaves = QMap<QString, QVariant>;
 
 /*! \brief All values of \a configuration. */
 Leaves leavesOf(const Application::ManagedConfiguration::Configuration &configuration);
 
-/*! \brief A value that was added, removed or changed: a line of text and how to show it. */
+/*! \brief A value that was added, removed or changed. */
 struct Difference
 {
-    QString text;
-    Tools::Style style;
+    QString path;
+    /*! Invalid if the value was added. */
+    QVariant before;
+    /*! Invalid if the value was removed. */
+    QVariant after;
 };
 
 /*! \brief What differs between \a before and \a after, in the order of the paths. */
