@@ -133,6 +133,43 @@ private Q_SLOTS:
         QCOMPARE(changes(), QStringList("({'d': <1>},)"));
     }
 
+    void emptyListThatWouldVanishIsRefused()
+    {
+        m_service.replyWith(
+            "({'il': <[1]>, 'bl': <[true]>, 'sl': <['x']>, 'n': <{'il': <[1]>}>},)");
+        const QPair<const char *, const char *> rows[] {
+            {"il=[]", "({'il': <@ai []>},)"},
+            {"bl=[]", "({'bl': <@ab []>},)"},
+            {"n/il=[]", "({'n': <{'il': <@ai []>}>},)"},
+            {"new:ints=[]", "({'new': <@ai []>},)"},
+        };
+        QStringList sent;
+        for (const auto &[argument, change] : rows) {
+            const Outcome outcome = runClient({"set", argument});
+            QVERIFY2(outcome.errors.contains(
+                         ": an empty list of integers or booleans vanishes for every "
+                         "reader\n"),
+                     qPrintable(outcome.errors));
+            QCOMPARE(outcome.status, 64);
+            QCOMPARE(changes(), sent);
+            QCOMPARE(runClient({"set", "--force", argument}).status, 0);
+            sent.append(change);
+            QCOMPARE(changes(), sent);
+        }
+        QCOMPARE(runClient({"set", "sl=[]"}).status, 0);
+        sent.append("({'sl': <@as []>},)");
+        QCOMPARE(changes(), sent);
+    }
+
+    void valuesWithTypesAreSentWithoutReading()
+    {
+        QCOMPARE(runClient({"set", "n:int=5", "m:configuration={}"}).status, 0);
+        QCOMPARE(changes(), QStringList("({'m': <@a{sv} {}>, 'n': <5>},)"));
+        QCOMPARE(m_service.calls().size(), 1);
+        QCOMPARE(runClient({"set", "n:int=5", "m/a:int=1"}).status, 0);
+        QCOMPARE(m_service.calls().size(), 3);
+    }
+
 private:
     static Outcome runClient(const QStringList &arguments)
     {

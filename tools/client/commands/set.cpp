@@ -7,6 +7,11 @@
 #include "service/requests.h"
 #include "usage_failure.h"
 #include "values/assignment.h"
+#include "values/difference.h"
+
+#include <QtCore/QSet>
+
+#include <algorithm>
 
 namespace Tarnvel::Client {
 
@@ -20,10 +25,17 @@ Failure parseAssignments(const QStringList &arguments, QList<Assignment> *assign
 {
     if (arguments.isEmpty())
         return usageFailure(QStringLiteral("set needs at least one PATH=VALUE"));
+    QSet<QString> paths;
     for (const QString &argument : arguments) {
         Assignment assignment;
         if (const Failure failure = parseAssignment(argument, &assignment))
             return failure;
+        const Steps &steps = assignment.steps;
+        if (paths.contains(pathText(steps, steps.size())))
+            return usageFailure(
+                QStringLiteral("\"%1\" replaces what an earlier argument sets").arg(argument));
+        for (int count = 1; count <= steps.size(); ++count)
+            paths.insert(pathText(steps, count));
         assignments->append(assignment);
     }
     return {};
@@ -48,6 +60,20 @@ Failure checkPresentType(const Assignment &assignment, const UnseenSettings &uns
     return {};
 }
 
+// Otherwise the new value does not depend on what the service keeps.
+bool needsReading(const Assignment &assignment)
+{
+    return !assignment.type || assignment.steps.size() > 1;
+}
+
+// A change that fails may have been made, but not without a service.
+Failure requireService(int timeoutMs)
+{
+    ServiceState state = ServiceState::Running;
+    const Failure failure = findService(timeoutMs, &state);
+    return state == ServiceState::Absent ? absentServiceFailure() : failure;
+}
+
 // The service merges whole values of top-level keys.
 Failure makeChange(const QList<Assignment> &assignments, const Reading &reading,
                    Configuration *change)
@@ -62,6 +88,20 @@ Failure makeChange(const QList<Assignment> &assignments, const Reading &reading,
         change->set(key, configuration.get(key));
     }
     return {};
+}
+
+// An empty list has no items from which the library could tell their type.
+QStringList vanishingLists(const Configuration &configuration)
+{
+    QStringList paths;
+    const Leaves leaves = leavesOf(configuration);
+    for (auto leaf = leaves.begin(); leaf != leaves.end(); ++leaf) {
+        const ValueType type = typeOf(leaf.value());
+        if ((type == ValueType::Ints || type == ValueType::Bools)
+            && leaf.value().value<QVariantList>().isEmpty())
+            paths.append(leaf.key());
+    }
+    return paths;
 }
 
 Failure checkForLoss(const QList<Assignment> &assignments, const Configuration &change,
@@ -79,6 +119,14 @@ Failure checkForLoss(const QList<Assignment> &assignments, const Configuration &
         for (const QString &path : paths)
             lost.remove(path);
     }
+    const QStringList lists = vanishingLists(change);
+    if (!lists.isEmpty())
+        return {
+            EX_USAGE,
+            QStringLiteral("%1: an empty list of integers or booleans vanishes for every reader")
+                .arg(lists.join(QStringLiteral(", "))),
+            QStringLiteral("set at least one item, or use --force to send an empty list all the "
+                           "same")};
     if (lost.isEmpty())
         return {};
     return {EX_USAGE, QStringLiteral("the change would remove ") + unseenSettingsText(lost),
@@ -96,8 +144,12 @@ Failure set(const CommandLine &commandLine)
     if (const Failure failure = openBus(commandLine.timeoutMs))
         return failure;
     Reading reading;
-    if (const Failure failure = readConfiguration(commandLine.timeoutMs, &reading))
+    if (std::any_of(assignments.begin(), assignments.end(), needsReading)) {
+        if (const Failure failure = readConfiguration(commandLine.timeoutMs, &reading))
+            return failure;
+    } else if (const Failure failure = requireService(commandLine.timeoutMs)) {
         return failure;
+    }
     Configuration change;
     if (const Failure failure = makeChange(assignments, reading, &change))
         return failure;
