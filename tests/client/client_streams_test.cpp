@@ -95,6 +95,15 @@ private Q_SLOTS:
         QVERIFY2(word.contains(R"(no command "\u2029\u000d")"), qPrintable(word));
     }
 
+    void rawControlCharactersAreEscapedOnATerminal()
+    {
+        m_service.replyWith(R"(({'k': <'\u001b[31m\u202e'>},))");
+        QCOMPARE(runInShell("$client get --raw k | cat").output, "\u001b[31m\u202e\n");
+        QCOMPARE(runInShell("script -qc '$client get --raw k' /dev/null").output.remove('\r'),
+                 R"(\u001b[31m\u202e)"
+                 "\n");
+    }
+
 private:
     Outcome runInShell(const QString &script)
     {

@@ -75,6 +75,40 @@ private Q_SLOTS:
         }
     }
 
+    void rawValuesHaveNoQuotes()
+    {
+        m_service.replyWith("({'s': <'é \"q\"\\n\u001b'>, 'i': <-1>, 'l': <['a', 'b c']>, "
+                            "'is': <[1, 2]>, 'b': <true>, 'e': <@as []>, 'n': <{'s': <'x'>}>},)");
+        const QPair<QString, QString> rows[] {
+            {"s", "é \"q\"\n\u001b\n"},
+            {"i", "-1\n"},
+            {"l", "a\nb c\n"},
+            {"l[1]", "b c\n"},
+            {"is", "1\n2\n"},
+            {"b", "true\n"},
+            {"e", ""},
+            {"n", "{\n    \"s\": \"x\"\n}\n"},
+        };
+        for (const auto &[path, text] : rows)
+            QCOMPARE(runClient({"get", "--raw", path}).output, text);
+    }
+
+    void settingsAreListed()
+    {
+        // In UTF-16, U+1F600 comes before U+FFFD.
+        m_service.replyWith("({'a/b': <1>, 'a': <@a{sv} {'b': <[true]>, 'c': <@a{sv} {}>}>, "
+                            "'a b': <'x\\ty'>, '😀': <1>, '\uFFFD': <2>, '': <0>},)");
+        const QString output = runClient({"list"}).output;
+        QCOMPARE(output,
+                 QString("\"\"\tint\t0\n\"a/b\"\tint\t1\na b\tstring\t\"x\\ty\"\n"
+                         "a/b\tbools\t[true]\na/c\tconfiguration\t{}\n\uFFFD\tint\t2\n"
+                         "😀\tint\t1\n"));
+        QCOMPARE(runClient({"list", "a"}).output, "a/b\tbools\t[true]\na/c\tconfiguration\t{}\n");
+        QCOMPARE(runClient({"list", "a/b[0]"}).output, "a/b[0]\tbool\ttrue\n");
+        m_service.replyWith("(@a{sv} {},)");
+        QCOMPARE(runClient({"list"}).output, "");
+    }
+
     void valuesAreSentWithTheirTypes()
     {
         m_service.replyWith(
@@ -156,9 +190,14 @@ private Q_SLOTS:
             {"got", "there is no command \"got\""},
             {"--tpye get", "Unknown option 'tpye'."},
             {"get a b", "get takes at most one path"},
-            {"watch a", "watch takes no arguments"},
+            {"list a b", "list takes at most one path"},
+            {"watch a b", "watch takes at most one path"},
             {"check a", "check takes no arguments"},
             {"set --type a=1", "--type is an option of get only"},
+            {"list --raw", "--raw is an option of get only"},
+            {"get --json", "--json is an option of watch only"},
+            {"get --force", "--force is an option of set only"},
+            {"get --type --raw", "--type and --raw exclude each other"},
             {"set", "set needs at least one PATH=VALUE"},
             {"set a=1 b", "expected PATH=VALUE or PATH:TYPE=VALUE, found \"b\""},
             {"set i:int=1 i:int=2", "\"i:int=2\" replaces what an earlier argument sets"},
@@ -190,6 +229,7 @@ private Q_SLOTS:
             QTest::newRow(arguments) << 64 << message;
 
         const QPair<const char *, const char *> pathRows[] {
+            {"list Zoom", "no such path: the configuration has no key \"Zoom\""},
             {"get Zoom", "no such path: the configuration has no key \"Zoom\""},
             {"get window/height", "no such path: window has no key \"height\""},
             {"get sizes[0]/x", "no such path: sizes[0] has no keys"},

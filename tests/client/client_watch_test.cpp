@@ -4,6 +4,10 @@
 #include "bus_test.h"
 #include "program.h"
 
+#include <QtCore/QDateTime>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+
 using namespace Tarnvel::Testing;
 
 class ClientWatchTest : public BusTest
@@ -32,6 +36,46 @@ private Q_SLOTS:
         QCOMPARE(readLines(lines.size()), lines);
         announce("({'on': <true>},)");
         QCOMPARE(m_watch->readLine(), "removed: \"\" (was 3)");
+    }
+
+    void onlyThePathIsWatched()
+    {
+        start("({'n': <{'l': <[1, 2]>, 's': <'x'>}>, 'z': <0>},)", {"n"});
+        QCOMPARE(readLines(2), QStringList({"n/l = [1,2]", "n/s = \"x\""}));
+        announce("({'n': <{'l': <[1, 2]>, 's': <'x'>}>, 'z': <1>},)");
+        announce("({'z': <2>},)");
+        QCOMPARE(readLines(2),
+                 QStringList({"removed: n/l (was [1,2])", "removed: n/s (was \"x\")"}));
+    }
+
+    void watchedPathMayHaveNoValueYet()
+    {
+        start("({'z': <0>},)", {"l[1]"});
+        TRY_COMPARE(m_service.calls().size(), 1);
+        announce("({'l': <[1, 2]>},)");
+        QCOMPARE(m_watch->readLine(), "added: l[1] = 2");
+    }
+
+    void differencesAreJsonObjects()
+    {
+        start("({'n': <{'s': <'x'>}>, 'z': <[0]>},)", {"--json"});
+        QStringList lines = readLines(2);
+        announce("({'n': <{'s': <'x'>}>, 'z': <[0]>},)");
+        announce("({'n': <{'s': <true>}>, 'y': <{'s': <'x'>}>},)");
+        lines += readLines(3);
+        const QString now = QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs);
+        QStringList objects;
+        for (const QString &line : qAsConst(lines)) {
+            QJsonObject object = QJsonDocument::fromJson(line.toUtf8()).object();
+            const QString time = object.take("time").toString();
+            QVERIFY2(time.size() == now.size() && time <= now && time.endsWith('Z'),
+                     qPrintable(line));
+            objects.append(QJsonDocument(object).toJson(QJsonDocument::Compact));
+        }
+        QCOMPARE(objects,
+                 QStringList({R"({"new":"x","path":"n/s"})", R"({"new":[0],"path":"z"})",
+                              R"({"new":true,"old":"x","path":"n/s"})",
+                              R"({"new":"x","path":"y/s"})", R"({"old":[0],"path":"z"})"}));
     }
 
     void unseenSettingsAreToldOnce()
@@ -147,10 +191,10 @@ private Q_SLOTS:
     }
 
 private:
-    void start(const QString &configuration)
+    void start(const QString &configuration, const QStringList &arguments = {})
     {
         m_service.replyWith(configuration);
-        m_watch->start(clientArguments({"watch"}));
+        m_watch->start(clientArguments(QStringList("watch") + arguments));
     }
 
     void announce(const QString &configuration)

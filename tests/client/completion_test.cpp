@@ -47,10 +47,10 @@ private Q_SLOTS:
         QTest::addColumn<QString>("offered");
 
         const QPair<const char *, const char *> clientRows[] {
-            {" ", "check get set watch"},
+            {" ", "check get list set watch"},
             {" w", "watch"},
             {" --", "--application --help --organization --timeout --version"},
-            {" get --", "--application --help --organization --timeout --type --version"},
+            {" get --", "--application --help --organization --raw --timeout --type --version"},
             {" set --f", "--force"},
             {" --timeout ", ""},
             {" get ", "names theme two\\ words window window/deep window/deep/x window/width"},
@@ -61,7 +61,10 @@ private Q_SLOTS:
             {" set x:", "bool= bools= configuration= int= ints= string= strings="},
             {" set x:in", "int= ints="},
             {" set theme=", ""},
-            {" watch ", ""},
+            {" list window/w", "window/width"},
+            {" watch window/w", "window/width"},
+            {" watch --j", "--json"},
+            {" check ", ""},
         };
         for (const auto &[line, offered] : clientRows)
             QTest::newRow(line) << client + line << offered;

@@ -21,7 +21,8 @@ const char description[] =
     "Commands:\n"
     "  get [PATH]                print the configuration, or the value at PATH, as JSON\n"
     "  set PATH[:TYPE]=VALUE...  change values, all in one request\n"
-    "  watch                     print all values, then each change on a line\n"
+    "  list [PATH]               print path, type and value of each setting on a line\n"
+    "  watch [PATH]              print all values, then each change on a line\n"
     "  check                     check the bus, the service and the identity\n"
     "\n"
     "PATH is one or more keys separated by \"/\". An item of a list is its key and\n"
@@ -43,6 +44,8 @@ struct CommandOption
 
 constexpr CommandOption commandOptions[] = {
     {"get", "type", "print types in place of values.", &CommandLine::showsTypes},
+    {"get", "raw", "print strings and lists as plain text.", &CommandLine::isRaw},
+    {"watch", "json", "print each difference as a JSON object.", &CommandLine::isJson},
     {"set", "force", "remove what applications do not see.", &CommandLine::isForced},
 };
 

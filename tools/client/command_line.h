@@ -21,6 +21,10 @@ struct CommandLine
     QStringList arguments;
     /*! True if types are asked for in place of values. */
     bool showsTypes = false;
+    /*! True if strings and lists are asked for as plain text. */
+    bool isRaw = false;
+    /*! True if differences are asked for as JSON. */
+    bool isJson = false;
     /*! True if a change may remove what it does not name. */
     bool isForced = false;
     /*! How long to wait for each reply. */

@@ -24,7 +24,9 @@ struct Command
     Failure (*run)(const CommandLine &commandLine);
 };
 
-constexpr Command commands[] = {{"get", get}, {"set", set}, {"watch", watch}, {"check", check}};
+constexpr Command commands[] = {
+    {"get", get}, {"list", list}, {"set", set}, {"watch", watch}, {"check", check},
+};
 
 // The library repeats its warnings each time it reads the same configuration.
 void printMessageOnce(QtMsgType, const QMessageLogContext &, const QString &message)

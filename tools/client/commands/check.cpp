@@ -70,7 +70,8 @@ Failure checkConfiguration(int timeoutMs)
     Reading reading;
     const Failure failure = readConfiguration(timeoutMs, &reading);
     printResult("configuration", failure,
-                QStringLiteral("read, settings: %1").arg(leavesOf(reading.configuration).size()));
+                QStringLiteral("read, settings: %1")
+                    .arg(leavesOf(QVariant::fromValue(reading.configuration)).size()));
     return failure;
 }
 

@@ -19,10 +19,14 @@ namespace Tarnvel::Client {
 /*! \brief Prints the configuration, or one value, or the types of either. */
 Tools::Failure get(const CommandLine &commandLine);
 
+/*! \brief Prints path, type and value of each setting, in the order of the lines' bytes. */
+Tools::Failure list(const CommandLine &commandLine);
+
 /*! \brief Changes values. */
 Tools::Failure set(const CommandLine &commandLine);
 
-/*! \brief Prints all values and then each difference, until the bus is lost. */
+/*! \brief Prints all values, or those at a path, and then each difference, until the bus is lost.
+ */
 Tools::Failure watch(const CommandLine &commandLine);
 
 /*!

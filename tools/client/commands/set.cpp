@@ -94,7 +94,7 @@ Failure makeChange(const QList<Assignment> &assignments, const Reading &reading,
 QStringList vanishingLists(const Configuration &configuration)
 {
     QStringList paths;
-    const Leaves leaves = leavesOf(configuration);
+    const Leaves leaves = leavesOf(QVariant::fromValue(configuration));
     for (auto leaf = leaves.begin(); leaf != leaves.end(); ++leaf) {
         const ValueType type = typeOf(leaf.value());
         if ((type == ValueType::Ints || type == ValueType::Bools)

@@ -9,14 +9,18 @@
 #include "usage_failure.h"
 #include "values/difference.h"
 #include "values/json.h"
+#include "values/path.h"
 
+#include <QtCore/QDateTime>
 #include <QtCore/QEventLoop>
+#include <QtCore/QJsonObject>
 #include <QtCore/QQueue>
 #include <QtCore/QSocketNotifier>
 #include <QtDBus/QDBusConnection>
 #include <QtDBus/QDBusServiceWatcher>
 #include <Tarnvel/ManagedConfiguration/configuration_manager.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <unistd.h>
 
@@ -41,26 +45,46 @@ struct Event
     Configuration configuration;
 };
 
+void printJson(const Difference &difference)
+{
+    QJsonObject object {
+        {QStringLiteral("time"), QDateTime::currentDateTimeUtc().toString(Qt::ISODateWithMs)},
+        {QStringLiteral("path"), difference.path}};
+    if (difference.before.isValid())
+        object.insert(QStringLiteral("old"), toJson(difference.before));
+    if (difference.after.isValid())
+        object.insert(QStringLiteral("new"), toJson(difference.after));
+    print(compactText(object));
+}
+
 // Handles events one after the other, including those that come while a request is pending.
 class Watch
 {
 public:
-    explicit Watch(int timeoutMs);
+    Watch(const CommandLine &commandLine, const Steps &steps);
     Failure run();
 
 private:
     void add(const Event &event);
     void handle(const Event &event);
+    Leaves watchedLeaves(const Configuration &configuration) const;
     void show(const Configuration &configuration, bool isAnnounced);
 
     int m_timeoutMs;
+    bool m_isJson;
+    Steps m_steps;
+    QString m_path;
     QDBusConnection m_bus = QDBusConnection::systemBus();
     Leaves m_shown;
     QQueue<Event> m_events;
     QEventLoop m_loop;
 };
 
-Watch::Watch(int timeoutMs) : m_timeoutMs(timeoutMs)
+Watch::Watch(const CommandLine &commandLine, const Steps &steps)
+    : m_timeoutMs(commandLine.timeoutMs),
+      m_isJson(commandLine.isJson),
+      m_steps(steps),
+      m_path(pathText(steps, steps.size()))
 {
     QObject::connect(ConfigurationManager::instance(), &ConfigurationManager::configurationChanged,
                      &m_loop, [this](const Configuration &configuration) {
@@ -81,10 +105,15 @@ Failure Watch::run()
     Reading reading;
     if (const Failure failure = readConfiguration(m_timeoutMs, &reading))
         return failure;
-    printUnseenSettings(reading.unseen);
-    m_shown = leavesOf(reading.configuration);
-    for (auto leaf = m_shown.cbegin(); leaf != m_shown.cend(); ++leaf)
-        print(QStringLiteral("%1 = %2").arg(leaf.key(), compactText(toJson(leaf.value()))));
+    printUnseenSettings(unseenSettingsAt(m_path, reading.unseen));
+    m_shown = watchedLeaves(reading.configuration);
+    const QList<Difference> present = differencesBetween({}, m_shown);
+    for (const Difference &leaf : present) {
+        if (m_isJson)
+            printJson(leaf);
+        else
+            print(QStringLiteral("%1 = %2").arg(leaf.path, compactText(toJson(leaf.after))));
+    }
 
     // Not earlier: the bus may have started the service for the first request.
     QDBusServiceWatcher serviceWatcher(QLatin1String(DBus::serviceName), m_bus);
@@ -124,14 +153,21 @@ void Watch::handle(const Event &event)
     show(reading.configuration, event.kind == Event::ChangeAnnounced);
 }
 
+Leaves Watch::watchedLeaves(const Configuration &configuration) const
+{
+    QVariant value;
+    // There may be no value at the path yet, or no more.
+    const Failure failure = findValue(configuration, m_steps, &value);
+    return failure ? Leaves() : leavesOf(value, m_path);
+}
+
 void Watch::show(const Configuration &configuration, bool isAnnounced)
 {
-    const Leaves leaves = leavesOf(configuration);
+    const Leaves leaves = watchedLeaves(configuration);
     const QList<Difference> differences = differencesBetween(m_shown, leaves);
     m_shown = leaves;
-    for (const Difference &difference : differences)
-        printDifference(difference);
-    if (differences.isEmpty() && isAnnounced)
+    std::for_each(differences.begin(), differences.end(), m_isJson ? printJson : printDifference);
+    if (differences.isEmpty() && isAnnounced && m_steps.isEmpty() && !m_isJson)
         print(QStringLiteral("unchanged"), Style::Aside);
 }
 
@@ -139,11 +175,12 @@ void Watch::show(const Configuration &configuration, bool isAnnounced)
 
 Failure watch(const CommandLine &commandLine)
 {
-    if (!commandLine.arguments.isEmpty())
-        return usageFailure(QStringLiteral("watch takes no arguments"));
+    Steps steps;
+    if (const Failure failure = parsePathArgument(commandLine, &steps))
+        return failure;
     if (const Failure failure = openBus(commandLine.timeoutMs))
         return failure;
-    return Watch(commandLine.timeoutMs).run();
+    return Watch(commandLine, steps).run();
 }
 
 } // namespace Tarnvel::Client

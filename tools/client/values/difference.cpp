@@ -13,25 +13,23 @@ using namespace Application::ManagedConfiguration;
 
 namespace {
 
-void collectLeaves(const Configuration &configuration, const QString &prefix, Leaves *leaves)
+void collectLeaves(const QVariant &value, const QString &path, Leaves *leaves)
 {
-    const QMap<QString, QVariant> entries = ConfigurationPrivate::data(configuration);
-    for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
-        const QString path = prefix + keyText(entry.key());
-        const Configuration nested = Configuration::fromVariant(entry.value());
-        if (nested.isEmpty())
-            leaves->insert(path, entry.value());
-        else
-            collectLeaves(nested, path + QLatin1Char('/'), leaves);
-    }
+    const QMap<QString, QVariant> entries = ConfigurationPrivate::data(
+        Configuration::fromVariant(value));
+    const QString prefix = path.isEmpty() ? QString() : path + QLatin1Char('/');
+    for (auto entry = entries.begin(); entry != entries.end(); ++entry)
+        collectLeaves(entry.value(), prefix + keyText(entry.key()), leaves);
+    if (entries.isEmpty() && !path.isEmpty())
+        leaves->insert(path, value);
 }
 
 } // namespace
 
-Leaves leavesOf(const Configuration &configuration)
+Leaves leavesOf(const QVariant &value, const QString &path)
 {
     Leaves leaves;
-    collectLeaves(configuration, QString(), &leaves);
+    collectLeaves(value, path, &leaves);
     return leaves;
 }
 

@@ -7,19 +7,18 @@
 #include <QtCore/QMap>
 #include <QtCore/QString>
 #include <QtCore/QVariant>
-#include <Tarnvel/ManagedConfiguration/configuration.h>
 
 namespace Tarnvel::Client {
 
 /*!
- * \brief The values of a configuration, by path.
+ * \brief Values of a configuration, by path.
  *
  * Nested configurations are expanded, except empty ones.
  */
 using Leaves = QMap<QString, QVariant>;
 
-/*! \brief All values of \a configuration. */
-Leaves leavesOf(const Application::ManagedConfiguration::Configuration &configuration);
+/*! \brief The values in \a value, which is at \a path, or \a value itself. */
+Leaves leavesOf(const QVariant &value, const QString &path = QString());
 
 /*! \brief A value that was added, removed or changed. */
 struct Difference

@@ -4,6 +4,7 @@
 #include "path.h"
 
 #include "json.h"
+#include "usage_failure.h"
 
 #include <algorithm>
 #include <sysexits.h>
@@ -64,6 +65,14 @@ Failure parsePath(const QString &path, Steps *steps)
     return {EX_USAGE, QStringLiteral("\"%1\" is not a path").arg(path),
             QStringLiteral("separate keys with \"/\"; an item of a list is its key and "
                            "\"[POSITION]\", counted from 0: window/sizes[0]")};
+}
+
+Failure parsePathArgument(const CommandLine &commandLine, Steps *steps)
+{
+    const QStringList &arguments = commandLine.arguments;
+    if (arguments.size() > 1)
+        return usageFailure(QStringLiteral("%1 takes at most one path").arg(commandLine.command));
+    return arguments.isEmpty() ? Failure() : parsePath(arguments.first(), steps);
 }
 
 Failure findValue(const Configuration &configuration, const Steps &steps, QVariant *value)

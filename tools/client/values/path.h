@@ -3,6 +3,7 @@
 
 #pragma once
 
+#include "command_line.h"
 #include "failure.h"
 
 #include <QtCore/QList>
@@ -18,6 +19,9 @@ using Steps = QList<Application::ManagedConfiguration::XpathAccess>;
 
 /*! \brief Sets \a steps to those of \a path. If it is not a path, a logged warning says why. */
 Tools::Failure parsePath(const QString &path, Steps *steps);
+
+/*! \brief Sets \a steps to those of the only argument, a path, or to none if there is none. */
+Tools::Failure parsePathArgument(const CommandLine &commandLine, Steps *steps);
 
 /*! \brief Sets \a value to the value at \a steps in \a configuration. */
 Tools::Failure findValue(const Application::ManagedConfiguration::Configuration &configuration,
