@@ -4,6 +4,8 @@
 #include "bus_test.h"
 #include "program.h"
 
+#include <QtCore/QTemporaryDir>
+
 using namespace Tarnvel::Testing;
 
 // What a change would remove without a word.
@@ -170,7 +172,120 @@ private Q_SLOTS:
         QCOMPARE(m_service.calls().size(), 3);
     }
 
+    void fileThatGetPrintedChangesNothing()
+    {
+        m_service.replyWith(
+            "({'b': <true>, 'e': <@as []>, 'a/b': <'x'>, 'l': <[1, 2]>, 'd': <0.5>, "
+            "'n': <@a{sv} {'l': <['x']>, 'm': <@a{sv} {}>, 'u': <uint32 1>}>},)");
+        const Outcome outcome = runOnFile(runClient({"get"}).output, {});
+        QCOMPARE(outcome.errors, QString());
+        QCOMPARE(outcome.output, "unchanged\n");
+        QCOMPARE(outcome.status, 0);
+        QCOMPARE(changes(), QStringList());
+    }
+
+    void valuesInAFileAreSet_data()
+    {
+        QTest::addColumn<QString>("json");
+        QTest::addColumn<QString>("differences");
+        QTest::addColumn<QString>("change");
+
+        QTest::newRow("a value") << R"({"i": 2, "s": "x"})"
+                                 << "changed: i = 2 (was 1)\n"
+                                 << "({'i': <2>},)";
+        QTest::newRow("nested") << R"({"n": {"m": {"a": "z"}, "new": {"x": [true]}}})"
+                                << "changed: n/m/a = \"z\" (was \"y\")\nadded: n/new/x = [true]\n"
+                                << "({'n': <{'l': <['x']>, 'm': <{'a': <'z'>, 'b': <2>}>, "
+                                   "'new': <{'x': <[true]>}>}>},)";
+        QTest::newRow("keys that no path has") << R"({"a/b": {"": false}})"
+                                               << "added: \"a/b\"/\"\" = false\n"
+                                               << "({'a/b': <{'': <false>}>},)";
+        QTest::newRow("empty") << R"({"new": {}, "n": {}, "e": []})"
+                               << "added: e = []\nadded: new = {}\n"
+                               << "({'e': <@as []>, 'new': <@a{sv} {}>},)";
+    }
+
+    void valuesInAFileAreSet()
+    {
+        QFETCH(QString, json);
+        QFETCH(QString, differences);
+        QFETCH(QString, change);
+        m_service.replyWith("({'i': <1>, 's': <'x'>, 'u': <uint32 1>, 'n': <@a{sv} {'l': <['x']>, "
+                            "'m': <@a{sv} {'a': <'y'>, 'b': <2>}>}>},)");
+        Outcome outcome = runOnFile(json, {"--dry-run"});
+        QCOMPARE(outcome.output + outcome.errors, differences);
+        QCOMPARE(outcome.status, 0);
+        QCOMPARE(changes(), QStringList());
+        outcome = runOnFile(json, {});
+        QCOMPARE(outcome.output + outcome.errors, QString());
+        QCOMPARE(outcome.status, 0);
+        QCOMPARE(changes(), QStringList(change));
+    }
+
+    void wrongFilesAreRefused_data()
+    {
+        QTest::addColumn<QString>("message");
+        QTest::addColumn<int>("status");
+
+        QTest::newRow("{\"i\": \"x\"}") << "-: i: expected a 32-bit integer, found \"x\"" << 65;
+        QTest::newRow("{\"n\": {\"a b\": {\"d\": 1.5}}}")
+            << "-: n/a b/d: expected a 32-bit integer, found 1.5" << 65;
+        QTest::newRow("{\"n\": {\"\\u0000\": 1}}") << "D-Bus cannot carry \"\\u0000\"" << 65;
+        QTest::newRow("{\"s\": \"\\ud800\"}") << "-: s: D-Bus cannot carry" << 65;
+        QTest::newRow("[1]") << "-: expected a JSON object" << 65;
+        QTest::newRow("") << "-: illegal value after 0 bytes" << 65;
+        QTest::newRow("{\"u\": 2}") << "the change would remove u of D-Bus type u (uint32)" << 64;
+        QTest::newRow("{\"n\": {\"a\": 2}}")
+            << "the change would remove n/d of D-Bus type d (double)" << 64;
+        QTest::newRow("{\"il\": []}")
+            << "il: an empty list of integers or booleans vanishes for every reader" << 64;
+    }
+
+    void wrongFilesAreRefused()
+    {
+        QFETCH(QString, message);
+        m_service.replyWith("({'i': <1>, 'il': <[1]>, 's': <'x'>, 'u': <uint32 1>, "
+                            "'n': <@a{sv} {'a': <1>, 'd': <0.5>}>},)");
+        const Outcome outcome = runOnFile(QTest::currentDataTag(), {});
+        QVERIFY2(outcome.errors.contains(message), qPrintable(outcome.errors));
+        QTEST(outcome.status, "status");
+        QCOMPARE(outcome.output, QString());
+        QCOMPARE(changes(), QStringList());
+    }
+
+    void fileMustBeReadable()
+    {
+        const QTemporaryDir directory;
+        for (const QString &file : {directory.path(), directory.filePath("none")}) {
+            const Outcome outcome = runClient({"set", "--from", file});
+            QVERIFY2(outcome.errors.startsWith("managed-configuration: " + file + ": "),
+                     qPrintable(outcome.errors));
+            QCOMPARE(outcome.status, 66);
+        }
+        QCOMPARE(m_service.calls().size(), 0);
+    }
+
+    void dryRunSendsNothing()
+    {
+        m_service.replyWith("({'i': <1>, 'n': <{'a': <1>, 'b': <2>}>},)");
+        QCOMPARE(runClient({"set", "--dry-run", "n={}", "i:string=1", "new:ints=[1]"}).output,
+                 "changed: i = \"1\" (was 1)\nadded: n = {}\nremoved: n/a (was 1)\n"
+                 "removed: n/b (was 2)\nadded: new = [1]\n");
+        QCOMPARE(runClient({"set", "--dry-run", "i:int=1"}).output, "unchanged\n");
+        QCOMPARE(changes(), QStringList());
+    }
+
 private:
+    // Runs "set --from -" with \a json on standard input.
+    static Outcome runOnFile(const QString &json, const QStringList &options)
+    {
+        const QString client = INSTALLED_PROGRAMS "/managed-configuration";
+        const QStringList shellArguments {"-c", R"(json=$1; shift; printf %s "$json" | "$@")", "sh",
+                                          json, client};
+        return Program("/bin/sh").run(
+            shellArguments + clientArguments(QStringList {"set", "--from", "-"} + options));
+    }
+
     static Outcome runClient(const QStringList &arguments)
     {
         return Program("managed-configuration").run(clientArguments(arguments));

@@ -20,8 +20,9 @@ const char description[] =
     "\n"
     "Commands:\n"
     "  get [PATH]                print the configuration, or the value at PATH, as JSON\n"
-    "  set PATH[:TYPE]=VALUE...  change values, all in one request\n"
     "  list [PATH]               print path, type and value of each setting on a line\n"
+    "  set PATH[:TYPE]=VALUE...  change values, all in one request\n"
+    "  set --from FILE           set the values in a JSON object such as get prints\n"
     "  watch [PATH]              print all values, then each change on a line\n"
     "  check                     check the bus, the service and the identity\n"
     "\n"
@@ -30,8 +31,9 @@ const char description[] =
     "strings or configuration.\n"
     "\n"
     "The exit status is 0 for success, 1 to 8 for the error code of the service, 64 for a\n"
-    "wrong command line, 66 for a path without a value, 69 for no bus, no service or no\n"
-    "reply, and 74 if the results cannot be written.";
+    "wrong command line, 65 for wrong values in a file, 66 for a path without a value or a\n"
+    "file that cannot be read, 69 for no bus, no service or no reply, and 74 if the results\n"
+    "cannot be written.";
 
 // An option of one command.
 struct CommandOption
@@ -39,6 +41,7 @@ struct CommandOption
     const char *command;
     const char *name;
     const char *description;
+    // Null if the option has a value.
     bool CommandLine::*flag;
 };
 
@@ -46,7 +49,9 @@ constexpr CommandOption commandOptions[] = {
     {"get", "type", "print types in place of values.", &CommandLine::showsTypes},
     {"get", "raw", "print strings and lists as plain text.", &CommandLine::isRaw},
     {"watch", "json", "print each difference as a JSON object.", &CommandLine::isJson},
+    {"set", "dry-run", "print the differences that the change makes.", &CommandLine::isDryRun},
     {"set", "force", "remove what applications do not see.", &CommandLine::isForced},
+    {"set", "from", "set the values in a JSON file; - is standard input.", nullptr},
 };
 
 void addCommandOptions(QCommandLineParser *parser)
@@ -55,17 +60,23 @@ void addCommandOptions(QCommandLineParser *parser)
         parser->addOption(
             {QLatin1String(option.name),
              QStringLiteral("With %1: %2")
-                 .arg(QLatin1String(option.command), QLatin1String(option.description))});
+                 .arg(QLatin1String(option.command), QLatin1String(option.description)),
+             option.flag ? QString() : QStringLiteral("FILE")});
 }
 
 Failure readCommandOptions(const QCommandLineParser &parser, CommandLine *commandLine)
 {
     for (const CommandOption &option : commandOptions) {
-        commandLine->*option.flag = parser.isSet(QLatin1String(option.name));
-        if (commandLine->*option.flag && commandLine->command != QLatin1String(option.command))
+        if (!parser.isSet(QLatin1String(option.name)))
+            continue;
+        if (commandLine->command != QLatin1String(option.command))
             return usageFailure(
                 QStringLiteral("--%1 is an option of %2 only")
                     .arg(QLatin1String(option.name), QLatin1String(option.command)));
+        if (option.flag)
+            commandLine->*option.flag = true;
+        else
+            commandLine->file = parser.value(QLatin1String(option.name));
     }
     return {};
 }

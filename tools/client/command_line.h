@@ -27,6 +27,10 @@ struct CommandLine
     bool isJson = false;
     /*! True if a change may remove what it does not name. */
     bool isForced = false;
+    /*! True if a change is not to be sent. */
+    bool isDryRun = false;
+    /*! The file with the values to set; empty if there is none. */
+    QString file;
     /*! How long to wait for each reply. */
     int timeoutMs = 0;
 };

@@ -3,12 +3,17 @@
 
 #include "commands.h"
 #include "configuration_p.h"
+#include "output.h"
 #include "service/bus.h"
 #include "service/requests.h"
 #include "usage_failure.h"
 #include "values/assignment.h"
 #include "values/difference.h"
+#include "values/json.h"
 
+#include <QtCore/QFile>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
 #include <QtCore/QSet>
 
 #include <algorithm>
@@ -23,8 +28,6 @@ namespace {
 
 Failure parseAssignments(const QStringList &arguments, QList<Assignment> *assignments)
 {
-    if (arguments.isEmpty())
-        return usageFailure(QStringLiteral("set needs at least one PATH=VALUE"));
     QSet<QString> paths;
     for (const QString &argument : arguments) {
         Assignment assignment;
@@ -39,6 +42,40 @@ Failure parseAssignments(const QStringList &arguments, QList<Assignment> *assign
         assignments->append(assignment);
     }
     return {};
+}
+
+Failure readObject(const QString &fileName, QJsonObject *object)
+{
+    QFile file(fileName);
+    const bool isOpen = fileName == QLatin1String("-") ? file.open(stdin, QIODevice::ReadOnly)
+                                                       : file.open(QIODevice::ReadOnly);
+    const QByteArray text = isOpen ? file.readAll() : QByteArray();
+    if (!isOpen || file.error() != QFile::NoError)
+        return {EX_NOINPUT, file.errorString(),
+                QStringLiteral("name a file that can be read, or - for standard input"), fileName};
+    QJsonParseError error;
+    const QJsonDocument document = QJsonDocument::fromJson(text, &error);
+    *object = document.object();
+    if (document.isObject())
+        return {};
+    return {EX_DATAERR,
+            error.error == QJsonParseError::NoError
+                ? QStringLiteral("expected a JSON object")
+                : QStringLiteral("%1 after %2 bytes").arg(error.errorString()).arg(error.offset),
+            QStringLiteral("correct the file; \"get\" prints such an object"), fileName};
+}
+
+// What to set: assignments, or the object in a file.
+Failure parseArguments(const CommandLine &commandLine, QList<Assignment> *assignments,
+                       QJsonObject *object)
+{
+    const bool hasFile = !commandLine.file.isEmpty();
+    if (hasFile && !commandLine.arguments.isEmpty())
+        return usageFailure(QStringLiteral("set takes either --from or PATH=VALUE"));
+    if (!hasFile && commandLine.arguments.isEmpty())
+        return usageFailure(QStringLiteral("set needs at least one PATH=VALUE, or --from"));
+    return hasFile ? readObject(commandLine.file, object)
+                   : parseAssignments(commandLine.arguments, assignments);
 }
 
 QString pathOf(const Assignment &assignment)
@@ -60,10 +97,10 @@ Failure checkPresentType(const Assignment &assignment, const UnseenSettings &uns
     return {};
 }
 
-// Otherwise the new value does not depend on what the service keeps.
-bool needsReading(const Assignment &assignment)
+// A value of one key whose type is given does not depend on what the service keeps.
+bool isIndependent(const Assignment &assignment)
 {
-    return !assignment.type || assignment.steps.size() > 1;
+    return assignment.type && assignment.steps.size() == 1;
 }
 
 // A change that fails may have been made, but not without a service.
@@ -75,8 +112,8 @@ Failure requireService(int timeoutMs)
 }
 
 // The service merges whole values of top-level keys.
-Failure makeChange(const QList<Assignment> &assignments, const Reading &reading,
-                   Configuration *change)
+Failure assignAll(const QList<Assignment> &assignments, const Reading &reading,
+                  Configuration *change)
 {
     Configuration configuration = reading.configuration;
     for (const Assignment &assignment : assignments) {
@@ -86,6 +123,21 @@ Failure makeChange(const QList<Assignment> &assignments, const Reading &reading,
             return failure;
         const QString key = assignment.steps.first().toKey();
         change->set(key, configuration.get(key));
+    }
+    return {};
+}
+
+Failure mergeFile(const QString &fileName, const QJsonObject &object, const Configuration &before,
+                  Configuration *change)
+{
+    Configuration configuration = before;
+    if (const Failure failure = mergeJson(object, &configuration))
+        return {EX_DATAERR, failure.text(), QStringLiteral("correct the file"), fileName};
+    const QStringList keys = object.keys();
+    for (const QString &key : keys) {
+        const QVariant value = configuration.get(key);
+        if (!before.containsKey(key) || toJson(before.get(key)) != toJson(value))
+            change->set(key, value);
     }
     return {};
 }
@@ -134,30 +186,50 @@ Failure checkForLoss(const QList<Assignment> &assignments, const Configuration &
                            "to make it all the same")};
 }
 
+void printDifferences(const Configuration &before, const Configuration &change)
+{
+    Configuration replaced;
+    const QStringList keys = ConfigurationPrivate::data(change).keys();
+    for (const QString &key : keys)
+        replaced.set(key, before.get(key));
+    const QList<Difference> differences = differencesBetween(
+        leavesOf(QVariant::fromValue(replaced)), leavesOf(QVariant::fromValue(change)));
+    std::for_each(differences.begin(), differences.end(), printDifference);
+    if (differences.isEmpty())
+        print(QStringLiteral("unchanged"), Tools::Style::Aside);
+}
+
 } // namespace
 
 Failure set(const CommandLine &commandLine)
 {
     QList<Assignment> assignments;
-    if (const Failure failure = parseAssignments(commandLine.arguments, &assignments))
+    QJsonObject object;
+    if (const Failure failure = parseArguments(commandLine, &assignments, &object))
         return failure;
     if (const Failure failure = openBus(commandLine.timeoutMs))
         return failure;
+    const bool hasFile = !commandLine.file.isEmpty();
+    const bool needsReading = hasFile || commandLine.isDryRun
+        || !std::all_of(assignments.begin(), assignments.end(), isIndependent);
     Reading reading;
-    if (std::any_of(assignments.begin(), assignments.end(), needsReading)) {
-        if (const Failure failure = readConfiguration(commandLine.timeoutMs, &reading))
-            return failure;
-    } else if (const Failure failure = requireService(commandLine.timeoutMs)) {
+    if (const Failure failure = needsReading ? readConfiguration(commandLine.timeoutMs, &reading)
+                                             : requireService(commandLine.timeoutMs))
         return failure;
-    }
+
     Configuration change;
-    if (const Failure failure = makeChange(assignments, reading, &change))
+    if (const Failure failure = hasFile
+            ? mergeFile(commandLine.file, object, reading.configuration, &change)
+            : assignAll(assignments, reading, &change))
         return failure;
     if (!commandLine.isForced) {
         if (const Failure failure = checkForLoss(assignments, change, reading.unseen))
             return failure;
     }
-    return changeConfiguration(commandLine.timeoutMs, change);
+    if (!commandLine.isDryRun && !change.isEmpty())
+        return changeConfiguration(commandLine.timeoutMs, change);
+    printDifferences(reading.configuration, change);
+    return {};
 }
 
 } // namespace Tarnvel::Client

@@ -4,6 +4,7 @@
 #include "json.h"
 
 #include "configuration_p.h"
+#include "path.h"
 #include "terminal.h"
 #include "usage_failure.h"
 
@@ -43,6 +44,7 @@ Failure readString(const QString &text, QVariant *value)
     return {};
 }
 
+// A configuration in \a value gets the members of a JSON object; any other value is replaced.
 Failure readValue(ValueType type, const QJsonValue &json, QVariant *value);
 
 Failure readList(ValueType type, const QJsonArray &array, QVariant *value)
@@ -74,28 +76,16 @@ ValueType typeOfJson(const QJsonValue &json)
     }
 }
 
-Failure readConfiguration(const QJsonObject &object, QVariant *value)
-{
-    Configuration configuration;
-    for (auto member = object.begin(); member != object.end(); ++member) {
-        QVariant key;
-        QVariant entry;
-        if (const Failure failure = readString(member.key(), &key))
-            return failure;
-        if (const Failure failure = readValue(typeOfJson(member.value()), member.value(), &entry))
-            return failure;
-        configuration.set(member.key(), entry);
-    }
-    *value = QVariant::fromValue(configuration);
-    return {};
-}
-
 Failure readValue(ValueType type, const QJsonValue &json, QVariant *value)
 {
     if (json.isNull())
         return usageFailure(QStringLiteral("a value cannot be null"));
-    if (type == ValueType::Configuration && json.isObject())
-        return readConfiguration(json.toObject(), value);
+    if (type == ValueType::Configuration && json.isObject()) {
+        Configuration configuration = Configuration::fromVariant(*value);
+        const Failure failure = mergeJson(json.toObject(), &configuration);
+        *value = QVariant::fromValue(configuration);
+        return failure;
+    }
     if (itemTypeOf(type) && json.isArray())
         return readList(type, json.toArray(), value);
     if (type == ValueType::String && json.isString())
@@ -154,12 +144,34 @@ Failure parseValue(ValueType type, const QString &text, QVariant *value)
     }
     QJsonParseError error;
     const QJsonArray list = QJsonDocument::fromJson('[' + text.toUtf8() + ']', &error).array();
+    *value = QVariant();
     if (list.size() == 1)
         return readValue(type, list.first(), value);
     QString found = QLatin1Char('"') + text + QLatin1Char('"');
     if (error.error != QJsonParseError::NoError)
         found += QStringLiteral(": ") + error.errorString();
     return unexpected(typeDescription(type), found);
+}
+
+Failure mergeJson(const QJsonObject &object, Configuration *configuration)
+{
+    for (auto member = object.begin(); member != object.end(); ++member) {
+        QVariant key;
+        QVariant value = configuration->get(member.key());
+        const ValueType type = value.isValid() ? typeOf(value) : typeOfJson(member.value());
+        Failure failure = readString(member.key(), &key);
+        if (!failure)
+            failure = readValue(type, member.value(), &value);
+        if (failure) {
+            const QString path = keyText(member.key());
+            failure.location = failure.location.isEmpty()
+                ? path
+                : path + QLatin1Char('/') + failure.location;
+            return failure;
+        }
+        configuration->set(member.key(), value);
+    }
+    return {};
 }
 
 } // namespace Tarnvel::Client

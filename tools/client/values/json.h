@@ -6,9 +6,11 @@
 #include "failure.h"
 #include "value_type.h"
 
+#include <QtCore/QJsonObject>
 #include <QtCore/QJsonValue>
 #include <QtCore/QString>
 #include <QtCore/QVariant>
+#include <Tarnvel/ManagedConfiguration/configuration.h>
 
 namespace Tarnvel::Client {
 
@@ -31,5 +33,13 @@ QString indentedText(const QJsonValue &value);
  * booleans, strings, objects, and lists of one of the first three; an empty list is one of strings.
  */
 Tools::Failure parseValue(ValueType type, const QString &text, QVariant *value);
+
+/*!
+ * \brief Sets the values in \a object, which have the types of the present ones if there are any.
+ *
+ * What \a object does not name stays, in nested configurations too.
+ */
+Tools::Failure mergeJson(const QJsonObject &object,
+                         Application::ManagedConfiguration::Configuration *configuration);
 
 } // namespace Tarnvel::Client
