@@ -198,6 +198,7 @@ private Q_SLOTS:
     void theCommandFindsTheSignalsAsTheyWere();
     void whatIsTypedReachesTheCommandOnce();
     void theSandboxCanBeStoppedAndContinued();
+    void aSignalEndsTheWaitForStandardInput();
     void aTerminalShowsColors();
     void onlyASessionNeedsATemporaryDirectory();
 
@@ -384,6 +385,16 @@ void SandboxProcessesTest::theSandboxCanBeStoppedAndContinued()
     QCOMPARE(m_process->readOutputLine(), QByteArray("from the terminal"));
     QCOMPARE(m_process->readOutputLine(), QByteArray("ended with 7"));
     QCOMPARE(m_process->finish(), 0);
+}
+
+void SandboxProcessesTest::aSignalEndsTheWaitForStandardInput()
+{
+    for (const char *const option : {"--check", "--scenario"}) {
+        QVERIFY(m_process->startSandbox({option, "-"}));
+        QTRY_VERIFY_WITH_TIMEOUT(!m_process->descendants().isEmpty(), timeoutMs);
+        m_process->terminate();
+        QCOMPARE(m_process->finish(), 128 + SIGTERM);
+    }
 }
 
 void SandboxProcessesTest::aTerminalShowsColors()

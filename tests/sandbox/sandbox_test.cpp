@@ -15,6 +15,7 @@
 #include <csignal>
 #include <gio/gio.h>
 #include <initializer_list>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
 
@@ -159,6 +160,7 @@ private Q_SLOTS:
     void helpAndVersionAreShown();
     void aBrokenPipeFailsTheWriteAlone();
     void onlyFilesAreChecked();
+    void standardInputIsAFile();
     void theLogOverwritesNoFileThatIsRead();
     void aLogThatCannotBeWrittenIsReported();
     void closedStreamsDoNoHarm();
@@ -231,6 +233,11 @@ void SandboxTest::aFailureIsReported_data()
             << QStringList {option, "/nowhere/file", "--", "true"} << 125
             << "/nowhere/file: No such file or directory";
     }
+    QTest::newRow("directory") << QStringList {"--scenario", "/"} << 125 << "/: not a regular file";
+    QTest::newRow("device") << QStringList {"--expect", "/dev/zero"} << 125
+                            << "/dev/zero: not a regular file";
+    QTest::newRow("standard input twice") << QStringList {"--scenario", "-", "--expect", "-"} << 125
+                                          << "only one file can be standard input";
     QTest::newRow("missing command")
         << QStringList {"--", "/nowhere/command"} << 127
         << "Failed to execute child process “/nowhere/command” (No such file or directory)";
@@ -285,9 +292,31 @@ void SandboxTest::onlyFilesAreChecked()
         QCOMPARE(outcome.output, good + ": valid\n");
         QCOMPARE(outcome.status, 125);
     }
+    const QString fifo = m_directory->filePath("fifo");
+    QCOMPARE(mkfifo(QFile::encodeName(fifo).constData(), S_IRWXU), 0);
+    QCOMPARE(m_sandbox->run({"--check", fifo}).errors, fifo + ": not a regular file\n");
     const Outcome outcome = m_sandbox->run({"--check", good, "--", "echo", "unexpected"});
     QCOMPARE(outcome.output, good + ": valid\n");
     QCOMPARE(outcome.status, 0);
+}
+
+void SandboxTest::standardInputIsAFile()
+{
+    Program shell("/bin/sh");
+    const auto run = [&shell](const QString &options, const QByteArray &text) {
+        // It begins with the mark that some editors add.
+        return shell.run({"-c", "printf '\\357\\273\\277%s' \"$1\" | \"$0\" " + options, SANDBOX,
+                          QString::fromUtf8(text), getting});
+    };
+    const QByteArray scenario = viewerWith(R"({"a": 1})");
+    QCOMPARE(run("--check -", scenario).output, QString("-: valid\n"));
+    QCOMPARE(run("--check -", "{}").errors, QString("-:1:1: \"applications\" is missing\n"));
+    // The command finds standard input at its end.
+    QCOMPARE(run("--scenario - -- sh -c \"$2; cat\"", scenario).output, QString("({'a': <1>},)\n"));
+    QCOMPARE(run("--expect - -- cat", R"({"calls": [{}]})").errors,
+             QString("-:1:12: the expected call did not come\n"));
+    QCOMPARE(shell.run({"-c", "\"$0\" --check - </", SANDBOX}).errors,
+             QString("-: Is a directory\n"));
 }
 
 void SandboxTest::theLogOverwritesNoFileThatIsRead()

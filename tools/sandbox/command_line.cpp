@@ -4,6 +4,7 @@
 #include "command_line.h"
 
 #include "exit_status.h"
+#include "input_file.h"
 
 #include <QtCore/QCommandLineParser>
 
@@ -15,7 +16,8 @@ const char description[] =
     "Runs a command on a private D-Bus system bus with a simulated managed-configuration\n"
     "service, which answers from a scenario file. When the file changes, so do the\n"
     "configurations. Without a command the sandbox runs until it is terminated, and prints\n"
-    "a line that connects another shell to its bus.\n"
+    "a line that connects another shell to its bus. The name - of a file to read stands for\n"
+    "standard input.\n"
     "\n"
     "The exit status is that of the command, or 128+n if signal n ended it; 124 if the\n"
     "command succeeds but an expected call did not come, 125 if the sandbox itself fails,\n"
@@ -72,6 +74,10 @@ Tools::Failure parseCommandLine(const QStringList &arguments, Options *options)
     options->scenarioFile = parser.value(scenario);
     options->logFile = parser.value(log);
     options->expectationFile = parser.value(expect);
+    const QStringList inputFiles = options->checkFiles + parser.values(scenario)
+        + parser.values(expect);
+    if (inputFiles.count(QLatin1String(standardInputName)) > 1)
+        return usageFailure(QStringLiteral("only one file can be standard input"));
     return {};
 }
 

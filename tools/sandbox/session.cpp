@@ -5,6 +5,7 @@
 
 #include "endpoint.h"
 #include "exit_status.h"
+#include "input_file.h"
 #include "process/termination_signals.h"
 #include "report/event_formatter.h"
 #include "report/expectation_reader.h"
@@ -54,14 +55,21 @@ QVector<Tools::Failure> Session::readFiles()
         failures = readExpectation(m_options.expectationFile, &m_expectation);
     Scenario scenario;
     if (failures.isEmpty() && !m_options.scenarioFile.isEmpty()) {
-        // Before the file is read, so that no change is missed.
-        m_watch.emplace(m_options.scenarioFile, [this] { reload(); });
-        if (const Tools::Failure failure = m_watch->start())
+        if (const Tools::Failure failure = startWatch())
             return {failure};
         failures = readScenario(m_options.scenarioFile, &scenario);
     }
     m_service.emplace(std::move(scenario), &m_log, [this] { m_bus.stop(); });
     return failures;
+}
+
+// Before the file is read, so that no change is missed.
+Tools::Failure Session::startWatch()
+{
+    if (m_options.scenarioFile == QLatin1String(standardInputName))
+        return {};
+    m_watch.emplace(m_options.scenarioFile, [this] { reload(); });
+    return m_watch->start();
 }
 
 Tools::Failure Session::start(const SignalState &signals)

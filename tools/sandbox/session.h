@@ -34,6 +34,7 @@ public:
 
 private:
     QVector<Tools::Failure> readFiles();
+    Tools::Failure startWatch();
     Tools::Failure start(const SignalState &signals);
     Tools::Failure openLog();
     Tools::Failure startService();

@@ -3,10 +3,9 @@
 
 #include "expectation_reader.h"
 
-#include "exit_status.h"
+#include "input_file.h"
 #include "scenario/json_reader.h"
 
-#include <QtCore/QFile>
 #include <QtCore/QJsonArray>
 
 namespace Tarnvel::Sandbox {
@@ -94,10 +93,10 @@ QVector<Tools::Failure> parseExpectation(const QString &fileName, const QByteArr
 
 QVector<Tools::Failure> readExpectation(const QString &fileName, Expectation *expectation)
 {
-    QFile file(fileName);
-    if (!file.open(QIODevice::ReadOnly))
-        return {{SandboxFailed, file.errorString(), {}, fileName}};
-    return parseExpectation(fileName, file.readAll(), expectation);
+    QByteArray text;
+    if (const Tools::Failure failure = readInputFile(fileName, &text))
+        return {failure};
+    return parseExpectation(fileName, text, expectation);
 }
 
 } // namespace Tarnvel::Sandbox

@@ -5,17 +5,13 @@
 
 #include "configuration_reader.h"
 #include "endpoint.h"
-#include "exit_status.h"
 #include "fault_reader.h"
+#include "input_file.h"
 #include "json_reader.h"
-
-#include <QtCore/QFile>
 
 namespace Tarnvel::Sandbox {
 
 namespace {
-
-constexpr char byteOrderMark[] = "\xef\xbb\xbf";
 
 // The greatest number means no user.
 constexpr qint64 maximumUser = std::numeric_limits<quint32>::max() - 1;
@@ -149,12 +145,8 @@ Scenario readDocument(const JsonValue &document, Diagnostics *diagnostics)
 QVector<Tools::Failure> parseScenario(const QString &fileName, const QByteArray &text,
                                       Scenario *scenario)
 {
-    // Some editors add the mark without showing it.
-    const QByteArray json = text.startsWith(byteOrderMark)
-        ? text.mid(static_cast<int>(std::size(byteOrderMark)) - 1)
-        : text;
-    Diagnostics diagnostics(fileName, json);
-    const JsonValue document = parseJson(json, &diagnostics);
+    Diagnostics diagnostics(fileName, text);
+    const JsonValue document = parseJson(text, &diagnostics);
     if (!diagnostics.failures().isEmpty())
         return diagnostics.failures();
     const Scenario parsed = readDocument(document, &diagnostics);
@@ -166,10 +158,10 @@ QVector<Tools::Failure> parseScenario(const QString &fileName, const QByteArray 
 
 QVector<Tools::Failure> readScenario(const QString &fileName, Scenario *scenario)
 {
-    QFile file(fileName);
-    if (!file.open(QIODevice::ReadOnly))
-        return {{SandboxFailed, file.errorString(), {}, fileName}};
-    return parseScenario(fileName, file.readAll(), scenario);
+    QByteArray text;
+    if (const Tools::Failure failure = readInputFile(fileName, &text))
+        return {failure};
+    return parseScenario(fileName, text, scenario);
 }
 
 } // namespace Tarnvel::Sandbox
