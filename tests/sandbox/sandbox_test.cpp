@@ -173,7 +173,7 @@ private Q_SLOTS:
     void theExitStatusTellsWhetherExpectedCallsCame_data();
     void theExitStatusTellsWhetherExpectedCallsCame();
     void aNewScenarioIsAnnouncedWhereItDiffers();
-    void aBadOrMissingScenarioChangesNothing();
+    void aScenarioThatCannotBeReadChangesNothing();
 
 private:
     bool serve(const QByteArray &scenario, const QStringList &options = {});
@@ -457,10 +457,10 @@ void SandboxTest::everyEventIsPrintedAndRecorded()
     m_client->read(playerPath);
     QVERIFY(write(m_scenarioFile, "{}"));
     QStringList printed;
-    while (printed.size() < 8)
+    while (printed.size() < 9)
         printed.append(m_sandbox->readErrorLine());
     QVERIFY(write(m_scenarioFile, scenario));
-    while (printed.size() < 10)
+    while (printed.size() < 11)
         printed.append(m_sandbox->readErrorLine());
     m_sandbox->send(SIGTERM);
     QCOMPARE(m_sandbox->finish().errors, QString());
@@ -550,21 +550,34 @@ void SandboxTest::aNewScenarioIsAnnouncedWhereItDiffers()
     QCOMPARE(m_client->change("({'a': <2>},)", editorPath), QString("()"));
 }
 
-void SandboxTest::aBadOrMissingScenarioChangesNothing()
+void SandboxTest::aScenarioThatCannotBeReadChangesNothing()
 {
     QVERIFY(serve(viewerWith(R"({"a": 1, "b": 1})")));
     QCOMPARE(m_client->change("({'b': <2>},)"), QString("()"));
     QVERIFY(m_sandbox->readErrorLine().endsWith(": accepted"));
     QCOMPARE(m_sandbox->readErrorLine(), QString("acme/viewer: ConfigurationChanged"));
 
+    const QString kept = m_scenarioFile + ": not reloaded, the last valid scenario stays";
     QVERIFY(write(m_scenarioFile, "{\"applications\": [\n}"));
     QVERIFY(m_sandbox->readErrorLine().startsWith(m_scenarioFile + ":2:1: "));
+    QCOMPARE(m_sandbox->readErrorLine(), kept);
     QVERIFY(write(m_scenarioFile, viewerWith("\n{\"a\": 2, \"c\": null}")));
     QVERIFY(m_sandbox->readErrorLine().startsWith(m_scenarioFile + ":2:15: "));
+    QCOMPARE(m_sandbox->readErrorLine(), kept);
     QVERIFY(QFile::remove(m_scenarioFile));
+    QCOMPARE(m_sandbox->readErrorLine(), m_scenarioFile + ": No such file or directory");
+    QCOMPARE(m_sandbox->readErrorLine(), kept);
+    QCOMPARE(mkfifo(QFile::encodeName(m_scenarioFile).constData(), S_IRWXU), 0);
+    QCOMPARE(m_sandbox->readErrorLine(), m_scenarioFile + ": not a regular file");
+    QCOMPARE(m_sandbox->readErrorLine(), kept);
     QCOMPARE(m_client->read(), QString("({'a': <1>, 'b': <2>},)"));
+    QVERIFY(m_sandbox->readErrorLine().endsWith(": answered, 2 entries"));
+    QVERIFY(QFile::remove(m_scenarioFile));
+    QCOMPARE(m_sandbox->readErrorLine(), m_scenarioFile + ": No such file or directory");
+    QCOMPARE(m_sandbox->readErrorLine(), kept);
 
     QVERIFY(write(m_scenarioFile, viewerWith(R"({"a": 3})")));
+    QCOMPARE(m_sandbox->readErrorLine(), m_scenarioFile + ": reloaded");
     QCOMPARE(m_client->waitForSignals(2), QStringList({changed(viewerPath), changed(viewerPath)}));
     QCOMPARE(m_client->read(), QString("({'a': <3>},)"));
 }

@@ -134,8 +134,10 @@ void Session::reload()
     const QVector<Tools::Failure> failures = readScenario(file, &scenario);
     for (const Tools::Failure &failure : failures)
         m_log.report(scenarioEvent(file, failure.text(), Style::Bad));
-    if (!failures.isEmpty())
-        return;
+    if (!failures.isEmpty()) {
+        const auto kept = QStringLiteral("%1: not reloaded, the last valid scenario stays");
+        return m_log.report(scenarioEvent(file, kept.arg(file), Style::Bad));
+    }
     m_log.report(scenarioEvent(file, QStringLiteral("%1: reloaded").arg(file), Style::Aside));
     m_service->apply(std::move(scenario));
 }

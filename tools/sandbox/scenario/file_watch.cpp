@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <deque>
+#include <unistd.h>
 #include <utility>
 
 namespace Tarnvel::Sandbox {
@@ -17,6 +18,9 @@ namespace {
 
 // As many as the kernel follows.
 constexpr int maximumLinks = 40;
+
+// Longer than a program takes between two steps of saving a file.
+constexpr int settlingTimeMs = 100;
 
 // The symbolic links on the way to the file, and the file itself.
 std::vector<std::filesystem::path> pathsTo(const std::filesystem::path &fileName)
@@ -47,10 +51,13 @@ std::vector<std::filesystem::path> pathsTo(const std::filesystem::path &fileName
 
 } // namespace
 
-FileWatch::FileWatch(const QString &fileName, std::function<void()> handler)
+FileWatch::FileWatch(const QString &fileName, const std::function<void()> &handler)
     : m_fileName(std::filesystem::absolute(QFile::encodeName(fileName).constData())),
-      m_handler(std::move(handler))
+      m_wasReadable(isReadable())
 {
+    m_settling.setSingleShot(true);
+    m_settling.setInterval(settlingTimeMs);
+    QObject::connect(&m_settling, &QTimer::timeout, &m_settling, handler);
 }
 
 FileWatch::~FileWatch()
@@ -77,19 +84,30 @@ void FileWatch::receive(GFileMonitor *, GFile *, GFile *otherFile, GFileMonitorE
                         gpointer data)
 {
     auto *const watch = static_cast<FileWatch *>(data);
-    const bool isRenamed = event == G_FILE_MONITOR_EVENT_RENAMED
-        && watch->isWatched(g_file_peek_path(otherFile));
-    if (!isRenamed && event != G_FILE_MONITOR_EVENT_MOVED_IN
-        && event != G_FILE_MONITOR_EVENT_CHANGES_DONE_HINT)
-        return;
+    const bool isNew = event == G_FILE_MONITOR_EVENT_CHANGES_DONE_HINT
+        || event == G_FILE_MONITOR_EVENT_MOVED_IN
+        || (event == G_FILE_MONITOR_EVENT_RENAMED && watch->isWatched(g_file_peek_path(otherFile)));
     // The links may lead elsewhere now.
+    const std::vector<std::filesystem::path> paths = watch->m_paths;
     watch->start();
-    watch->m_handler();
+    const bool wasReadable = std::exchange(watch->m_wasReadable, watch->isReadable());
+    // The writer has not closed the file yet.
+    const bool isOpen = event == G_FILE_MONITOR_EVENT_CREATED
+        || event == G_FILE_MONITOR_EVENT_CHANGED;
+    if (isNew || watch->m_paths != paths || (!isOpen && watch->m_wasReadable != wasReadable))
+        watch->m_settling.start();
+    else if (isOpen)
+        watch->m_settling.stop();
 }
 
 bool FileWatch::isWatched(const std::filesystem::path &path) const
 {
     return std::find(m_paths.begin(), m_paths.end(), path) != m_paths.end();
+}
+
+bool FileWatch::isReadable() const
+{
+    return access(m_fileName.c_str(), R_OK) == 0;
 }
 
 Tools::Failure FileWatch::watch(const std::filesystem::path &path)
