@@ -222,6 +222,21 @@ private Q_SLOTS:
         QCOMPARE(changes(), QStringList(change));
     }
 
+    void byteOrderMarkOfTheFileIsLeftOutAndNoOther()
+    {
+        const QString mark(QChar::ByteOrderMark);
+        const QString json = QString("{\"%1k\":[\"%1v\"]}").arg(mark);
+        QCOMPARE(runOnFile(mark + json, {}).errors, QString());
+        QCOMPARE(runClient({"set", mark + "k:string=" + mark, "n:configuration=" + json}).errors,
+                 QString());
+        QCOMPARE(changes(),
+                 QStringList({"({'\\ufeffk': <['\\ufeffv']>},)",
+                              "({'n': <{'\\ufeffk': <['\\ufeffv']>}>, "
+                              "'\\ufeffk': <'\\ufeff'>},)"}));
+        QCOMPARE(runClient({"set", "--dry-run", "k:string=" + mark}).output,
+                 "added: k = \"" + mark + "\"\n");
+    }
+
     void wrongFilesAreRefused_data()
     {
         QTest::addColumn<QString>("message");

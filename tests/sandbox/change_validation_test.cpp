@@ -80,6 +80,7 @@ void ChangeValidationTest::aChangeIsRefusedForItsReason_data()
         "accepted");
 
     row("key that is not there", "{'zom': <1>}", "NotExistingKey: \"zom\" does not exist");
+    row("key with U+FEFF", "{'\\ufeffzoom': <1>}", "NotExistingKey: \"\ufeffzoom\" does not exist");
     row("nested key that is not there",
         "{'window': <{'bar': <{'shown': <true>, 'color': <'red'>, 'size': <1>}>}>}",
         "NotExistingKey: \"window/bar/size\" does not exist");

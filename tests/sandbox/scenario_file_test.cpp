@@ -197,6 +197,11 @@ void ScenarioFileTest::aValueIsWrittenAsItIsRead_data()
     row("false", "false");
     row(R"("")", "''");
     row(R"("\u00fc\ud83d\ude00\u0001/[]")", "'ü😀\\u0001/[]'", R"("ü😀\u0001/[]")");
+    // No byte-order mark where text begins: it is only one at the beginning of a file.
+    row("\"\xef\xbb\xbf\"", "'\\ufeff'");
+    row("{\"a\":[\"\xef\xbb\xbfx\"],\"\xef\xbb\xbf"
+        "a\":1}",
+        "{'a': <['\\ufeffx']>, '\\ufeffa': <1>}");
     row("[]", "@as []");
     row("[1,-1]", "[1, -1]");
     row("[true,false]", "[true, false]");

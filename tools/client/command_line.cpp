@@ -4,6 +4,7 @@
 #include "command_line.h"
 
 #include "endpoint.h"
+#include "text.h"
 #include "usage_failure.h"
 
 #include <QtCore/QCommandLineParser>
@@ -84,7 +85,7 @@ Failure readCommandOptions(const QCommandLineParser &parser, CommandLine *comman
 Failure decode(int count, const char *const *arguments, QStringList *decoded)
 {
     for (int index = 0; index < count; ++index) {
-        const QString argument = QString::fromUtf8(arguments[index]);
+        const QString argument = Tools::fromUtf8(arguments[index]);
         if (argument.toUtf8() != arguments[index])
             return usageFailure(QStringLiteral("\"%1\" is not UTF-8").arg(argument));
         decoded->append(argument);

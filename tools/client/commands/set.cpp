@@ -54,7 +54,7 @@ Failure readObject(const QString &fileName, QJsonObject *object)
         return {EX_NOINPUT, file.errorString(),
                 QStringLiteral("name a file that can be read, or - for standard input"), fileName};
     QJsonParseError error;
-    const QJsonDocument document = QJsonDocument::fromJson(text, &error);
+    const QJsonDocument document = parseJson(text, &error);
     *object = document.object();
     if (document.isObject())
         return {};

@@ -136,6 +136,15 @@ QString indentedText(const QJsonValue &value)
     return lines.join(QLatin1Char('\n'));
 }
 
+QJsonDocument parseJson(const QByteArray &text, QJsonParseError *error)
+{
+    // An error has its offset in the text as it is.
+    const QJsonDocument document = QJsonDocument::fromJson(text, error);
+    QByteArray escaped = text;
+    escaped.replace("\"\xef\xbb\xbf", "\"\\ufeff");
+    return document.isNull() ? document : QJsonDocument::fromJson(escaped);
+}
+
 Failure parseValue(ValueType type, const QString &text, QVariant *value)
 {
     if (type == ValueType::String) {
@@ -143,7 +152,7 @@ Failure parseValue(ValueType type, const QString &text, QVariant *value)
         return {};
     }
     QJsonParseError error;
-    const QJsonArray list = QJsonDocument::fromJson('[' + text.toUtf8() + ']', &error).array();
+    const QJsonArray list = parseJson('[' + text.toUtf8() + ']', &error).array();
     *value = QVariant();
     if (list.size() == 1)
         return readValue(type, list.first(), value);

@@ -6,6 +6,8 @@
 #include "failure.h"
 #include "value_type.h"
 
+#include <QtCore/QByteArray>
+#include <QtCore/QJsonDocument>
 #include <QtCore/QJsonObject>
 #include <QtCore/QJsonValue>
 #include <QtCore/QString>
@@ -33,6 +35,13 @@ QString indentedText(const QJsonValue &value);
  * booleans, strings, objects, and lists of one of the first three; an empty list is one of strings.
  */
 Tools::Failure parseValue(ValueType type, const QString &text, QVariant *value);
+
+/*!
+ * \brief The document that \a text holds; null, and \a error is set, if it is not JSON.
+ *
+ * QJsonDocument::fromJson() would leave out U+FEFF at the beginning of a string.
+ */
+QJsonDocument parseJson(const QByteArray &text, QJsonParseError *error);
 
 /*!
  * \brief Sets the values in \a object, which have the types of the present ones if there are any.

@@ -5,6 +5,7 @@
 
 #include "scenario/configuration_reader.h"
 #include "scenario/variant.h"
+#include "text.h"
 
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
@@ -49,7 +50,7 @@ QJsonValue toJson(GVariant *value)
     if (type == "b")
         return g_variant_get_boolean(value) == TRUE;
     if (type == "s")
-        return QString::fromUtf8(g_variant_get_string(value, nullptr));
+        return Tools::fromUtf8(g_variant_get_string(value, nullptr));
     if (type == "ai" || type == "ab" || type == "as")
         return listJson(value);
     if (type == "a{sv}")

@@ -4,6 +4,7 @@
 #include "json_document.h"
 
 #include "terminal.h"
+#include "text.h"
 
 #include <QtCore/QSet>
 
@@ -152,7 +153,7 @@ private:
         if (!g_utf8_validate(text, static_cast<gssize>(size), nullptr))
             m_diagnostics->add(tokenStart(),
                                QStringLiteral("U+0000 or lone surrogate in a string"));
-        return QString::fromUtf8(text, static_cast<int>(size));
+        return Tools::fromUtf8({text, static_cast<int>(size)});
     }
 
     void endToken()

@@ -4,6 +4,7 @@
 #include "variant.h"
 
 #include "bus_limits.h"
+#include "text.h"
 
 #include <gio/gio.h>
 
@@ -44,7 +45,7 @@ Entries entriesOf(GVariant *configuration)
     const gchar *key = nullptr;
     GVariant *content = nullptr;
     while (g_variant_iter_next(&iterator, "{&sv}", &key, &content))
-        entries.insert(QString::fromUtf8(key), inOrder(adopt(content)));
+        entries.insert(Tools::fromUtf8(key), inOrder(adopt(content)));
     return entries;
 }
 

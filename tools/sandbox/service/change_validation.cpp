@@ -4,6 +4,7 @@
 #include "change_validation.h"
 
 #include "report/variant_json.h"
+#include "text.h"
 
 namespace Tarnvel::Sandbox {
 
@@ -72,7 +73,7 @@ std::optional<Refusal> refuseEntries(const QString &prefix, GVariant *known, GVa
     GVariant *content = nullptr;
     while (g_variant_iter_next(&entries, "{&sv}", &key, &content)) {
         const Variant value = adopt(content);
-        const QString path = prefix + QString::fromUtf8(key);
+        const QString path = prefix + Tools::fromUtf8(key);
         g_autoptr(GVariant) knownValue = g_variant_lookup_value(known, key, nullptr);
         if (!knownValue)
             return Refusal {QStringLiteral("NotExistingKey"),
