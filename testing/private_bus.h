@@ -3,12 +3,14 @@
 
 #pragma once
 
+#include "bus_limits.h"
 #include "child_process.h"
 
 #include <QtCore/QDir>
 #include <QtCore/QString>
 #include <QtCore/QTemporaryDir>
 
+#include <iterator>
 #include <optional>
 
 namespace Tarnvel::Testing {
@@ -26,6 +28,10 @@ class PrivateBus
 public:
     /*! \brief A bus in a temporary directory of its own. */
     PrivateBus();
+
+    /*! \brief How long the path of a directory may be, in bytes: it has a socket. */
+    static constexpr int maximumDirectorySize = DBus::maximumSocketPathSize
+        - static_cast<int>(std::size("/socket")) + 1;
 
     /*! \brief A bus in \a directory, which must be private, and outlive the bus. */
     explicit PrivateBus(const QString &directory);

@@ -24,6 +24,10 @@ constexpr int maximumStructureDepth = 32;
 /*! \brief The maximum size of a message on a system bus, by default, in bytes. */
 constexpr int maximumMessageSize = 32 * 1024 * 1024;
 
+/*! \brief The maximum length of the path of a socket, in bytes: libdbus allows less than the
+ * kernel. */
+constexpr int maximumSocketPathSize = 99;
+
 /*! \brief The maximum number of pending calls of a connection to dbus-daemon, by default. */
 constexpr int maximumPendingCalls = 128;
 

@@ -201,6 +201,7 @@ private Q_SLOTS:
     void aSignalEndsTheWaitForStandardInput();
     void aTerminalShowsColors();
     void onlyASessionNeedsATemporaryDirectory();
+    void aTemporaryDirectoryHasRoomForASocket();
 
 private:
     QStringList entries() const
@@ -414,8 +415,29 @@ void SandboxProcessesTest::onlyASessionNeedsATemporaryDirectory()
     QVERIFY(m_process->startSandbox({"--", "true"}));
     QCOMPARE(m_process->finish(), 125);
     QCOMPARE(m_process->readAllStandardError(),
-             QByteArray("/nowhere/managed-configuration-sandbox-XXXXXX: No such file or "
-                        "directory\n"));
+             QByteArray("/nowhere: cannot be TMPDIR: No such file or directory\n"));
+}
+
+void SandboxProcessesTest::aTemporaryDirectoryHasRoomForASocket()
+{
+    QDir parent(m_directory.path());
+    m_process->setWorkingDirectory(parent.path());
+    for (const int size : {55, 56}) {
+        const QString name(size - parent.path().size() - 1, 'x');
+        const QString directory = parent.filePath(name);
+        QVERIFY(parent.mkdir(name));
+        for (const QString &variable : {name, directory}) {
+            qputenv("TMPDIR", QFile::encodeName(variable));
+            QVERIFY(m_process->startSandbox({"--", "true"}));
+            QCOMPARE(m_process->finish(), size == 55 ? 0 : 125);
+            QCOMPARE(QString::fromUtf8(m_process->readAllStandardError()),
+                     size == 55 ? QString()
+                                : directory
+                             + ": cannot be TMPDIR: a path of more than 55 bytes is too long for "
+                               "a socket\n");
+        }
+        QVERIFY(parent.rmdir(name));
+    }
 }
 
 QTEST_GUILESS_MAIN(SandboxProcessesTest)

@@ -157,6 +157,7 @@ private Q_SLOTS:
     void theExitStatusIsThatOfTheCommand();
     void aFailureIsReported_data();
     void aFailureIsReported();
+    void anAddressThatCannotBePrintedIsAFailure();
     void helpAndVersionAreShown();
     void aBrokenPipeFailsTheWriteAlone();
     void onlyFilesAreChecked();
@@ -238,6 +239,8 @@ void SandboxTest::aFailureIsReported_data()
                             << "/dev/zero: not a regular file";
     QTest::newRow("standard input twice") << QStringList {"--scenario", "-", "--expect", "-"} << 125
                                           << "only one file can be standard input";
+    QTest::newRow("no command") << QStringList {"--log", "/nowhere/log", "--"} << 125
+                                << "the command after \"--\" is missing";
     QTest::newRow("missing command")
         << QStringList {"--", "/nowhere/command"} << 127
         << "Failed to execute child process “/nowhere/command” (No such file or directory)";
@@ -257,6 +260,18 @@ void SandboxTest::aFailureIsReported()
     QCOMPARE(outcome.errors, message + '\n');
     QCOMPARE(outcome.output, QString());
     QTEST(outcome.status, "status");
+}
+
+void SandboxTest::anAddressThatCannotBePrintedIsAFailure()
+{
+    for (const auto &[script, reason] : std::initializer_list<std::pair<QString, QString>> {
+             {"exec \"$0\" >&-", "Bad file descriptor"},
+             {"exec \"$0\" >/dev/full", "No space left on device"},
+             {"exec 3> >(:); wait $!; exec \"$0\" >&3", "Broken pipe"}}) {
+        const Outcome outcome = Program("/bin/bash").run({"-c", script, SANDBOX});
+        QCOMPARE(outcome.errors, "cannot write to standard output: " + reason + '\n');
+        QCOMPARE(outcome.status, 125);
+    }
 }
 
 void SandboxTest::helpAndVersionAreShown()

@@ -66,6 +66,8 @@ Tools::Failure parseCommandLine(const QStringList &arguments, Options *options)
     }
 
     options->command = parser.positionalArguments();
+    if (options->command.isEmpty() && arguments.constLast() == QLatin1String("--"))
+        return usageFailure(QStringLiteral("the command after \"--\" is missing"));
     options->checkFiles = parser.values(check);
     // As in "--check *.json"; what follows "--" is a command.
     if (parser.isSet(check) && !arguments.contains(QStringLiteral("--")))

@@ -14,6 +14,7 @@
 #include <QtCore/QCoreApplication>
 #include <QtCore/QFileInfo>
 
+#include <cerrno>
 #include <cstdlib>
 #include <utility>
 
@@ -41,10 +42,6 @@ int Session::execute(const SignalState &signals)
         printEvent(failure.text(), Style::Bad);
     if (!failures.isEmpty())
         return failures.first().status;
-    if (m_options.command.isEmpty())
-        Tools::printLine(stdout,
-                         QStringLiteral("export %1='%2'")
-                             .arg(QLatin1String(DBus::busAddressVariable), m_bus.address()));
     return statusAfter(QCoreApplication::exec());
 }
 
@@ -77,9 +74,9 @@ Tools::Failure Session::start(const SignalState &signals)
     Tools::Failure failure = openLog();
     if (!failure)
         failure = startService();
-    if (!failure && !m_options.command.isEmpty())
-        failure = startCommand(signals);
-    return failure;
+    if (failure)
+        return failure;
+    return m_options.command.isEmpty() ? printAddress() : startCommand(signals);
 }
 
 Tools::Failure Session::openLog()
@@ -100,6 +97,18 @@ Tools::Failure Session::startService()
     if (!error.isNull())
         return {SandboxFailed, error};
     return m_service->open(m_bus.address());
+}
+
+Tools::Failure Session::printAddress() const
+{
+    errno = 0;
+    Tools::printLine(stdout,
+                     QStringLiteral("export %1='%2'")
+                         .arg(QLatin1String(DBus::busAddressVariable), m_bus.address()));
+    if (!std::ferror(stdout))
+        return {};
+    return {SandboxFailed,
+            QStringLiteral("cannot write to standard output: %1").arg(qt_error_string(errno))};
 }
 
 Tools::Failure Session::startCommand(const SignalState &signals)

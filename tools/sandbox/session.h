@@ -38,6 +38,7 @@ private:
     Tools::Failure start(const SignalState &signals);
     Tools::Failure openLog();
     Tools::Failure startService();
+    Tools::Failure printAddress() const;
     Tools::Failure startCommand(const SignalState &signals);
     int statusAfter(int status) const;
     void end(int signal, bool isTyped);

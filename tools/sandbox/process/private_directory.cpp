@@ -4,6 +4,7 @@
 #include "private_directory.h"
 
 #include "exit_status.h"
+#include "private_bus.h"
 
 #include <QtCore/QDir>
 
@@ -27,6 +28,14 @@ QDir parentDirectory()
     return {directory.isEmpty() ? QStringLiteral("/tmp") : directory};
 }
 
+Tools::Failure failure(const QString &reason)
+{
+    return {SandboxFailed,
+            QStringLiteral("cannot be TMPDIR: ") + reason,
+            {},
+            parentDirectory().absolutePath()};
+}
+
 int openDirectory(const QString &path)
 {
     return open(QFile::encodeName(path).constData(),
@@ -45,12 +54,18 @@ Tools::Failure PrivateDirectory::create()
 {
     removeAbandoned();
     const QString pattern = parentDirectory().absoluteFilePath(QLatin1String(nameTemplate));
+    // The size of the template includes its end, in place of the separator.
+    const int maximumSize = Testing::PrivateBus::maximumDirectorySize
+        - static_cast<int>(std::size(nameTemplate));
+    if (QFile::encodeName(parentDirectory().absolutePath()).size() > maximumSize)
+        return failure(QStringLiteral("a path of more than %1 bytes is too long for a socket")
+                           .arg(maximumSize));
     // Another sandbox may remove the directory before it is locked.
     do {
         close(m_lock);
         m_directory.emplace(pattern);
         if (!m_directory->isValid())
-            return {SandboxFailed, m_directory->errorString(), {}, pattern};
+            return failure(m_directory->errorString());
         m_lock = openDirectory(path());
         if (m_lock == -1 && errno != ENOENT)
             return {SandboxFailed, qt_error_string(errno), {}, path()};

@@ -23,7 +23,11 @@ public:
     /*! \brief Removes the directory with all that is in it. */
     ~PrivateDirectory();
 
-    /*! \brief Removes abandoned directories, and creates a new one in TMPDIR or else in /tmp. */
+    /*!
+     * \brief Removes abandoned directories, and creates a new one in TMPDIR or else in /tmp.
+     *
+     * Fails if there is no room for the path of a socket.
+     */
     Tools::Failure create();
 
     /*! \brief The absolute path of the directory. */
