@@ -61,6 +61,7 @@ private Q_SLOTS:
     void aChangeIsRefusedForItsReason_data();
     void aChangeIsRefusedForItsReason();
     void aLostSettingMayComeBack();
+    void everySettingIsFound();
     void aCallerIsRefusedForItsReason();
 };
 
@@ -132,18 +133,36 @@ void ChangeValidationTest::aChangeIsRefusedForItsReason_data()
 void ChangeValidationTest::aChangeIsRefusedForItsReason()
 {
     QFETCH(QByteArray, change);
-    const Configurations configurations {parse(given), parse(given)};
-    QTEST(described(refuseChange(makeApplication(), configurations, parse(change).get())),
+    const KeptConfiguration kept {inOrder(parse(given)), {}};
+    QTEST(described(refuseChange(makeApplication(), kept, entriesOf(parse(change).get()))),
           "outcome");
 }
 
 void ChangeValidationTest::aLostSettingMayComeBack()
 {
-    const Configurations configurations {parse(given),
-                                         parse("{'window': <{'bar': <{'shown': <true>}>}>}")};
+    const KeptConfiguration kept {
+        inOrder(parse(given)),
+        entriesOf(parse("{'window': <{'bar': <{'shown': <true>}>}>}").get())};
     const Variant change = parse("{'window': <{'width': <1>, 'bar': <{'shown': <true>}>}>}");
-    QCOMPARE(described(refuseChange(makeApplication(), configurations, change.get())),
+    QCOMPARE(described(refuseChange(makeApplication(), kept, entriesOf(change.get()))),
              QString("accepted"));
+}
+
+void ChangeValidationTest::everySettingIsFound()
+{
+    const QStringList keys {"", "A", "AA", "a", "\u00e9", "\U0001f600", "\uffee"};
+    // The configuration grows by one key at a time, from none to all.
+    Variant configuration = inOrder(parse("@a{sv} {}"));
+    for (int count = 0; count < keys.size(); ++count) {
+        Entries entries = entriesOf(configuration.get());
+        for (int index = 0; index < keys.size(); ++index) {
+            const Variant value = valueAt(configuration, {keys.at(index)});
+            QCOMPARE(static_cast<bool>(value), index < count);
+            QVERIFY(!value || g_variant_get_int32(value.get()) == index);
+        }
+        entries.insert(keys.at(count), adopt(g_variant_new_int32(count)));
+        configuration = makeConfiguration(entries);
+    }
 }
 
 void ChangeValidationTest::aCallerIsRefusedForItsReason()

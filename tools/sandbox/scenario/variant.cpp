@@ -7,6 +7,7 @@
 #include "text.h"
 
 #include <gio/gio.h>
+#include <vector>
 
 namespace Tarnvel::Sandbox {
 
@@ -20,6 +21,76 @@ bool isConfiguration(GVariant *value)
     return g_variant_is_of_type(value, G_VARIANT_TYPE_VARDICT);
 }
 
+// Not g_variant_new("{sv}", ...), which costs twice as much: there may be 100,000 entries.
+GVariant *newEntry(const QString &key, GVariant *value)
+{
+    return g_variant_new_dict_entry(g_variant_new_string(key.toUtf8().constData()),
+                                    g_variant_new_variant(value));
+}
+
+Variant newConfiguration(const std::vector<GVariant *> &entries)
+{
+    return adopt(g_variant_new_array(G_VARIANT_TYPE("{sv}"), entries.data(), entries.size()));
+}
+
+// Not g_variant_get_child(), which makes one block of the whole value first.
+Variant childAt(GVariant *value, gsize index)
+{
+    return adopt(g_variant_get_child_value(value, index));
+}
+
+QString keyOf(const Variant &entry)
+{
+    return Tools::fromUtf8(g_variant_get_string(childAt(entry.get(), 0).get(), nullptr));
+}
+
+Variant contentOf(const Variant &entry)
+{
+    return childAt(childAt(entry.get(), 1).get(), 0);
+}
+
+// The position of the first key in the configuration that is not before this one.
+gsize lowerBound(GVariant *configuration, const QString &key)
+{
+    gsize first = 0;
+    gsize count = g_variant_n_children(configuration);
+    while (count > 0) {
+        const gsize half = count / 2;
+        const bool isBefore = keyOf(childAt(configuration, first + half)) < key;
+        first += isBefore ? half + 1 : 0;
+        count = isBefore ? count - half - 1 : half;
+    }
+    return first;
+}
+
+Variant valueOf(GVariant *configuration, const QString &key)
+{
+    const gsize position = lowerBound(configuration, key);
+    if (position == g_variant_n_children(configuration))
+        return {};
+    const Variant entry = childAt(configuration, position);
+    return keyOf(entry) == key ? contentOf(entry) : Variant();
+}
+
+bool areEntriesEqual(const Variant &left, const Variant &right)
+{
+    return areEqual(childAt(left.get(), 0), childAt(right.get(), 0))
+        && areEqual(contentOf(left), contentOf(right));
+}
+
+// g_variant_equal() would make a block of each first, which takes longer.
+bool areConfigurationsEqual(GVariant *left, GVariant *right)
+{
+    const gsize count = g_variant_n_children(left);
+    if (count != g_variant_n_children(right))
+        return false;
+    for (gsize index = 0; index < count; ++index) {
+        if (!areEntriesEqual(childAt(left, index), childAt(right, index)))
+            return false;
+    }
+    return true;
+}
+
 } // namespace
 
 Variant adopt(GVariant *value)
@@ -29,12 +100,11 @@ Variant adopt(GVariant *value)
 
 Variant makeConfiguration(const Entries &entries)
 {
-    GVariantBuilder builder;
-    g_variant_builder_init(&builder, G_VARIANT_TYPE_VARDICT);
+    std::vector<GVariant *> newEntries;
+    newEntries.reserve(static_cast<std::size_t>(entries.size()));
     for (auto entry = entries.begin(); entry != entries.end(); ++entry)
-        g_variant_builder_add(&builder, "{sv}", entry.key().toUtf8().constData(),
-                              entry.value().get());
-    return adopt(g_variant_builder_end(&builder));
+        newEntries.push_back(newEntry(entry.key(), entry.value().get()));
+    return newConfiguration(newEntries);
 }
 
 Entries entriesOf(GVariant *configuration)
@@ -54,13 +124,22 @@ Variant inOrder(const Variant &value)
     return isConfiguration(value.get()) ? makeConfiguration(entriesOf(value.get())) : value;
 }
 
-Variant mergeConfigurations(const Variant &configuration, GVariant *change)
+Variant replaceValues(const Variant &configuration, const Entries &changes)
 {
-    Entries merged = entriesOf(configuration.get());
-    const Entries changed = entriesOf(change);
-    for (auto entry = changed.begin(); entry != changed.end(); ++entry)
-        merged.insert(entry.key(), entry.value());
-    return makeConfiguration(merged);
+    if (changes.isEmpty())
+        return configuration;
+    std::vector<Variant> entries;
+    entries.reserve(g_variant_n_children(configuration.get()));
+    for (gsize index = 0; index < g_variant_n_children(configuration.get()); ++index)
+        entries.push_back(childAt(configuration.get(), index));
+    for (auto change = changes.begin(); change != changes.end(); ++change)
+        entries.at(lowerBound(configuration.get(), change.key())) = adopt(
+            newEntry(change.key(), change.value().get()));
+    std::vector<GVariant *> pointers;
+    pointers.reserve(entries.size());
+    for (const Variant &entry : entries)
+        pointers.push_back(entry.get());
+    return newConfiguration(pointers);
 }
 
 QStringList settingKeys(const QString &path)
@@ -69,21 +148,27 @@ QStringList settingKeys(const QString &path)
     return keys.contains(QString()) ? QStringList() : keys;
 }
 
-Variant valueAt(const Variant &configuration, const QStringList &path)
+Variant valueAt(const Variant &value, const QStringList &path)
 {
-    Variant value = configuration;
+    Variant current = value;
     for (const QString &key : path) {
-        if (!value || !isConfiguration(value.get()))
+        if (!current || !isConfiguration(current.get()))
             return {};
-        GVariant *const found = g_variant_lookup_value(value.get(), key.toUtf8().constData(),
-                                                       nullptr);
-        value = found ? adopt(found) : Variant();
+        current = valueOf(current.get(), key);
     }
-    return value;
+    return current;
+}
+
+Variant valueAt(const Entries &entries, const QStringList &path)
+{
+    return valueAt(entries.value(path.first()), path.mid(1));
 }
 
 bool isTooLarge(const Variant &configuration)
 {
+    // A value is at most eight times as large in a message, which takes longer to create.
+    if (g_variant_get_size(configuration.get()) < DBus::maximumMessageSize / 9)
+        return false;
     g_autoptr(GDBusMessage) reply = g_dbus_message_new();
     g_dbus_message_set_message_type(reply, G_DBUS_MESSAGE_TYPE_METHOD_RETURN);
     g_dbus_message_set_reply_serial(reply, 1);
@@ -99,7 +184,11 @@ bool isTooLarge(const Variant &configuration)
 
 bool areEqual(const Variant &left, const Variant &right)
 {
-    return left && right ? g_variant_equal(left.get(), right.get()) : left == right;
+    if (!left || !right)
+        return left == right;
+    if (isConfiguration(left.get()) && isConfiguration(right.get()))
+        return areConfigurationsEqual(left.get(), right.get());
+    return g_variant_equal(left.get(), right.get());
 }
 
 } // namespace Tarnvel::Sandbox

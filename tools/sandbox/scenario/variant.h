@@ -35,14 +35,21 @@ Entries entriesOf(GVariant *configuration);
  */
 Variant inOrder(const Variant &value);
 
-/*! \brief \a configuration with the entries of \a change added, or replacing its own. */
-Variant mergeConfigurations(const Variant &configuration, GVariant *change);
+/*! \brief \a configuration with the values of \a changes, whose keys it must have. */
+Variant replaceValues(const Variant &configuration, const Entries &changes);
 
 /*! \brief The keys in \a path, separated by "/"; none if one of them is empty. */
 QStringList settingKeys(const QString &path);
 
-/*! \brief The value at \a path, a key and those of nested configurations; null if none is there. */
-Variant valueAt(const Variant &configuration, const QStringList &path);
+/*!
+ * \brief The value at \a path, a key and those of nested configurations; null if none is there.
+ *
+ * All configurations in \a value must be inOrder().
+ */
+Variant valueAt(const Variant &value, const QStringList &path);
+
+/*! \brief The value at \a path, which has a key, in \a entries. */
+Variant valueAt(const Entries &entries, const QStringList &path);
 
 /*!
  * \brief True if a reply with \a configuration, an a{sv}, is larger than a system bus allows.

@@ -4,7 +4,6 @@
 #include "change_validation.h"
 
 #include "report/variant_json.h"
-#include "text.h"
 
 namespace Tarnvel::Sandbox {
 
@@ -65,35 +64,36 @@ std::optional<Refusal> refuseType(const QString &path, GVariant *known, GVariant
         QStringLiteral("%1 is %2, not %3").arg(quoted(path), typeText(known), typeText(value))};
 }
 
-std::optional<Refusal> refuseEntries(const QString &prefix, GVariant *known, GVariant *change)
+std::optional<Refusal> refuseEntries(const QString &prefix, const Variant &known,
+                                     const Entries &changes)
 {
-    GVariantIter entries;
-    g_variant_iter_init(&entries, change);
-    const gchar *key = nullptr;
-    GVariant *content = nullptr;
-    while (g_variant_iter_next(&entries, "{&sv}", &key, &content)) {
-        const Variant value = adopt(content);
-        const QString path = prefix + Tools::fromUtf8(key);
-        g_autoptr(GVariant) knownValue = g_variant_lookup_value(known, key, nullptr);
+    for (auto change = changes.begin(); change != changes.end(); ++change) {
+        const QString path = prefix + change.key();
+        const Variant knownValue = valueAt(known, {change.key()});
         if (!knownValue)
             return Refusal {QStringLiteral("NotExistingKey"),
                             quoted(path) + QStringLiteral(" does not exist")};
-        std::optional<Refusal> refusal = refuseType(path, knownValue, content);
-        if (!refusal && g_variant_is_of_type(content, G_VARIANT_TYPE_VARDICT))
-            refusal = refuseEntries(path + QLatin1Char('/'), knownValue, content);
+        GVariant *const value = change.value().get();
+        std::optional<Refusal> refusal = refuseType(path, knownValue.get(), value);
+        if (!refusal && g_variant_is_of_type(value, G_VARIANT_TYPE_VARDICT))
+            refusal = refuseEntries(path + QLatin1Char('/'), knownValue, entriesOf(value));
         if (refusal)
             return refusal;
     }
     return {};
 }
 
+bool isChanged(const QStringList &keys, const KeptConfiguration &kept, const Entries &changes)
+{
+    return changes.contains(keys.first()) && !areEqual(kept.value(keys), valueAt(changes, keys));
+}
+
 // Empty if no locked setting would change.
-QString changedLockedPath(const Application &application, const Variant &current,
-                          const Variant &changed)
+QString changedLockedPath(const Application &application, const KeptConfiguration &kept,
+                          const Entries &changes)
 {
     for (const QString &path : application.locked) {
-        const QStringList keys = settingKeys(path);
-        if (!areEqual(valueAt(current, keys), valueAt(changed, keys)))
+        if (isChanged(settingKeys(path), kept, changes))
             return path;
     }
     return {};
@@ -134,13 +134,13 @@ QString allowedText(const AllowedValues &allowed)
 }
 
 // A value that stays need not be allowed: the administrator has set it.
-std::optional<Refusal> refuseValues(const Application &application, const Variant &current,
-                                    const Variant &changed)
+std::optional<Refusal> refuseValues(const Application &application, const KeptConfiguration &kept,
+                                    const Entries &changes)
 {
     for (const AllowedValues &allowed : application.allowed) {
         const QStringList keys = settingKeys(allowed.path);
-        const Variant value = valueAt(changed, keys);
-        if (!value || areEqual(valueAt(current, keys), value))
+        const Variant value = valueAt(changes, keys);
+        if (!value || !isChanged(keys, kept, changes))
             continue;
         if (const Variant forbidden = forbiddenValue(allowed, value))
             return Refusal {
@@ -152,6 +152,11 @@ std::optional<Refusal> refuseValues(const Application &application, const Varian
 }
 
 } // namespace
+
+Variant KeptConfiguration::value(const QStringList &path) const
+{
+    return changes.contains(path.first()) ? valueAt(changes, path) : valueAt(given, path);
+}
 
 std::optional<Refusal> refuseCaller(const Application &application, const QString &path,
                                     std::optional<quint32> userId)
@@ -166,18 +171,16 @@ std::optional<Refusal> refuseCaller(const Application &application, const QStrin
                     QStringLiteral("user %1 may not use %2").arg(user, quoted(path))};
 }
 
-std::optional<Refusal> refuseChange(const Application &application,
-                                    const Configurations &configurations, GVariant *change)
+std::optional<Refusal> refuseChange(const Application &application, const KeptConfiguration &kept,
+                                    const Entries &changes)
 {
-    const Variant &current = configurations.current;
-    const Variant changed = mergeConfigurations(current, change);
-    const QString lockedPath = changedLockedPath(application, current, changed);
+    const QString lockedPath = changedLockedPath(application, kept, changes);
     if (!lockedPath.isEmpty())
         return Refusal {QStringLiteral("Forbidden"),
                         quoted(lockedPath) + QStringLiteral(" is locked")};
-    if (const auto refusal = refuseEntries({}, configurations.given.get(), change))
+    if (const auto refusal = refuseEntries({}, kept.given, changes))
         return refusal;
-    return refuseValues(application, current, changed);
+    return refuseValues(application, kept, changes);
 }
 
 } // namespace Tarnvel::Sandbox

@@ -12,13 +12,21 @@
 
 namespace Tarnvel::Sandbox {
 
-/*! \brief The configuration of an application, an a{sv}, in two states. */
-struct Configurations
+/*!
+ * \brief What the service keeps for an application.
+ *
+ * The changes are kept apart, so that a change costs the same however many settings there are.
+ */
+struct KeptConfiguration
 {
-    /*! As the scenario or a fault has set it: it determines the settings and their types. */
+    /*! The configuration, as the scenario or a fault has set it: it determines settings and types.
+     */
     Variant given;
-    /*! As the application has changed it; it may have lost settings. */
-    Variant current;
+    /*! The values that the application has changed; a nested configuration may lack settings. */
+    Entries changes;
+
+    /*! \brief The present value at \a path, which has a key; null if none is there. */
+    Variant value(const QStringList &path) const;
 };
 
 /*! \brief Why the service refuses a call. */
@@ -39,11 +47,11 @@ std::optional<Refusal> refuseCaller(const Application &application, const QStrin
                                     std::optional<quint32> userId);
 
 /*!
- * \brief Why \a application may not make \a change, an a{sv}, to its \a configurations.
+ * \brief Why \a application may not make \a changes to what is \a kept for it.
  *
  * Nothing if it may.
  */
-std::optional<Refusal> refuseChange(const Application &application,
-                                    const Configurations &configurations, GVariant *change);
+std::optional<Refusal> refuseChange(const Application &application, const KeptConfiguration &kept,
+                                    const Entries &changes);
 
 } // namespace Tarnvel::Sandbox

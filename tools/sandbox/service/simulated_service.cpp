@@ -75,6 +75,11 @@ void emitSpoofedSignal(const QString &address, const QString &path)
     Testing::closeConnection(connection);
 }
 
+Variant presentConfiguration(const KeptConfiguration &kept)
+{
+    return replaceValues(kept.given, kept.changes);
+}
+
 bool endsService(const Fault &fault)
 {
     return fault.kind == Fault::Exit || fault.kind == Fault::Restart
@@ -110,7 +115,7 @@ void SimulatedService::apply(Scenario scenario)
     QVector<QPair<QString, QString>> changed;
     for (auto old = m_scenario->begin(); old != m_scenario->end(); ++old) {
         const Variant configuration = scenario.value(old.key()).configuration;
-        if (!areEqual(configurationsAt(old.key()).current, configuration))
+        if (!areEqual(presentConfiguration(keptAt(old.key())), configuration))
             changed.append({old.key(), old->name});
     }
     for (auto added = scenario.begin(); added != scenario.end(); ++added) {
@@ -118,7 +123,7 @@ void SimulatedService::apply(Scenario scenario)
             changed.append({added.key(), added->name});
     }
     m_scenario = std::make_shared<const Scenario>(std::move(scenario));
-    m_changedConfigurations.clear();
+    m_kept.clear();
     m_faults.setScenario(m_scenario);
     for (const auto &[path, name] : qAsConst(changed))
         announce(path, name);
@@ -174,7 +179,7 @@ void SimulatedService::serve(const Request &request, const std::optional<Fault> 
 
 void SimulatedService::get(const Request &request, const std::optional<Fault> &fault)
 {
-    const Variant configuration = configurationsAt(request.call.path()).current;
+    const Variant configuration = presentConfiguration(keptAt(request.call.path()));
     request.call.reply(replyArguments(configuration.get(), fault));
     const QString count = entryCount(g_variant_n_children(configuration.get()));
     m_log->report(callEvent(request, {Outcome::Answered, count, {}, fault}));
@@ -184,16 +189,18 @@ void SimulatedService::change(const Request &request, const Application &applica
                               const std::optional<Fault> &fault)
 {
     const MethodCall &call = request.call;
-    const Variant change = adopt(g_variant_get_child_value(call.arguments(), 0));
-    Configurations configurations = configurationsAt(call.path());
-    if (const auto refusal = refuseChange(application, configurations, change.get()))
+    const Entries changes = entriesOf(adopt(g_variant_get_child_value(call.arguments(), 0)).get());
+    KeptConfiguration kept = keptAt(call.path());
+    if (const auto refusal = refuseChange(application, kept, changes))
         return refuse(request, serviceError(refusal->error), refusal->message);
 
-    const Variant old = configurations.current;
-    configurations.current = mergeConfigurations(old, change.get());
-    m_changedConfigurations.insert(call.path(), configurations);
+    bool isChanged = false;
+    for (auto change = changes.begin(); change != changes.end(); ++change) {
+        isChanged = isChanged || !areEqual(kept.value({change.key()}), change.value());
+        kept.changes.insert(change.key(), change.value());
+    }
+    m_kept.insert(call.path(), kept);
     call.reply(replyArguments(nullptr, fault));
-    const bool isChanged = !areEqual(old, configurations.current);
     const QString text = isChanged ? QString() : QStringLiteral("no difference");
     m_log->report(callEvent(request, {Outcome::Accepted, text, {}, fault}));
     if (isChanged)
@@ -212,7 +219,7 @@ void SimulatedService::inject(const QString &path, const Fault &fault)
     if (endsService(fault))
         return endService(fault);
     if (fault.kind == Fault::Replace)
-        m_changedConfigurations.insert(path, {fault.configuration, fault.configuration});
+        m_kept.insert(path, {fault.configuration, {}});
     announce(path, m_scenario->value(path).name, fault);
 }
 
@@ -228,13 +235,9 @@ void SimulatedService::announce(const QString &path, const QString &name,
     m_log->report(announcementEvent(name, path, fault));
 }
 
-Configurations SimulatedService::configurationsAt(const QString &path) const
+KeptConfiguration SimulatedService::keptAt(const QString &path) const
 {
-    const auto changed = m_changedConfigurations.find(path);
-    if (changed != m_changedConfigurations.end())
-        return *changed;
-    const Variant configuration = m_scenario->value(path).configuration;
-    return {configuration, configuration};
+    return m_kept.value(path, {m_scenario->value(path).configuration, {}});
 }
 
 void SimulatedService::endService(const Fault &fault)

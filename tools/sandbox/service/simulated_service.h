@@ -60,7 +60,7 @@ private:
 
     void inject(const QString &path, const Fault &fault);
     void announce(const QString &path, const QString &name, const std::optional<Fault> &fault = {});
-    Configurations configurationsAt(const QString &path) const;
+    KeptConfiguration keptAt(const QString &path) const;
     void endService(const Fault &fault);
     void close();
     void reopen();
@@ -68,7 +68,7 @@ private:
 
     std::shared_ptr<const Scenario> m_scenario;
     // By path; the others are the scenario's.
-    QMap<QString, Configurations> m_changedConfigurations;
+    QMap<QString, KeptConfiguration> m_kept;
     Log *m_log;
     std::function<void()> m_killBus;
     Testing::RawService m_service;
