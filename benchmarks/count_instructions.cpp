@@ -1,13 +1,12 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-// Runs what is measured under callgrind, which counts the instructions. Start it with
-// --instr-atstart=no. Each measurement writes a dump named "<what>/<times>": what was measured, and
-// how often it was run.
+// What the library takes: callgrind counts the instructions.
 
 #include "configuration_manager_p.h"
 #include "configuration_p.h"
 #include "fixture.h"
+#include "measure.h"
 #include "payloads.h"
 #include "references/by_hand.h"
 #include "references/step_by_step_lookup.h"
@@ -15,26 +14,10 @@
 #include <QtDBus/QDBusArgument>
 #include <QtDBus/QDBusMetaType>
 
-#include <valgrind/callgrind.h>
-
 using namespace Tarnvel::Application::ManagedConfiguration;
 using namespace Tarnvel::Benchmarks;
 
 namespace {
-
-template<typename Action>
-void measure(const QString &what, int times, Action action)
-{
-    // Initialization at the first use does not count.
-    action();
-    const QByteArray name = QStringLiteral("%1/%2").arg(what).arg(times).toUtf8();
-    CALLGRIND_START_INSTRUMENTATION;
-    CALLGRIND_ZERO_STATS;
-    for (int time = 0; time < times; ++time)
-        action();
-    CALLGRIND_DUMP_STATS_AT(name.constData());
-    CALLGRIND_STOP_INSTRUMENTATION;
-}
 
 void measureWire(const QString &payload, int times)
 {

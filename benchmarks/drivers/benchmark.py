@@ -8,6 +8,7 @@ import json
 import os
 import platform
 import re
+import statistics
 import subprocess
 import sys
 from pathlib import Path
@@ -169,6 +170,28 @@ def fit_table(results):
     return table(["time of", "growth", "error of the fit"], rows)
 
 
+def sandbox_table(instructions):
+    names = {
+        "sandbox.read_5000_applications": "reading 5,000 applications of 5 settings",
+        "sandbox.edit_100000": "an edit of 100,000 settings: reading, comparing, announcing",
+        "sandbox.set_in_10": "a change of one of 10 settings",
+        "sandbox.set_in_100000": "a change of one of 100,000 settings",
+    }
+    times = {name: [] for name in names}
+    for _ in range(REPETITIONS):
+        program = counts.BUILD / "count_sandbox_instructions"
+        output = subprocess.run(
+            [program], check=True, text=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL
+        ).stdout
+        for name, time in (line.split() for line in output.splitlines()):
+            times.setdefault(name, []).append(float(time))
+    rows = []
+    for name, text in names.items():
+        count = sum(instructions[f"instructions.{name}"].values())
+        rows.append([text, f"{count:,.0f}", f"{statistics.median(times[name]):.2f}"])
+    return table(["sandbox", "instructions", "milliseconds"], rows)
+
+
 def qt_table():
     """The budgets for Qt 5 beside those for Qt 6."""
     stored = json.loads(Path("benchmarks/drivers/budgets.json").read_text())
@@ -203,6 +226,7 @@ def main():
             "lookup": lookup_table(instructions, resources),
             "shares": share_table(instructions),
             "qts": qt_table(),
+            "sandbox": sandbox_table(instructions),
             "requests": request_table(resources),
             "memory": memory_table(resources),
             "round trips": round_trip_table(results),

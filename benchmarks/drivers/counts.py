@@ -14,6 +14,7 @@ from pathlib import Path
 BUILD = Path("build/benchmark/benchmarks")
 BUILD_FOR_QT6 = Path("build/benchmark-qt6/benchmarks")
 DESCRIPTION = re.compile(r"^desc: Trigger: Client Request: (\S+)/(\d+)$", re.MULTILINE)
+PROGRAMS = ("count_instructions", "count_sandbox_instructions")
 OBJECT = re.compile(r"(c?)ob=\((\d+)\)(?: (.*))?$")
 COST = re.compile(r"[\d+*-]\S* (\d+)$")
 
@@ -58,8 +59,14 @@ def instructions(build=BUILD):
     environment = dict(os.environ, LD_BIND_NOW="1", QT_HASH_SEED="0")
     with tempfile.TemporaryDirectory() as directory:
         command = ["valgrind", "--quiet", "--tool=callgrind", "--instr-atstart=no"]
-        command += [f"--callgrind-out-file={directory}/out", build / "count_instructions"]
-        subprocess.run(command, check=True, env=environment)
+        for program in PROGRAMS:
+            output = f"--callgrind-out-file={directory}/{program}"
+            subprocess.run(
+                command + [output, build / program],
+                check=True,
+                env=environment,
+                stderr=subprocess.DEVNULL,
+            )
         for dump in Path(directory).iterdir():
             text = dump.read_text()
             if match := DESCRIPTION.search(text):
