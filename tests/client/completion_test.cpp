@@ -73,8 +73,10 @@ private Q_SLOTS:
             QTest::newRow(line) << client + line << offered;
 
         const QPair<const char *, const char *> sandboxRows[] {
-            {" ", "-- --check --expect --help --list-faults --log --scenario --version"},
+            {" ", "-- --check --expect --format --help --list-faults --log --scenario --version"},
             {" --l", "--list-faults --log"},
+            {" --format ", "json text"},
+            {" --format json --c", "--check"},
             {" --scenario /etc/passw", "/etc/passwd"},
             {" --log x -- managed-configuration-sand", "managed-configuration-sandbox"},
             {" -- ls /etc/passw", "/etc/passwd"},

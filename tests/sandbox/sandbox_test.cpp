@@ -162,6 +162,7 @@ private Q_SLOTS:
     void aBrokenPipeFailsTheWriteAlone();
     void onlyFilesAreChecked();
     void standardInputIsAFile();
+    void diagnosticsArePrintedAsJson();
     void theLogOverwritesNoFileThatIsRead();
     void aLogThatCannotBeWrittenIsReported();
     void closedStreamsDoNoHarm();
@@ -241,6 +242,10 @@ void SandboxTest::aFailureIsReported_data()
                                           << "only one file can be standard input";
     QTest::newRow("no command") << QStringList {"--log", "/nowhere/log", "--"} << 125
                                 << "the command after \"--\" is missing";
+    QTest::newRow("format without a check")
+        << QStringList {"--format", "json"} << 125 << "\"--format\" needs \"--check\"";
+    QTest::newRow("unknown format") << QStringList {"--check", "x", "--format", "xml"} << 125
+                                    << "\"--format\" is text or json, not \"xml\"";
     QTest::newRow("missing command")
         << QStringList {"--", "/nowhere/command"} << 127
         << "Failed to execute child process “/nowhere/command” (No such file or directory)";
@@ -332,6 +337,30 @@ void SandboxTest::standardInputIsAFile()
              QString("-:1:12: the expected call did not come\n"));
     QCOMPARE(shell.run({"-c", "\"$0\" --check - </", SANDBOX}).errors,
              QString("-: Is a directory\n"));
+}
+
+void SandboxTest::diagnosticsArePrintedAsJson()
+{
+    const QString good = m_directory->filePath("good");
+    const QString missing = m_directory->filePath("missing");
+    QVERIFY(write(m_scenarioFile, viewerWith("{\"ü\": null}", "[\"b\", 1]")));
+    QVERIFY(write(good, scenarioOf({})));
+    const QStringList check {"--format", "json", "--check", good};
+    const Outcome outcome = m_sandbox->run(check + QStringList {m_scenarioFile, missing});
+    QCOMPARE(outcome.errors, QString());
+    QCOMPARE(outcome.status, 125);
+    const QString expected = QStringLiteral(
+        R"({"column":92,"file":"SCENARIO","line":1,)"
+        R"("message":"expected a boolean, an integer or a string, found null"}
+{"column":115,"file":"SCENARIO","line":1,"message":"expected a string, found 1"}
+{"file":"MISSING","message":"No such file or directory"}
+)");
+    QCOMPARE(
+        QString(outcome.output).replace(m_scenarioFile, "SCENARIO").replace(missing, "MISSING"),
+        expected);
+    const Outcome valid = m_sandbox->run(check);
+    QCOMPARE(valid.output + valid.errors, QString());
+    QCOMPARE(valid.status, 0);
 }
 
 void SandboxTest::theLogOverwritesNoFileThatIsRead()

@@ -1,13 +1,14 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
+#include "check/scenario_check.h"
 #include "command_line.h"
 #include "exit_status.h"
 #include "process/command.h"
 #include "process/private_directory.h"
 #include "process/supervisor.h"
 #include "report/log.h"
-#include "scenario/scenario_reader.h"
+#include "scenario/fault.h"
 #include "session.h"
 #include "standard_streams.h"
 
@@ -24,22 +25,6 @@ using Tarnvel::Tools::Style;
 namespace {
 
 constexpr char noGlibVariable[] = "QT_NO_GLIB";
-
-int check(const QStringList &scenarioFiles)
-{
-    int status = EXIT_SUCCESS;
-    for (const QString &scenarioFile : scenarioFiles) {
-        Scenario scenario;
-        const auto failures = readScenario(scenarioFile, &scenario);
-        for (const Failure &failure : failures) {
-            printEvent(failure.text(), Style::Bad);
-            status = SandboxFailed;
-        }
-        if (failures.isEmpty())
-            printLine(stdout, scenarioFile + QStringLiteral(": valid"), Style::Good);
-    }
-    return status;
-}
 
 QString whenText(const FaultDescription &description)
 {
@@ -84,7 +69,7 @@ int runSandbox(int argc, char *argv[], const SignalState &signals)
     if (options.listsFaults)
         return listFaults();
     if (!options.checkFiles.isEmpty())
-        return check(options.checkFiles);
+        return checkScenarios(options);
     PrivateDirectory directory;
     if (const Failure failure = directory.create())
         return fail(failure);

@@ -7,32 +7,54 @@
 
 namespace Tarnvel::Sandbox {
 
+QString Diagnostic::location() const
+{
+    return line == 0 ? file : QStringLiteral("%1:%2:%3").arg(file).arg(line).arg(column);
+}
+
 Diagnostics::Diagnostics(const QString &fileName, const QByteArray &text)
     : m_fileName(fileName), m_text(text)
 {
 }
 
-void Diagnostics::add(int offset, const QString &message)
+void Diagnostics::add(int offset, const QString &message, const QString &hint)
 {
-    m_messages.emplace(offset, message);
+    m_diagnostics.emplace(offset, at(offset, message, hint));
+}
+
+bool Diagnostics::isEmpty() const
+{
+    return m_diagnostics.empty();
 }
 
 QString Diagnostics::location(int offset) const
 {
-    const QByteArray before = m_text.left(offset);
-    const QByteArray line = before.mid(before.lastIndexOf('\n') + 1);
-    return QStringLiteral("%1:%2:%3")
-        .arg(m_fileName)
-        .arg(before.count('\n') + 1)
-        .arg(QString::fromUtf8(line).size() + 1);
+    return at(offset, {}, {}).location();
+}
+
+QVector<Diagnostic> Diagnostics::all() const
+{
+    QVector<Diagnostic> all;
+    for (const auto &[offset, diagnostic] : m_diagnostics)
+        all.append(diagnostic);
+    return all;
 }
 
 QVector<Tools::Failure> Diagnostics::failures() const
 {
     QVector<Tools::Failure> failures;
-    for (const auto &[offset, message] : m_messages)
-        failures.append({SandboxFailed, message, {}, location(offset)});
+    for (const auto &[offset, diagnostic] : m_diagnostics)
+        failures.append(
+            {SandboxFailed, diagnostic.message, diagnostic.hint, diagnostic.location()});
     return failures;
+}
+
+Diagnostic Diagnostics::at(int offset, const QString &message, const QString &hint) const
+{
+    const QByteArray before = m_text.left(offset);
+    const QByteArray line = before.mid(before.lastIndexOf('\n') + 1);
+    return {m_fileName, static_cast<int>(before.count('\n')) + 1,
+            static_cast<int>(QString::fromUtf8(line).size()) + 1, message, hint};
 }
 
 } // namespace Tarnvel::Sandbox

@@ -13,6 +13,22 @@
 
 namespace Tarnvel::Sandbox {
 
+/*! \brief Something that is wrong with a file. */
+struct Diagnostic
+{
+    QString file;
+    /*! Counted from 1; 0 if the whole file is wrong. */
+    int line = 0;
+    /*! In UTF-16 code units, counted from 1; 0 if the whole file is wrong. */
+    int column = 0;
+    QString message;
+    /*! What to do about it; may be empty. */
+    QString hint = {};
+
+    /*! \brief The file, line and column: "scenario.json:3:14". */
+    QString location() const;
+};
+
 /*! \brief Collects what is wrong with a text file, each diagnostic with its location. */
 class Diagnostics
 {
@@ -21,18 +37,26 @@ public:
     Diagnostics(const QString &fileName, const QByteArray &text);
 
     /*! \brief Adds a diagnostic about what is at \a offset, in bytes from the start of the text. */
-    void add(int offset, const QString &message);
+    void add(int offset, const QString &message, const QString &hint = {});
+
+    /*! \brief True if nothing is wrong. */
+    bool isEmpty() const;
 
     /*! \brief The file, line and column at \a offset, counted from 1: "scenario.json:3:14". */
     QString location(int offset) const;
 
     /*! \brief All diagnostics, in the order of their locations. */
+    QVector<Diagnostic> all() const;
+
+    /*! \brief The same as failures of the sandbox. */
     QVector<Tools::Failure> failures() const;
 
 private:
+    Diagnostic at(int offset, const QString &message, const QString &hint) const;
+
     QString m_fileName;
     QByteArray m_text;
-    std::multimap<int, QString> m_messages;
+    std::multimap<int, Diagnostic> m_diagnostics;
 };
 
 } // namespace Tarnvel::Sandbox

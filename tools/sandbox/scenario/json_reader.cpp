@@ -115,7 +115,8 @@ void ObjectReader::addUnknownMembers(const QString &object)
         if (!m_known.contains(member.name))
             m_diagnostics->add(
                 member.offset,
-                QStringLiteral("unknown member %1 of %2").arg(quotedExcerpt(member.name), object));
+                QStringLiteral("unknown member %1 of %2").arg(quotedExcerpt(member.name), object),
+                QStringLiteral("use one of ") + m_known.join(QLatin1String(", ")));
     }
 }
 

@@ -146,14 +146,19 @@ QVector<Tools::Failure> parseScenario(const QString &fileName, const QByteArray 
                                       Scenario *scenario)
 {
     Diagnostics diagnostics(fileName, text);
-    const JsonValue document = parseJson(text, &diagnostics);
-    if (!diagnostics.failures().isEmpty())
-        return diagnostics.failures();
-    const Scenario parsed = readDocument(document, &diagnostics);
-    const QVector<Tools::Failure> failures = diagnostics.failures();
-    if (failures.isEmpty())
+    parseScenario(text, scenario, &diagnostics);
+    return diagnostics.failures();
+}
+
+JsonValue parseScenario(const QByteArray &text, Scenario *scenario, Diagnostics *diagnostics)
+{
+    JsonValue document = parseJson(text, diagnostics);
+    if (!diagnostics->isEmpty())
+        return {};
+    const Scenario parsed = readDocument(document, diagnostics);
+    if (diagnostics->isEmpty())
         *scenario = parsed;
-    return failures;
+    return document;
 }
 
 QVector<Tools::Failure> readScenario(const QString &fileName, Scenario *scenario)

@@ -3,7 +3,9 @@
 
 #pragma once
 
+#include "diagnostics.h"
 #include "failure.h"
+#include "json_document.h"
 #include "scenario.h"
 
 #include <QtCore/QByteArray>
@@ -20,6 +22,13 @@ namespace Tarnvel::Sandbox {
  */
 QVector<Tools::Failure> parseScenario(const QString &fileName, const QByteArray &text,
                                       Scenario *scenario);
+
+/*!
+ * \brief The same, but adds what is wrong to \a diagnostics, which are those of \a text.
+ *
+ * Returns the JSON document, even if it is no scenario; null if the text is not JSON.
+ */
+JsonValue parseScenario(const QByteArray &text, Scenario *scenario, Diagnostics *diagnostics);
 
 /*! \brief Like parseScenario(), with the content of the file. */
 QVector<Tools::Failure> readScenario(const QString &fileName, Scenario *scenario);

@@ -1,0 +1,82 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "scenario_check.h"
+
+#include "exit_status.h"
+#include "input_file.h"
+#include "report/log.h"
+#include "scenario/scenario_reader.h"
+#include "terminal.h"
+
+#include <QtCore/QJsonDocument>
+#include <QtCore/QJsonObject>
+
+#include <cstdlib>
+
+namespace Tarnvel::Sandbox {
+
+using Tools::Style;
+
+namespace {
+
+QVector<Diagnostic> diagnoseFile(const QString &fileName)
+{
+    QByteArray text;
+    if (const Tools::Failure failure = readInputFile(fileName, &text))
+        return {{fileName, 0, 0, failure.message}};
+    return diagnose(fileName, text);
+}
+
+QByteArray toJson(const Diagnostic &diagnostic)
+{
+    QJsonObject object {
+        {QStringLiteral("file"), diagnostic.file},
+        {QStringLiteral("message"), diagnostic.message},
+    };
+    if (diagnostic.line != 0) {
+        object.insert(QStringLiteral("line"), diagnostic.line);
+        object.insert(QStringLiteral("column"), diagnostic.column);
+    }
+    if (!diagnostic.hint.isEmpty())
+        object.insert(QStringLiteral("hint"), diagnostic.hint);
+    return QJsonDocument(object).toJson(QJsonDocument::Compact);
+}
+
+void printText(const Diagnostic &diagnostic)
+{
+    printEvent(diagnostic.location() + QStringLiteral(": ") + diagnostic.message, Style::Bad);
+    if (!diagnostic.hint.isEmpty())
+        printEvent(QStringLiteral("  what to do: ") + diagnostic.hint);
+}
+
+} // namespace
+
+QVector<Diagnostic> diagnose(const QString &fileName, const QByteArray &text)
+{
+    Diagnostics diagnostics(fileName, text);
+    Scenario scenario;
+    parseScenario(text, &scenario, &diagnostics);
+    return diagnostics.all();
+}
+
+int checkScenarios(const Options &options)
+{
+    int status = EXIT_SUCCESS;
+    for (const QString &fileName : options.checkFiles) {
+        const QVector<Diagnostic> diagnostics = diagnoseFile(fileName);
+        for (const Diagnostic &diagnostic : diagnostics) {
+            status = SandboxFailed;
+            if (options.printsJson)
+                Tools::printLine(stdout,
+                                 Tools::shownOnOneLine(QString::fromUtf8(toJson(diagnostic))));
+            else
+                printText(diagnostic);
+        }
+        if (diagnostics.isEmpty() && !options.printsJson)
+            Tools::printLine(stdout, fileName + QStringLiteral(": valid"), Style::Good);
+    }
+    return status;
+}
+
+} // namespace Tarnvel::Sandbox
