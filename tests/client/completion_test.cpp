@@ -73,7 +73,9 @@ private Q_SLOTS:
             QTest::newRow(line) << client + line << offered;
 
         const QPair<const char *, const char *> sandboxRows[] {
-            {" ", "-- --check --expect --format --help --list-faults --log --scenario --version"},
+            {" ",
+             "-- --check --expect --format --help --list-faults --log --scenario --strict "
+             "--version"},
             {" --l", "--list-faults --log"},
             {" --format ", "json text"},
             {" --format json --c", "--check"},

@@ -162,6 +162,7 @@ private Q_SLOTS:
     void aBrokenPipeFailsTheWriteAlone();
     void onlyFilesAreChecked();
     void standardInputIsAFile();
+    void slipsFailAStrictCheck();
     void diagnosticsArePrintedAsJson();
     void theLogOverwritesNoFileThatIsRead();
     void aLogThatCannotBeWrittenIsReported();
@@ -242,8 +243,10 @@ void SandboxTest::aFailureIsReported_data()
                                           << "only one file can be standard input";
     QTest::newRow("no command") << QStringList {"--log", "/nowhere/log", "--"} << 125
                                 << "the command after \"--\" is missing";
-    QTest::newRow("format without a check")
-        << QStringList {"--format", "json"} << 125 << "\"--format\" needs \"--check\"";
+    for (const QStringList &options : {QStringList {"--strict"}, {"--format", "json"}}) {
+        QTest::addRow("%s without a check", qPrintable(options.first()))
+            << options << 125 << "\"--strict\" and \"--format\" need \"--check\"";
+    }
     QTest::newRow("unknown format") << QStringList {"--check", "x", "--format", "xml"} << 125
                                     << "\"--format\" is text or json, not \"xml\"";
     QTest::newRow("missing command")
@@ -339,25 +342,45 @@ void SandboxTest::standardInputIsAFile()
              QString("-: Is a directory\n"));
 }
 
+void SandboxTest::slipsFailAStrictCheck()
+{
+    QVERIFY(write(m_scenarioFile, viewerWith("{\"a\": 1}", "[\n\"b\"]")));
+    const Outcome lenient = m_sandbox->run({"--check", m_scenarioFile});
+    QCOMPARE(lenient.output, m_scenarioFile + ": valid\n");
+    QCOMPARE(lenient.status, 0);
+    const Outcome strict = m_sandbox->run({"--strict", "--check", m_scenarioFile});
+    QCOMPARE(strict.errors,
+             m_scenarioFile
+                 + ":2:1: \"b\" leads nowhere\n"
+                   "  what to do: use a setting of the configuration: a\n");
+    QCOMPARE(strict.output, QString());
+    QCOMPARE(strict.status, 125);
+}
+
 void SandboxTest::diagnosticsArePrintedAsJson()
 {
     const QString good = m_directory->filePath("good");
     const QString missing = m_directory->filePath("missing");
     QVERIFY(write(m_scenarioFile, viewerWith("{\"ü\": null}", "[\"b\", 1]")));
     QVERIFY(write(good, scenarioOf({})));
-    const QStringList check {"--format", "json", "--check", good};
+    const QStringList check {"--format", "json", "--strict", "--check", good};
     const Outcome outcome = m_sandbox->run(check + QStringList {m_scenarioFile, missing});
     QCOMPARE(outcome.errors, QString());
     QCOMPARE(outcome.status, 125);
     const QString expected = QStringLiteral(
         R"({"column":92,"file":"SCENARIO","line":1,)"
-        R"("message":"expected a boolean, an integer or a string, found null"}
-{"column":115,"file":"SCENARIO","line":1,"message":"expected a string, found 1"}
-{"file":"MISSING","message":"No such file or directory"}
+        R"("message":"expected a boolean, an integer or a string, found null","strict":false}
+{"column":115,"file":"SCENARIO","line":1,"message":"expected a string, found 1","strict":false}
+{"file":"MISSING","message":"No such file or directory","strict":false}
 )");
     QCOMPARE(
         QString(outcome.output).replace(m_scenarioFile, "SCENARIO").replace(missing, "MISSING"),
         expected);
+    QVERIFY(write(m_scenarioFile, viewerWith("{\"a\": 1}", "[\"\\u2028\"]")));
+    QCOMPARE(m_sandbox->run(check + QStringList {m_scenarioFile}).output,
+             "{\"column\":107,\"file\":\"" + m_scenarioFile
+                 + "\",\"hint\":\"use a setting of the configuration: a\",\"line\":1,"
+                   "\"message\":\"\\\"\\\\u2028\\\" leads nowhere\",\"strict\":true}\n");
     const Outcome valid = m_sandbox->run(check);
     QCOMPARE(valid.output + valid.errors, QString());
     QCOMPARE(valid.status, 0);

@@ -39,6 +39,8 @@ Tools::Failure parseCommandLine(const QStringList &arguments, Options *options)
 {
     const auto scenario = fileOption("scenario", "The applications and their configurations.");
     const auto check = fileOption("check", "Only check this and any further scenario files.");
+    const QCommandLineOption strict(QStringLiteral("strict"),
+                                    QStringLiteral("Check also for what can only be a slip."));
     const QCommandLineOption format(QStringLiteral("format"),
                                     QStringLiteral("What the check prints: \"text\" or \"json\"."),
                                     QStringLiteral("FORMAT"), QStringLiteral("text"));
@@ -53,7 +55,7 @@ Tools::Failure parseCommandLine(const QStringList &arguments, Options *options)
     const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
                                   QStringLiteral("Show this help."));
     const QCommandLineOption version = parser.addVersionOption();
-    parser.addOptions({help, scenario, check, format, log, expect, faults});
+    parser.addOptions({help, scenario, check, strict, format, log, expect, faults});
     parser.addPositionalArgument(QStringLiteral("COMMAND"), QStringLiteral("What to run."),
                                  QStringLiteral("[-- COMMAND ARGS...]"));
     if (!parser.parse(arguments))
@@ -83,9 +85,10 @@ Tools::Failure parseCommandLine(const QStringList &arguments, Options *options)
         + parser.values(expect);
     if (inputFiles.count(QLatin1String(standardInputName)) > 1)
         return usageFailure(QStringLiteral("only one file can be standard input"));
+    options->isStrict = parser.isSet(strict);
     options->printsJson = parser.value(format) == QLatin1String("json");
-    if (!parser.isSet(check) && parser.isSet(format))
-        return usageFailure(QStringLiteral("\"--format\" needs \"--check\""));
+    if (!parser.isSet(check) && (parser.isSet(strict) || parser.isSet(format)))
+        return usageFailure(QStringLiteral("\"--strict\" and \"--format\" need \"--check\""));
     if (!options->printsJson && parser.value(format) != QLatin1String("text"))
         return usageFailure(
             QStringLiteral("\"--format\" is text or json, not \"%1\"").arg(parser.value(format)));

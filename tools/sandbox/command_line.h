@@ -15,6 +15,8 @@ struct Options
 {
     /*! The files to check; if there is one, nothing else is done. */
     QStringList checkFiles;
+    /*! True if the check also reports slips. */
+    bool isStrict = false;
     /*! True if the check prints JSON. */
     bool printsJson = false;
     /*! True if the kinds of fault are to be listed, and nothing else done. */

@@ -7,6 +7,7 @@
 #include "input_file.h"
 #include "report/log.h"
 #include "scenario/scenario_reader.h"
+#include "setting_slips.h"
 #include "terminal.h"
 
 #include <QtCore/QJsonDocument>
@@ -20,12 +21,12 @@ using Tools::Style;
 
 namespace {
 
-QVector<Diagnostic> diagnoseFile(const QString &fileName)
+QVector<Diagnostic> diagnoseFile(const QString &fileName, bool isStrict)
 {
     QByteArray text;
     if (const Tools::Failure failure = readInputFile(fileName, &text))
         return {{fileName, 0, 0, failure.message}};
-    return diagnose(fileName, text);
+    return diagnose(fileName, text, isStrict);
 }
 
 QByteArray toJson(const Diagnostic &diagnostic)
@@ -33,6 +34,7 @@ QByteArray toJson(const Diagnostic &diagnostic)
     QJsonObject object {
         {QStringLiteral("file"), diagnostic.file},
         {QStringLiteral("message"), diagnostic.message},
+        {QStringLiteral("strict"), diagnostic.isSlip},
     };
     if (diagnostic.line != 0) {
         object.insert(QStringLiteral("line"), diagnostic.line);
@@ -52,11 +54,13 @@ void printText(const Diagnostic &diagnostic)
 
 } // namespace
 
-QVector<Diagnostic> diagnose(const QString &fileName, const QByteArray &text)
+QVector<Diagnostic> diagnose(const QString &fileName, const QByteArray &text, bool isStrict)
 {
     Diagnostics diagnostics(fileName, text);
     Scenario scenario;
-    parseScenario(text, &scenario, &diagnostics);
+    const JsonValue document = parseScenario(text, &scenario, &diagnostics);
+    if (isStrict)
+        addSettingSlips(document, &diagnostics);
     return diagnostics.all();
 }
 
@@ -64,7 +68,7 @@ int checkScenarios(const Options &options)
 {
     int status = EXIT_SUCCESS;
     for (const QString &fileName : options.checkFiles) {
-        const QVector<Diagnostic> diagnostics = diagnoseFile(fileName);
+        const QVector<Diagnostic> diagnostics = diagnoseFile(fileName, options.isStrict);
         for (const Diagnostic &diagnostic : diagnostics) {
             status = SandboxFailed;
             if (options.printsJson)

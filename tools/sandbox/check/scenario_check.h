@@ -12,8 +12,8 @@
 
 namespace Tarnvel::Sandbox {
 
-/*! \brief All that is wrong with \a text, the scenario \a fileName. */
-QVector<Diagnostic> diagnose(const QString &fileName, const QByteArray &text);
+/*! \brief All that is wrong with \a text, the scenario \a fileName; slips too if \a isStrict. */
+QVector<Diagnostic> diagnose(const QString &fileName, const QByteArray &text, bool isStrict);
 
 /*! \brief Checks the files as \a options say, prints the diagnostics, and returns the status. */
 int checkScenarios(const Options &options);

@@ -22,6 +22,11 @@ void Diagnostics::add(int offset, const QString &message, const QString &hint)
     m_diagnostics.emplace(offset, at(offset, message, hint));
 }
 
+void Diagnostics::addSlip(int offset, const QString &message, const QString &hint)
+{
+    m_diagnostics.emplace(offset, at(offset, message, hint))->second.isSlip = true;
+}
+
 bool Diagnostics::isEmpty() const
 {
     return m_diagnostics.empty();

@@ -24,6 +24,8 @@ struct Diagnostic
     QString message;
     /*! What to do about it; may be empty. */
     QString hint = {};
+    /*! True for a slip: the file is valid, but cannot be meant like this. */
+    bool isSlip = false;
 
     /*! \brief The file, line and column: "scenario.json:3:14". */
     QString location() const;
@@ -38,6 +40,9 @@ public:
 
     /*! \brief Adds a diagnostic about what is at \a offset, in bytes from the start of the text. */
     void add(int offset, const QString &message, const QString &hint = {});
+
+    /*! \brief Adds a slip in the same way. */
+    void addSlip(int offset, const QString &message, const QString &hint);
 
     /*! \brief True if nothing is wrong. */
     bool isEmpty() const;

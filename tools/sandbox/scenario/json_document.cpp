@@ -208,10 +208,10 @@ bool isAboutToken(rapidjson::ParseErrorCode code)
 
 } // namespace
 
-const JsonValue *JsonValue::member(QLatin1String name) const
+const JsonValue *JsonValue::member(const QString &name) const
 {
     const auto found = std::find_if(members.begin(), members.end(),
-                                    [name](const JsonMember &one) { return one.name == name; });
+                                    [&name](const JsonMember &one) { return one.name == name; });
     return found == members.end() ? nullptr : &found->value;
 }
 

@@ -39,7 +39,7 @@ struct JsonValue
     std::vector<JsonMember> members;
 
     /*! \brief The value of the member \a name of an Object, or null. */
-    const JsonValue *member(QLatin1String name) const;
+    const JsonValue *member(const QString &name) const;
 };
 
 /*! \brief A member of an object. */

@@ -59,23 +59,6 @@ void readRange(const JsonValue &value, AllowedValues *allowed, Diagnostics *diag
         diagnostics->add(value.offset, QStringLiteral("\"minimum\" is greater than \"maximum\""));
 }
 
-AllowedValues readAllowedValues(const JsonMember &setting, Diagnostics *diagnostics)
-{
-    AllowedValues allowed;
-    allowed.path = setting.name;
-    checkPath(setting.name, setting.offset, diagnostics);
-    const JsonValue &value = setting.value;
-    if (value.kind == JsonValue::Object)
-        readRange(value, &allowed, diagnostics);
-    else if (value.kind == JsonValue::List && !value.items.empty())
-        allowed.values = readItems(value, diagnostics);
-    else if (value.kind == JsonValue::List)
-        diagnostics->add(value.offset, QStringLiteral("expected at least one allowed value"));
-    else
-        addUnexpected(value, QStringLiteral("a list of values or a range"), diagnostics);
-    return allowed;
-}
-
 QVector<AllowedValues> readAllowed(const JsonValue *value, Diagnostics *diagnostics)
 {
     QVector<AllowedValues> allowed;
@@ -141,6 +124,23 @@ Scenario readDocument(const JsonValue &document, Diagnostics *diagnostics)
 }
 
 } // namespace
+
+AllowedValues readAllowedValues(const JsonMember &setting, Diagnostics *diagnostics)
+{
+    AllowedValues allowed;
+    allowed.path = setting.name;
+    checkPath(setting.name, setting.offset, diagnostics);
+    const JsonValue &value = setting.value;
+    if (value.kind == JsonValue::Object)
+        readRange(value, &allowed, diagnostics);
+    else if (value.kind == JsonValue::List && !value.items.empty())
+        allowed.values = readItems(value, diagnostics);
+    else if (value.kind == JsonValue::List)
+        diagnostics->add(value.offset, QStringLiteral("expected at least one allowed value"));
+    else
+        addUnexpected(value, QStringLiteral("a list of values or a range"), diagnostics);
+    return allowed;
+}
 
 QVector<Tools::Failure> parseScenario(const QString &fileName, const QByteArray &text,
                                       Scenario *scenario)

@@ -33,4 +33,7 @@ JsonValue parseScenario(const QByteArray &text, Scenario *scenario, Diagnostics 
 /*! \brief Like parseScenario(), with the content of the file. */
 QVector<Tools::Failure> readScenario(const QString &fileName, Scenario *scenario);
 
+/*! \brief What \a setting, a member of "allowed", allows. */
+AllowedValues readAllowedValues(const JsonMember &setting, Diagnostics *diagnostics);
+
 } // namespace Tarnvel::Sandbox

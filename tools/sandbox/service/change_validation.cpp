@@ -109,30 +109,6 @@ bool isAllowed(const AllowedValues &allowed, const Variant &value)
                        [&value](const Variant &other) { return areEqual(value, other); });
 }
 
-// The value itself, or the first item of a list, that is not allowed; null if there is none.
-Variant forbiddenValue(const AllowedValues &allowed, const Variant &value)
-{
-    if (!isList(value.get()))
-        return isAllowed(allowed, value) ? Variant() : value;
-    for (gsize index = 0; index < g_variant_n_children(value.get()); ++index) {
-        const Variant item = adopt(g_variant_get_child_value(value.get(), index));
-        if (!isAllowed(allowed, item))
-            return item;
-    }
-    return {};
-}
-
-QString allowedText(const AllowedValues &allowed)
-{
-    if (allowed.values.isEmpty())
-        return QStringLiteral("%1 to %2")
-            .arg(QString::number(allowed.minimum), QString::number(allowed.maximum));
-    QStringList texts;
-    for (const Variant &value : allowed.values)
-        texts.append(toJsonText(value.get()));
-    return texts.join(QStringLiteral(", "));
-}
-
 // A value that stays need not be allowed: the administrator has set it.
 std::optional<Refusal> refuseValues(const Application &application, const KeptConfiguration &kept,
                                     const Entries &changes)
@@ -181,6 +157,29 @@ std::optional<Refusal> refuseChange(const Application &application, const KeptCo
     if (const auto refusal = refuseEntries({}, kept.given, changes))
         return refusal;
     return refuseValues(application, kept, changes);
+}
+
+Variant forbiddenValue(const AllowedValues &allowed, const Variant &value)
+{
+    if (!isList(value.get()))
+        return isAllowed(allowed, value) ? Variant() : value;
+    for (gsize index = 0; index < g_variant_n_children(value.get()); ++index) {
+        const Variant item = adopt(g_variant_get_child_value(value.get(), index));
+        if (!isAllowed(allowed, item))
+            return item;
+    }
+    return {};
+}
+
+QString allowedText(const AllowedValues &allowed)
+{
+    if (allowed.values.isEmpty())
+        return QStringLiteral("%1 to %2")
+            .arg(QString::number(allowed.minimum), QString::number(allowed.maximum));
+    QStringList texts;
+    for (const Variant &value : allowed.values)
+        texts.append(toJsonText(value.get()));
+    return texts.join(QStringLiteral(", "));
 }
 
 } // namespace Tarnvel::Sandbox

@@ -54,4 +54,14 @@ std::optional<Refusal> refuseCaller(const Application &application, const QStrin
 std::optional<Refusal> refuseChange(const Application &application, const KeptConfiguration &kept,
                                     const Entries &changes);
 
+/*!
+ * \brief The first part of \a value that \a allowed does not allow; null if there is none.
+ *
+ * It is an item if the value is a list, otherwise the value itself.
+ */
+Variant forbiddenValue(const AllowedValues &allowed, const Variant &value);
+
+/*! \brief What \a allowed allows, for people: "25 to 400". */
+QString allowedText(const AllowedValues &allowed);
+
 } // namespace Tarnvel::Sandbox

@@ -1,0 +1,146 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "setting_slips.h"
+
+#include "report/variant_json.h"
+#include "scenario/configuration_reader.h"
+#include "scenario/scenario_reader.h"
+#include "service/change_validation.h"
+#include "valid_part.h"
+
+#include <algorithm>
+
+namespace Tarnvel::Sandbox {
+
+namespace {
+
+constexpr int mostSettingsInHint = 10;
+
+struct WrittenConfiguration
+{
+    const JsonValue *json;
+    Variant value;
+};
+using WrittenConfigurations = QVector<WrittenConfiguration>;
+
+// All that the service can keep for the application; none if one of them is invalid.
+WrittenConfigurations readConfigurations(const JsonValue &application)
+{
+    const QString member = QStringLiteral("configuration");
+    QVector<const JsonValue *> written {application.member(member)};
+    for (const JsonValue &fault : itemsOf(application, QStringLiteral("faults"))) {
+        if (const JsonValue *const configuration = fault.member(member))
+            written.append(configuration);
+    }
+    WrittenConfigurations configurations;
+    for (const JsonValue *const json : qAsConst(written)) {
+        const std::optional<Variant> value = readValidPart(readConfiguration, json);
+        if (!value || !*value)
+            return {};
+        configurations.append({json, *value});
+    }
+    return configurations;
+}
+
+// The settings from which the path could lead on.
+QString settingsHint(const Variant &configuration, QStringList keys)
+{
+    Variant parent;
+    do {
+        keys.removeLast();
+        parent = valueAt(configuration, keys);
+    } while (!parent || !g_variant_is_of_type(parent.get(), G_VARIANT_TYPE_VARDICT));
+    QStringList settings = entriesOf(parent.get()).keys();
+    if (settings.isEmpty())
+        return {};
+    if (settings.size() > mostSettingsInHint)
+        settings = settings.mid(0, mostSettingsInHint) << QStringLiteral("...");
+    const QString names = settings.join(QLatin1String(", "));
+    return keys.isEmpty() ? QStringLiteral("use a setting of the configuration: %1").arg(names)
+                          : QStringLiteral("use a setting of %1: %2")
+                                .arg(quotedExcerpt(keys.join(QLatin1Char('/'))), names);
+}
+
+void addLostPath(const QString &path, int offset, const WrittenConfigurations &configurations,
+                 Diagnostics *diagnostics)
+{
+    const QStringList keys = settingKeys(path);
+    const auto hasSetting = [&keys](const WrittenConfiguration &configuration) {
+        return valueAt(configuration.value, keys) != nullptr;
+    };
+    // An invalid path is no slip.
+    if (keys.isEmpty() || configurations.isEmpty()
+        || std::any_of(configurations.begin(), configurations.end(), hasSetting))
+        return;
+    diagnostics->addSlip(offset, QStringLiteral("%1 leads nowhere").arg(quotedExcerpt(path)),
+                         settingsHint(configurations.first().value, keys));
+}
+
+// Where the setting is written; where that is inside GVariant text, the text.
+const JsonValue &writtenAt(const JsonValue &configuration, const QStringList &keys)
+{
+    const JsonValue *value = &configuration;
+    for (const QString &key : keys) {
+        const JsonValue *const inner = value->member(key);
+        if (!inner)
+            break;
+        value = inner;
+    }
+    return *value;
+}
+
+bool canHaveRange(const Variant &setting)
+{
+    return g_variant_is_of_type(setting.get(), G_VARIANT_TYPE_INT32)
+        || g_variant_is_of_type(setting.get(), G_VARIANT_TYPE("ai"))
+        || (g_variant_is_of_type(setting.get(), G_VARIANT_TYPE_ARRAY)
+            && g_variant_n_children(setting.get()) == 0);
+}
+
+void addForbiddenValues(const AllowedValues &allowed, const WrittenConfigurations &configurations,
+                        Diagnostics *diagnostics)
+{
+    const QStringList keys = settingKeys(allowed.path);
+    for (const WrittenConfiguration &configuration : configurations) {
+        const Variant setting = valueAt(configuration.value, keys);
+        if (!setting)
+            continue;
+        const bool isRangeOfOther = allowed.values.isEmpty() && !canHaveRange(setting);
+        const Variant forbidden = isRangeOfOther ? setting : forbiddenValue(allowed, setting);
+        if (!forbidden)
+            continue;
+        diagnostics->addSlip(writtenAt(*configuration.json, keys).offset,
+                             QStringLiteral("%1 may only be %2, not %3")
+                                 .arg(quotedExcerpt(allowed.path), allowedText(allowed),
+                                      toJsonText(forbidden.get())),
+                             QStringLiteral("change the value, or allow it"));
+    }
+}
+
+void addSlipsOf(const JsonValue &application, Diagnostics *diagnostics)
+{
+    const WrittenConfigurations configurations = readConfigurations(application);
+    for (const JsonValue &path : itemsOf(application, QStringLiteral("locked"))) {
+        if (path.kind == JsonValue::String)
+            addLostPath(path.text, path.offset, configurations, diagnostics);
+    }
+    const JsonValue *const allowed = application.member(QStringLiteral("allowed"));
+    if (!allowed)
+        return;
+    for (const JsonMember &setting : allowed->members) {
+        addLostPath(setting.name, setting.offset, configurations, diagnostics);
+        if (const auto values = readValidPart(readAllowedValues, setting))
+            addForbiddenValues(*values, configurations, diagnostics);
+    }
+}
+
+} // namespace
+
+void addSettingSlips(const JsonValue &document, Diagnostics *diagnostics)
+{
+    for (const JsonValue &application : itemsOf(document, QStringLiteral("applications")))
+        addSlipsOf(application, diagnostics);
+}
+
+} // namespace Tarnvel::Sandbox

@@ -1,0 +1,19 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#pragma once
+
+#include "scenario/diagnostics.h"
+#include "scenario/json_document.h"
+
+namespace Tarnvel::Sandbox {
+
+/*!
+ * \brief Adds to \a diagnostics the slips with settings in \a document, a scenario.
+ *
+ * They are paths in "locked" and "allowed" that no configuration of the application has, and values
+ * in its configurations that are not allowed. Faults that replace the configuration count.
+ */
+void addSettingSlips(const JsonValue &document, Diagnostics *diagnostics);
+
+} // namespace Tarnvel::Sandbox
