@@ -9,9 +9,23 @@ using namespace Tarnvel::Sandbox;
 
 namespace {
 
-const QByteArray configuration = R"("configuration": {"theme": "light", "zoom": 500, "none": [],
+const char configuration[] = R"("configuration": {"theme": "light", "zoom": 500, "none": [],
     "network": {"proxy": "p", "hosts": ["a", "b"], "ports": [1, 2]}, "odd": {"$gvariant": "{'a': <1>}"}})";
-const QString settings = "use a setting of the configuration: network, none, odd, theme, zoom";
+const QString settings = QStringLiteral(
+    "use a setting of the configuration: network, none, odd, theme, zoom");
+
+QString lost(const QString &reason)
+{
+    return QStringLiteral("this fault is never injected: %1; remove it, or what prevents it")
+        .arg(reason);
+}
+
+const QString shadowed = lost(QStringLiteral("others before it affect the same calls"));
+const QString away = lost(QStringLiteral("the service is away at that time"));
+const QString noBus = lost(QStringLiteral("the bus exits before"));
+const QString refused = lost(QStringLiteral("the service refuses all calls"));
+const QString end1 = lost(QStringLiteral("the service ends at call 1"));
+const QString end3 = lost(QStringLiteral("the service ends at call 3"));
 
 QByteArray application(const QByteArray &name, const QByteArray &members)
 {
@@ -21,6 +35,19 @@ QByteArray application(const QByteArray &name, const QByteArray &members)
 QByteArray scenarioOf(const QByteArrayList &applications)
 {
     return R"({"applications": [)" + applications.join(",\n") + "]}";
+}
+
+// A fault that affects calls to GetConfiguration; all of them if \a call is null.
+QByteArray get(const char *name, const char *call = nullptr)
+{
+    return QByteArray(R"({"method": "GetConfiguration", "fault": ")") + name
+        + (call ? QByteArray("\", \"call\": ") + call : "\"")
+        + (QByteArray(name) == "delay" ? ", \"seconds\": 1}" : "}");
+}
+
+QByteArray at(const char *time, const char *name, const char *members = "")
+{
+    return QByteArray("{\"time\": ") + time + ", \"fault\": \"" + name + '"' + members + '}';
 }
 
 QString textOf(const QVector<Diagnostic> &diagnostics)
@@ -34,6 +61,19 @@ QString textOf(const QVector<Diagnostic> &diagnostics)
     return texts.join('\n');
 }
 
+// Each fault is on a line, beginning with line 2; the numbers are those of the slips.
+void faultRow(const char *name, const QByteArrayList &faults,
+              const std::initializer_list<QPair<int, QString>> &slips,
+              const QByteArray &members = R"("configuration": {})")
+{
+    QStringList expected;
+    for (const auto &[line, text] : slips)
+        expected << QString("%1: %2").arg(line).arg(text);
+    QTest::newRow(name) << scenarioOf(
+        {application("viewer", "\"faults\": [" + faults.join(",\n") + "], " + members)})
+                        << expected.join('\n');
+}
+
 } // namespace
 
 class ScenarioSlipsTest : public QObject
@@ -44,6 +84,8 @@ private Q_SLOTS:
     void slipsWithSettingsAreFound_data();
     void slipsWithSettingsAreFound();
     void slipsHaveTheirColumns();
+    void lostFaultsAreFound_data();
+    void lostFaultsAreFound();
 };
 
 void ScenarioSlipsTest::slipsWithSettingsAreFound_data()
@@ -123,17 +165,107 @@ void ScenarioSlipsTest::slipsWithSettingsAreFound()
 
 void ScenarioSlipsTest::slipsHaveTheirColumns()
 {
-    const QByteArray text = scenarioOf(
-        {application("viewer",
-                     "\"locked\": [\"a\"], \"allowed\": {\"b\": [1],\n\"zoom\": [1]}, \"faults\": "
-                     "[1],\n\"configuration\": {\"zoom\": 2}")});
+    const QByteArray text = scenarioOf({application(
+        "viewer",
+        "\"locked\": [\"a\"], \"allowed\": {\"b\": [1],\n\"zoom\": [1]}, \"faults\": [1, "
+            + get("exit") + ", " + get("exit") + "],\n\"configuration\": {\"zoom\": 2}")});
     QStringList locations;
     const QVector<Diagnostic> diagnostics = diagnose("s.json", text, true);
     for (const Diagnostic &diagnostic : diagnostics)
         locations << diagnostic.location();
-    QCOMPARE(locations, QStringList({"s.json:2:12", "s.json:2:30", "s.json:3:26", "s.json:4:27"}));
+    QCOMPARE(
+        locations,
+        QStringList({"s.json:2:12", "s.json:2:30", "s.json:3:26", "s.json:3:78", "s.json:4:27"}));
     QVERIFY(diagnostics.first().isSlip && !diagnostics.at(2).isSlip);
     QCOMPARE(diagnose("s.json", text, false).size(), 1);
+}
+
+void ScenarioSlipsTest::lostFaultsAreFound_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<QString>("slips");
+
+    faultRow("none", {}, {});
+    faultRow("same calls", {get("no-reply"), get("exit"), get("exit", "2")},
+             {{3, shadowed}, {4, shadowed}});
+    faultRow("same call", {get("no-reply", "2"), get("exit", "2"), get("no-reply")},
+             {{3, shadowed}});
+    faultRow("other calls", {get("no-reply", "1"), get("no-reply", "2147483647"), get("no-reply")},
+             {});
+    faultRow("all that are left", {get("exit", "1"), get("exit", "2"), get("no-reply")},
+             {{3, end1}, {4, shadowed}});
+    faultRow("a delay is something else", {get("no-reply"), get("delay"), get("delay", "2")},
+             {{4, shadowed}});
+    faultRow("another method",
+             {get("no-reply"), R"({"fault": "no-reply", "method": "ChangeConfiguration"})",
+              R"({"fault": "exit", "method": "ChangeConfiguration"})"},
+             {{4, shadowed}});
+    faultRow("after the end",
+             {get("no-reply", "4"), get("bus-death", "3"), get("delay", "4"), get("no-reply", "2"),
+              get("wrong-signature")},
+             {{2, end3}, {4, end3}});
+    faultRow("after an end at the first call", {get("exit"), get("delay", "2")}, {{3, end1}});
+    faultRow("at the call of the end", {get("exit", "2"), get("no-reply", "2")}, {{3, shadowed}});
+    faultRow("an end that is shadowed", {get("no-reply", "1"), get("exit", "1"), get("delay", "2")},
+             {{3, shadowed}});
+    faultRow("calls during a delayed end",
+             {get("delay", "1"), get("exit", "1"), get("no-reply", "2")}, {});
+    faultRow("a restart is no end", {get("restart", "1"), get("no-reply", "2")}, {});
+    faultRow("an end with a later restart",
+             {get("exit", "1"), get("no-reply", "2"), at("1", "restart")}, {});
+    faultRow("no restart of the bus",
+             {get("bus-death", "1"), get("no-reply", "2"), at("1", "restart")}, {{3, end1}});
+
+    const QByteArrayList replies {get("wrong-signature", "1"), get("extra-arguments", "2"),
+                                  get("too-large", "3"), get("no-reply")};
+    const QByteArray empty = R"("configuration": {}, )";
+    const std::initializer_list<QPair<int, QString>> lost {
+        {2, refused}, {3, refused}, {4, refused}};
+    faultRow("replies", replies, {}, empty + R"("configurable": true, "users": [0])");
+    faultRow("no user", replies, lost, empty + "\"users\": []");
+    faultRow("not configurable", replies, lost, empty + "\"configurable\": false");
+
+    const char replacement[] = ", \"configuration\": {}";
+    faultRow("after the exit",
+             {at("1.001", "announce"), at("1", "exit"), at("1", "announce"),
+              at("2", "announce-twice"), at("2", "flood", ", \"count\": 1"),
+              at("2", "spoofed-signal"), at("2", "replace", replacement), at("2", "exit"),
+              at("2", "bus-death")},
+             {{2, away}, {5, away}, {6, away}, {7, away}, {8, away}, {9, away}});
+    faultRow("after the bus",
+             {at("1", "bus-death"), at("1", "announce"), at("2", "announce"), at("2", "bus-death"),
+              at("2", "exit"), at("2", "restart"), at("2", "replace", replacement)},
+             {{4, noBus}, {5, noBus}, {6, noBus}, {7, noBus}, {8, noBus}});
+    faultRow("between exit and restart",
+             {at("1", "exit"), at("2", "announce"), at("2", "replace", replacement),
+              at("3", "restart"), at("3", "announce"), at("4", "announce")},
+             {{3, away}, {6, away}});
+    faultRow("exit and restart at once", {at("1", "restart"), at("1", "exit"), at("2", "announce")},
+             {});
+    faultRow("during a restart",
+             {at("1", "restart", ", \"seconds\": 2"), at("2", "announce"), at("3", "announce"),
+              at("2", "replace", replacement), at("2.5", "exit"), at("4", "announce")},
+             {{3, away}, {4, away}, {7, away}});
+    faultRow("at the end of a restart",
+             {at("1", "restart", ", \"seconds\": 1"), at("2", "announce")}, {});
+    faultRow("a restart ends another",
+             {at("1", "restart", ", \"seconds\": 9"), at("2", "restart"), at("3", "announce")}, {});
+    QTest::newRow("exit at the fault of another application") << scenarioOf(
+        {application("viewer", R"("configuration": {}, "faults": [)" + at("1", "exit") + ']'),
+         application("editor",
+                     R"("configuration": {}, "faults": [)" + at("2", "announce") + ", "
+                         + get("exit") + ", " + get("no-reply", "2") + ']')})
+                                                              << "4: " + away + "\n4: " + end1;
+    faultRow("what is invalid is not injected",
+             {R"({"fault": "exit", "method": "GetConfiguration", "call": 0})", get("no-reply", "2"),
+              at("-1", "exit"), at("1", "announce")},
+             {{2, "invalid: expected an integer from 1 to 2147483647, found 0"},
+              {4, "invalid: expected a number from 0 to 86400, found -1"}});
+}
+
+void ScenarioSlipsTest::lostFaultsAreFound()
+{
+    slipsWithSettingsAreFound();
 }
 
 QTEST_GUILESS_MAIN(ScenarioSlipsTest)

@@ -4,6 +4,7 @@
 #include "scenario_check.h"
 
 #include "exit_status.h"
+#include "fault_slips.h"
 #include "input_file.h"
 #include "report/log.h"
 #include "scenario/scenario_reader.h"
@@ -59,8 +60,10 @@ QVector<Diagnostic> diagnose(const QString &fileName, const QByteArray &text, bo
     Diagnostics diagnostics(fileName, text);
     Scenario scenario;
     const JsonValue document = parseScenario(text, &scenario, &diagnostics);
-    if (isStrict)
+    if (isStrict) {
         addSettingSlips(document, &diagnostics);
+        addFaultSlips(document, &diagnostics);
+    }
     return diagnostics.all();
 }
 
