@@ -569,6 +569,9 @@ void SandboxTest::theExitStatusTellsWhetherExpectedCallsCame_data()
     QTest::newRow("no call, and the command fails") << one << "exit 3" << 3 << missing;
     QTest::newRow("too late") << soon << getting << 124 << ":1:12: the expected call came after ";
     QTest::newRow("a call") << one << getting << 0 << "";
+    QTest::newRow("a call that can never come")
+        << QByteArray(R"({"calls": [{"application": "x"}]})") << "true" << 125
+        << ":1:28: the scenario has no application \"x\", only: acme/viewer\n";
     QTest::newRow("nothing expected") << QByteArray(R"({"calls": []})") << "true" << 0 << "";
 }
 

@@ -48,14 +48,14 @@ int Session::execute(const SignalState &signals)
 QVector<Tools::Failure> Session::readFiles()
 {
     QVector<Tools::Failure> failures;
-    if (!m_options.expectationFile.isEmpty())
-        failures = readExpectation(m_options.expectationFile, &m_expectation);
     Scenario scenario;
-    if (failures.isEmpty() && !m_options.scenarioFile.isEmpty()) {
+    if (!m_options.scenarioFile.isEmpty()) {
         if (const Tools::Failure failure = startWatch())
             return {failure};
         failures = readScenario(m_options.scenarioFile, &scenario);
     }
+    if (failures.isEmpty() && !m_options.expectationFile.isEmpty())
+        failures = readExpectation(m_options.expectationFile, scenario, &m_expectation);
     m_service.emplace(std::move(scenario), &m_log, [this] { m_bus.stop(); });
     return failures;
 }

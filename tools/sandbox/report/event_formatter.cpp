@@ -63,6 +63,26 @@ QJsonObject requestRecord(const Request &request)
     return record;
 }
 
+Style outcomeStyle(const Outcome &outcome)
+{
+    if (outcome.kind == Outcome::Refused || outcome.kind == Outcome::Unanswered)
+        return Style::Bad;
+    return outcome.fault ? Style::Bad : Style::Good;
+}
+
+QString faultText(const std::optional<Fault> &fault)
+{
+    return fault ? QStringLiteral(" (fault %1)").arg(faultName(fault->kind)) : QString();
+}
+
+void insertFault(const std::optional<Fault> &fault, QJsonObject *record)
+{
+    if (fault)
+        record->insert(QStringLiteral("fault"), faultName(fault->kind));
+}
+
+} // namespace
+
 QString outcomeName(Outcome::Kind kind)
 {
     switch (kind) {
@@ -78,31 +98,11 @@ QString outcomeName(Outcome::Kind kind)
     return QStringLiteral("unanswered");
 }
 
-Style outcomeStyle(const Outcome &outcome)
-{
-    if (outcome.kind == Outcome::Refused || outcome.kind == Outcome::Unanswered)
-        return Style::Bad;
-    return outcome.fault ? Style::Bad : Style::Good;
-}
-
 QString errorText(const QString &name)
 {
     const QLatin1String prefix(DBus::errorPrefix);
     return name.startsWith(prefix) ? name.mid(prefix.size()) : name;
 }
-
-QString faultText(const std::optional<Fault> &fault)
-{
-    return fault ? QStringLiteral(" (fault %1)").arg(faultName(fault->kind)) : QString();
-}
-
-void insertFault(const std::optional<Fault> &fault, QJsonObject *record)
-{
-    if (fault)
-        record->insert(QStringLiteral("fault"), faultName(fault->kind));
-}
-
-} // namespace
 
 Event callEvent(const Request &request, const Outcome &outcome)
 {

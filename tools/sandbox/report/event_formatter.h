@@ -38,6 +38,12 @@ struct Outcome
     std::optional<Fault> fault;
 };
 
+/*! \brief How a record names an outcome: "answered". */
+QString outcomeName(Outcome::Kind kind);
+
+/*! \brief How a record names the error \a name: without the prefix of the service's errors. */
+QString errorText(const QString &name);
+
 /*! \brief \a request has ended in \a outcome. */
 Event callEvent(const Request &request, const Outcome &outcome);
 

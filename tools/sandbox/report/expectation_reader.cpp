@@ -3,7 +3,9 @@
 
 #include "expectation_reader.h"
 
+#include "event_formatter.h"
 #include "input_file.h"
+#include "scenario/fault_reader.h"
 #include "scenario/json_reader.h"
 
 #include <QtCore/QJsonArray>
@@ -38,65 +40,142 @@ QJsonValue toQtJson(const JsonValue &value)
     return object;
 }
 
-ExpectedCall readCall(const JsonValue &value, Diagnostics *diagnostics)
+QStringList applicationNames(const Scenario &scenario)
+{
+    QStringList names;
+    for (const Application &application : scenario)
+        names.append(application.name);
+    return names;
+}
+
+QString readApplication(const JsonValue *value, const Scenario &scenario, Diagnostics *diagnostics)
+{
+    const QString name = readString(value, diagnostics);
+    const QStringList known = applicationNames(scenario);
+    if (value && value->kind == JsonValue::String && !known.contains(name))
+        diagnostics->add(
+            value->offset,
+            QStringLiteral("the scenario has no application %1, only: %2")
+                .arg(quotedExcerpt(name),
+                     known.isEmpty() ? QStringLiteral("none") : known.join(QLatin1String(", "))));
+    return name;
+}
+
+// A call can come at a path without an application, but not from another application.
+QString readPath(const JsonValue *value, const QString &application, const Scenario &scenario,
+                 Diagnostics *diagnostics)
+{
+    const QString path = readString(value, diagnostics);
+    if (!value || value->kind != JsonValue::String)
+        return path;
+    if (!g_variant_is_object_path(path.toUtf8().constData()))
+        addUnexpected(*value, QStringLiteral("an object path"), diagnostics);
+    else if (!application.isEmpty() && scenario.value(path).name != application)
+        diagnostics->add(value->offset,
+                         QStringLiteral("%1 is not the path of %2")
+                             .arg(quotedExcerpt(path), quotedExcerpt(application)));
+    return path;
+}
+
+QString readOutcome(const JsonValue *value, Diagnostics *diagnostics)
+{
+    QStringList names;
+    for (const Outcome::Kind kind :
+         {Outcome::Answered, Outcome::Accepted, Outcome::Refused, Outcome::Unanswered})
+        names.append(outcomeName(kind));
+    if (value && (value->kind != JsonValue::String || !names.contains(value->text)))
+        addUnexpected(*value, QStringLiteral("one of ") + names.join(QLatin1String(", ")),
+                      diagnostics);
+    return value ? value->text : QString();
+}
+
+QString readFaultName(const JsonValue *value, Diagnostics *diagnostics)
+{
+    const FaultDescription *const description = readFaultDescription(value, diagnostics);
+    return description ? QString(QLatin1String(description->name)) : QString();
+}
+
+QJsonValue readChange(const JsonValue *value, Diagnostics *diagnostics)
+{
+    if (value && value->kind != JsonValue::Object)
+        addUnexpected(*value, describe(JsonValue::Object), diagnostics);
+    return value ? toQtJson(*value) : QJsonValue();
+}
+
+QJsonObject readMembers(ObjectReader *reader, const Scenario &scenario, Diagnostics *diagnostics)
+{
+    QJsonObject members;
+    const auto read = [&](const char *name, const auto &readMember) {
+        const QLatin1String memberName(name);
+        if (const JsonValue *const member = reader->find(memberName))
+            members.insert(memberName, readMember(member, diagnostics));
+    };
+    read("application", [&scenario](const JsonValue *value, Diagnostics *all) {
+        return readApplication(value, scenario, all);
+    });
+    const QString application = members.value(QLatin1String("application")).toString();
+    read("path", [&](const JsonValue *value, Diagnostics *all) {
+        return readPath(value, application, scenario, all);
+    });
+    read("user", [](const JsonValue *value, Diagnostics *all) {
+        return readInteger(value, 0, std::numeric_limits<quint32>::max(), all);
+    });
+    read("method", readMethod);
+    read("change", readChange);
+    read("outcome", readOutcome);
+    read("error", [](const JsonValue *value, Diagnostics *all) {
+        return errorText(readErrorName(value, all));
+    });
+    read("message", readString);
+    read("fault", readFaultName);
+    return members;
+}
+
+ExpectedCall readCall(const JsonValue &value, const Scenario &scenario, Diagnostics *diagnostics)
 {
     ExpectedCall call;
     call.location = diagnostics->location(value.offset);
     ObjectReader reader(value, diagnostics);
-    for (const char *const name :
-         {"application", "error", "fault", "message", "method", "outcome", "path"}) {
-        const QLatin1String memberName(name);
-        if (const JsonValue *const member = reader.find(memberName))
-            call.members.insert(memberName, readString(member, diagnostics));
-    }
-    const QLatin1String userMember("user");
-    if (const JsonValue *const user = reader.find(userMember))
-        call.members.insert(userMember,
-                            readInteger(user, 0, std::numeric_limits<quint32>::max(), diagnostics));
-    const QLatin1String changeMember("change");
-    if (const JsonValue *const change = reader.find(changeMember)) {
-        call.members.insert(changeMember, toQtJson(*change));
-        if (change->kind != JsonValue::Object)
-            addUnexpected(*change, describe(JsonValue::Object), diagnostics);
-    }
+    call.members = readMembers(&reader, scenario, diagnostics);
     if (const JsonValue *const within = reader.find(QLatin1String("within")))
         call.within = readNumber(within, std::numeric_limits<int>::max(), diagnostics);
     reader.addUnknownMembers(QStringLiteral("a call"));
     return call;
 }
 
-QVector<ExpectedCall> readDocument(const JsonValue &document, Diagnostics *diagnostics)
+Expectation readDocument(const JsonValue &document, const Scenario &scenario,
+                         Diagnostics *diagnostics)
 {
     QVector<ExpectedCall> calls;
     ObjectReader reader(document, diagnostics);
     for (const JsonValue &call : readList(reader.require(QLatin1String("calls")), diagnostics))
-        calls.append(readCall(call, diagnostics));
+        calls.append(readCall(call, scenario, diagnostics));
     reader.addUnknownMembers(QStringLiteral("an expectation"));
-    return calls;
+    return Expectation(calls);
 }
 
 } // namespace
 
 QVector<Tools::Failure> parseExpectation(const QString &fileName, const QByteArray &text,
-                                         Expectation *expectation)
+                                         const Scenario &scenario, Expectation *expectation)
 {
     Diagnostics diagnostics(fileName, text);
     const JsonValue document = parseJson(text, &diagnostics);
-    if (!diagnostics.failures().isEmpty())
+    if (!diagnostics.isEmpty())
         return diagnostics.failures();
-    const QVector<ExpectedCall> calls = readDocument(document, &diagnostics);
-    const QVector<Tools::Failure> failures = diagnostics.failures();
-    if (failures.isEmpty())
-        *expectation = Expectation(calls);
-    return failures;
+    const Expectation parsed = readDocument(document, scenario, &diagnostics);
+    if (diagnostics.isEmpty())
+        *expectation = parsed;
+    return diagnostics.failures();
 }
 
-QVector<Tools::Failure> readExpectation(const QString &fileName, Expectation *expectation)
+QVector<Tools::Failure> readExpectation(const QString &fileName, const Scenario &scenario,
+                                        Expectation *expectation)
 {
     QByteArray text;
     if (const Tools::Failure failure = readInputFile(fileName, &text))
         return {failure};
-    return parseExpectation(fileName, text, expectation);
+    return parseExpectation(fileName, text, scenario, expectation);
 }
 
 } // namespace Tarnvel::Sandbox

@@ -4,22 +4,27 @@
 #pragma once
 
 #include "expectation.h"
+#include "scenario/scenario.h"
 
 #include <QtCore/QByteArray>
 
 namespace Tarnvel::Sandbox {
 
 /*!
- * \brief Sets \a expectation to the calls in \a text, the content of the JSON file \a fileName.
+ * \brief Sets \a expectation to what \a text, the content of the JSON file \a fileName, expects.
  *
  * The file is an object with a list of "calls". Each is an object whose members the record of a
  * call in the log must also have; "within" is the seconds from the start within which it must
- * come. Returns all diagnostics; if there are any, \a expectation is unchanged.
+ * come.
+ *
+ * Returns all diagnostics; if there are any, \a expectation is unchanged. A call that \a scenario
+ * makes impossible is one of them.
  */
 QVector<Tools::Failure> parseExpectation(const QString &fileName, const QByteArray &text,
-                                         Expectation *expectation);
+                                         const Scenario &scenario, Expectation *expectation);
 
 /*! \brief Like parseExpectation(), with the content of the file. */
-QVector<Tools::Failure> readExpectation(const QString &fileName, Expectation *expectation);
+QVector<Tools::Failure> readExpectation(const QString &fileName, const Scenario &scenario,
+                                        Expectation *expectation);
 
 } // namespace Tarnvel::Sandbox

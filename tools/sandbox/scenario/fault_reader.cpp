@@ -14,19 +14,17 @@
 
 namespace Tarnvel::Sandbox {
 
-namespace {
-
-const FaultDescription *readDescription(const JsonValue *name, Diagnostics *diagnostics)
+const FaultDescription *readFaultDescription(const JsonValue *value, Diagnostics *diagnostics)
 {
-    if (!name)
+    if (!value)
         return nullptr;
     QStringList names;
     for (const FaultDescription &description : faultDescriptions()) {
-        if (name->kind == JsonValue::String && name->text == QLatin1String(description.name))
+        if (value->kind == JsonValue::String && value->text == QLatin1String(description.name))
             return &description;
         names << QLatin1String(description.name);
     }
-    addUnexpected(*name, QStringLiteral("one of the faults ") + names.join(QLatin1String(", ")),
+    addUnexpected(*value, QStringLiteral("one of the faults ") + names.join(QLatin1String(", ")),
                   diagnostics);
     return nullptr;
 }
@@ -42,7 +40,7 @@ QString readMethod(const JsonValue *value, Diagnostics *diagnostics)
     return value ? value->text : QString();
 }
 
-QString readError(const JsonValue *value, Diagnostics *diagnostics)
+QString readErrorName(const JsonValue *value, Diagnostics *diagnostics)
 {
     const QString name = value ? value->text : QString();
     if (DBus::errorNames().contains(name))
@@ -55,6 +53,8 @@ QString readError(const JsonValue *value, Diagnostics *diagnostics)
             diagnostics);
     return name;
 }
+
+namespace {
 
 // Which calls the fault affects, or when it happens.
 void readTrigger(const JsonValue &value, const FaultDescription &description, ObjectReader *object,
@@ -91,7 +91,7 @@ void readTrigger(const JsonValue &value, const FaultDescription &description, Ob
 Fault readFault(const JsonValue &value, Diagnostics *diagnostics)
 {
     ObjectReader object(value, diagnostics);
-    const FaultDescription *const description = readDescription(
+    const FaultDescription *const description = readFaultDescription(
         object.require(QLatin1String("fault")), diagnostics);
     if (!description)
         return {};
@@ -100,7 +100,7 @@ Fault readFault(const JsonValue &value, Diagnostics *diagnostics)
     readTrigger(value, *description, &object, &fault, diagnostics);
     const QLatin1String secondsMember("seconds");
     if (fault.kind == Fault::Error) {
-        fault.error = readError(object.require(QLatin1String("error")), diagnostics);
+        fault.error = readErrorName(object.require(QLatin1String("error")), diagnostics);
         const JsonValue *const message = object.find(QLatin1String("message"));
         fault.message = message ? readString(message, diagnostics)
                                 : QStringLiteral("error injected by the sandbox");

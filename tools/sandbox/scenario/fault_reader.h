@@ -9,6 +9,17 @@
 
 namespace Tarnvel::Sandbox {
 
+// What an expectation has in common with a fault. For null, each returns a default value.
+
+/*! \brief The method that \a value names. */
+QString readMethod(const JsonValue *value, Diagnostics *diagnostics);
+
+/*! \brief The full name of the error that \a value names, with or without its prefix. */
+QString readErrorName(const JsonValue *value, Diagnostics *diagnostics);
+
+/*! \brief The kind of fault that \a value names; null if it names none. */
+const FaultDescription *readFaultDescription(const JsonValue *value, Diagnostics *diagnostics);
+
 /*! \brief The fault that \a value describes; adds to \a diagnostics if it describes none. */
 Fault readFault(const JsonValue &value, Diagnostics *diagnostics);
 
