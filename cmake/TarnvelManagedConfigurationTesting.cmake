@@ -67,7 +67,7 @@ endfunction()
 #         [LOG <file>]                  where to record the events
 #         [WORKING_DIRECTORY <directory>])
 #
-# The test passes if the command succeeds and each expected call comes. The command finds the bus
+# The test passes if the command succeeds and its expectations are met. The command finds the bus
 # through the variable DBUS_SYSTEM_BUS_ADDRESS. Files are relative to the current source directory,
 # the log to the current binary directory. All values but the name may be generator expressions.
 function(tarnvel_managed_configuration_add_test)

@@ -18,15 +18,17 @@ QJsonObject object(const QByteArray &text)
 
 const char expected[] = R"({"calls": [
   {"method": "GetConfiguration", "within": 2},
-  {"application": "acme/viewer", "path": "/acme_2eviewer", "user": 0, "method": "ChangeConfiguration",
-   "change": {"a": [1, {"b": null}]}, "outcome": "refused", "error": "Forbidden",
-   "message": "no", "fault": "error"}]})";
+  {"application": "acme/viewer", "path": "/acme_2eviewer", "user": 0,
+   "method": "ChangeConfiguration", "change": {"a": [1, {"b": null}]}, "outcome": "refused",
+   "error": "Forbidden", "message": "no", "fault": "error"}]})";
 
-const char get[] = R"({"event": "call", "method": "GetConfiguration", "time": 2})";
+const char get[] =
+    R"({"event": "call", "method": "GetConfiguration", "time": 2, "text": "the get"})";
 const char change[] =
     R"({"event": "call", "method": "ChangeConfiguration", "time": 3, "application": "acme/viewer",
-        "path": "/acme_2eviewer", "user": 0, "change": {"a": [1, {"b": null}]}, "outcome": "refused",
-        "error": "Forbidden", "message": "no", "fault": "error", "text": "all of it"})";
+        "path": "/acme_2eviewer", "user": 0, "change": {"a": [1, {"b": null}]},
+        "outcome": "refused", "error": "Forbidden", "message": "no", "fault": "error",
+        "text": "the change"})";
 
 Scenario scenarioOf(const QByteArrayList &applications)
 {
@@ -48,6 +50,21 @@ QString textOf(const QVector<Tarnvel::Tools::Failure> &failures)
     return texts.join('\n');
 }
 
+Expectation expectationOf(const QByteArray &text)
+{
+    Expectation expectation;
+    const QString diagnostics = textOf(
+        parseExpectation("c", text, scenarioOf({"viewer"}), &expectation));
+    if (!diagnostics.isEmpty())
+        qFatal("%s", qUtf8Printable(diagnostics));
+    return expectation;
+}
+
+QString unmet(const Expectation &expectation)
+{
+    return textOf(expectation.unmet());
+}
+
 } // namespace
 
 class ExpectedCallsTest : public QObject
@@ -58,6 +75,9 @@ private Q_SLOTS:
     void callsMustComeInTheirOrderAndInTime_data();
     void callsMustComeInTheirOrderAndInTime();
     void everyMemberCounts();
+    void callsAreCounted_data();
+    void callsAreCounted();
+    void theNearestCallsAreTold();
     void aDiagnosticHasItsLocation_data();
     void aDiagnosticHasItsLocation();
     void whatCanNeverComeIsADiagnostic_data();
@@ -71,15 +91,28 @@ void ExpectedCallsTest::callsMustComeInTheirOrderAndInTime_data()
 
     const QByteArray late = R"({"event": "call", "method": "GetConfiguration", "time": 2.25})";
     const QByteArray announced = R"({"event": "announcement", "method": "GetConfiguration"})";
-    const QString first = "calls.json:2:3: the expected call did not come";
-    const QString second = "calls.json:3:3: the expected call did not come";
-    QTest::newRow("none") << QByteArrayList() << first;
-    QTest::newRow("other order") << QByteArrayList {change, get} << second;
-    QTest::newRow("only the first") << QByteArrayList {get} << second;
-    QTest::newRow("only the second") << QByteArrayList {change} << first;
-    QTest::newRow("too late") << QByteArrayList {late, change}
-                              << "calls.json:2:3: the expected call came after 2.25 s";
-    QTest::newRow("no call") << QByteArrayList {announced, change} << first;
+    const QString first = "c:2:3: the expected call did not come: "
+                          R"({"method":"GetConfiguration","within":2})"
+                          "\nc:2:3: ";
+    const QString second =
+        "c:3:3: the expected call did not come: "
+        R"({"application":"acme/viewer","change":{"a":[1,{"b":null}]},"error":"Forbidden",)"
+        R"("fault":"error","message":"no","method":"ChangeConfiguration","outcome":"refused",)"
+        R"("path":"/acme_2eviewer","user":0})"
+        "\nc:3:3: ";
+    const QString all = "(other: application, change, error, fault, message, method, outcome, "
+                        "path, user)";
+    const QString nearChange = "near, after 3 s: the change (other: method, within)";
+    QTest::newRow("none") << QByteArrayList() << first + "no call came at all";
+    QTest::newRow("other order") << QByteArrayList {change, get}
+                                 << second + "came before its turn, after 3 s: the change\n"
+            + "c:3:3: near, after 2 s: the get " + all;
+    QTest::newRow("only the first")
+        << QByteArrayList {get} << second + "near, after 2 s: the get " + all;
+    QTest::newRow("only the second") << QByteArrayList {change} << first + nearChange;
+    QTest::newRow("too late") << QByteArrayList {
+        late, change} << first + "near, after 2.25 s:  (other: within)\nc:2:3: " + nearChange;
+    QTest::newRow("no call") << QByteArrayList {announced, change} << first + nearChange;
     QTest::newRow("both") << QByteArrayList {get, change} << "";
     QTest::newRow("others between")
         << QByteArrayList {change, get, get, announced, change, get} << "";
@@ -88,12 +121,10 @@ void ExpectedCallsTest::callsMustComeInTheirOrderAndInTime_data()
 void ExpectedCallsTest::callsMustComeInTheirOrderAndInTime()
 {
     QFETCH(QByteArrayList, records);
-    Expectation expectation;
-    QVERIFY(
-        parseExpectation("calls.json", expected, scenarioOf({"viewer"}), &expectation).isEmpty());
+    Expectation expectation = expectationOf(expected);
     for (const QByteArray &record : records)
         expectation.record(object(record));
-    QTEST(expectation.missing().text(), "missing");
+    QTEST(unmet(expectation), "missing");
 }
 
 void ExpectedCallsTest::everyMemberCounts()
@@ -101,9 +132,7 @@ void ExpectedCallsTest::everyMemberCounts()
     const QStringList members {"application", "path",  "user",    "method", "change",
                                "outcome",     "error", "message", "fault"};
     for (const QString &member : members) {
-        Expectation expectation;
-        QVERIFY(parseExpectation("calls.json", expected, scenarioOf({"viewer"}), &expectation)
-                    .isEmpty());
+        Expectation expectation = expectationOf(expected);
         expectation.record(object(get));
         QJsonObject record = object(change);
         record.insert(member,
@@ -112,10 +141,88 @@ void ExpectedCallsTest::everyMemberCounts()
         expectation.record(record);
         record.remove(member);
         expectation.record(record);
-        QVERIFY2(expectation.missing(), qPrintable(member));
+        QVERIFY2(unmet(expectation).contains("(other: " + member + ")\n"), qPrintable(member));
         expectation.record(object(change));
-        QCOMPARE(expectation.missing().text(), QString());
+        QCOMPARE(unmet(expectation), QString());
     }
+}
+
+void ExpectedCallsTest::callsAreCounted_data()
+{
+    QTest::addColumn<QByteArray>("calls");
+    QTest::addColumn<QByteArrayList>("records");
+    QTest::addColumn<QString>("message");
+
+    const QByteArray never = R"({"method": "GetConfiguration", "never": true})";
+    const QByteArray neverSoon = R"({"method": "GetConfiguration", "never": true, "within": 1})";
+    const QByteArray twice = R"({"method": "GetConfiguration", "times": 2})";
+    const QByteArray inOrder = R"({"method": "ChangeConfiguration"})";
+    QTest::newRow("never: none") << never << QByteArrayList() << "";
+    QTest::newRow("never: another") << never << QByteArrayList {change} << "";
+    QTest::newRow("never: one") << never << QByteArrayList {get}
+                                << "the call that must not come came once: ";
+    QTest::newRow("never: two") << never << QByteArrayList {change, get, get}
+                                << "the call that must not come came 2 times: ";
+    QTest::newRow("never, but later") << neverSoon << QByteArrayList {get} << "";
+    QTest::newRow("not never") << QByteArray(R"({"method": "GetConfiguration", "never": false})")
+                               << QByteArrayList() << "the expected call did not come: ";
+    QTest::newRow("twice: none") << twice << QByteArrayList()
+                                 << "the expected call came 0 times, not 2 times: ";
+    QTest::newRow("twice: once") << twice << QByteArrayList {get}
+                                 << "the expected call came once, not 2 times: ";
+    QTest::newRow("twice: twice") << twice << QByteArrayList {get, change, get} << "";
+    QTest::newRow("twice: three times") << twice << QByteArrayList {get, get, get}
+                                        << "the expected call came 3 times, not 2 times: ";
+    QTest::newRow("in any order") << inOrder + ", " + twice << QByteArrayList {get, change, get}
+                                  << "";
+    QTest::newRow("counted ones first")
+        << twice + ", " + inOrder << QByteArrayList {get, change, get} << "";
+    QTest::newRow("one counted and one in order")
+        << never + ", " + inOrder << QByteArrayList {get} << "the expected call did not come: ";
+    QTest::newRow("once in order, once counted") << QByteArray(
+        R"({"method": "GetConfiguration"}, {"method": "GetConfiguration", "times": 1})")
+                                                 << QByteArrayList {get} << "";
+    QTest::newRow("twice in order") << inOrder + ", " + inOrder << QByteArrayList {change}
+                                    << "the expected call did not come: ";
+}
+
+void ExpectedCallsTest::callsAreCounted()
+{
+    QFETCH(QByteArray, calls);
+    QFETCH(QByteArrayList, records);
+    QFETCH(QString, message);
+    Expectation expectation = expectationOf("{\"calls\": [" + calls + "]}");
+    for (const QByteArray &record : records)
+        expectation.record(object(record));
+    const QString text = unmet(expectation);
+    QVERIFY2(message.isEmpty() ? text.isEmpty() : text.contains(": " + message), qPrintable(text));
+}
+
+void ExpectedCallsTest::theNearestCallsAreTold()
+{
+    Expectation expectation = expectationOf(R"({"calls": [
+{"method": "GetConfiguration", "user": 7}, {"method": "ChangeConfiguration"},
+{"method": "GetConfiguration", "never": true}, {"user": 7, "times": 2}]})");
+    for (const char *record :
+         {R"({"event": "call", "time": 1, "text": "A", "method": "Other"})",
+          R"({"event": "call", "time": 2, "text": "B", "method": "GetConfiguration", "user": 8})",
+          R"({"event": "call", "time": 3, "text": "C", "method": "Other", "user": 7})",
+          R"({"event": "call", "time": 4, "text": "D", "method": "GetConfiguration"})"})
+        expectation.record(object(record));
+    QCOMPARE(unmet(expectation),
+             QString("c:2:1: the expected call did not come: "
+                     "{\"method\":\"GetConfiguration\",\"user\":7}\n"
+                     "c:2:1: near, after 2 s: B (other: user)\n"
+                     "c:2:1: near, after 3 s: C (other: method)\n"
+                     "c:2:1: near, after 4 s: D (other: user)\n"
+                     "c:3:1: the call that must not come came 2 times: "
+                     "{\"method\":\"GetConfiguration\"}\n"
+                     "c:3:1: came after 2 s: B\n"
+                     "c:3:1: came after 4 s: D\n"
+                     "c:3:48: the expected call came once, not 2 times: {\"user\":7}\n"
+                     "c:3:48: came after 3 s: C\n"
+                     "c:3:48: near, after 1 s: A (other: user)\n"
+                     "c:3:48: near, after 2 s: B (other: user)"));
 }
 
 void ExpectedCallsTest::aDiagnosticHasItsLocation_data()
@@ -139,6 +246,10 @@ void ExpectedCallsTest::aDiagnosticHasItsLocation_data()
          "1:35: expected an integer from 0 to 4294967295, found 0.5",
          "1:50: expected an object, found a list", "1:69: expected a string, found 1",
          "1:80: expected a string, found 1"});
+    row("counts", R"({"calls": [{"times": 0}, {"never": 1}, {"never": true, "times": 1}]})",
+        {"1:22: expected an integer from 1 to 2147483647, found 0",
+         "1:36: expected a boolean, found 1",
+         R"(1:65: "times" and "never" are mutually exclusive)"});
 }
 
 void ExpectedCallsTest::aDiagnosticHasItsLocation()
@@ -151,7 +262,7 @@ void ExpectedCallsTest::aDiagnosticHasItsLocation()
         diagnostics.append(failure.text().mid(2));
     QTEST(diagnostics, "diagnostics");
     // Unchanged.
-    QCOMPARE(expectation.missing().text(), QString("earlier:1:1: the expected call did not come"));
+    QVERIFY(unmet(expectation).startsWith("earlier:1:1: the expected call did not come: "));
 }
 
 void ExpectedCallsTest::whatCanNeverComeIsADiagnostic_data()
@@ -169,7 +280,7 @@ void ExpectedCallsTest::whatCanNeverComeIsADiagnostic_data()
     row(R"("path": "/unknown", "method": "GetConfiguration")", "", {});
     row(R"("path": "/acme_2eeditor")", "", both);
     row(R"("application": "acme/editor", "path": "/acme_2eeditor")", "", both);
-    row(R"("error": "Internal")", "", {});
+    row(R"("error": "Internal", "never": true)", "", {});
     row(R"("error": "org.freedesktop.DBus.Error.UnknownMethod")", "", {});
     row(R"("application": "acme/viewer")",
         R"(c:2:17: the scenario has no application "acme/viewer", only: none)", {});
@@ -181,7 +292,7 @@ void ExpectedCallsTest::whatCanNeverComeIsADiagnostic_data()
         "c:2:40: \"/acme_2eeditor\" is not the path of \"acme/viewer\"", both);
     row(R"("method": "Get")",
         R"(c:2:12: expected "GetConfiguration" or "ChangeConfiguration", found "Get")", both);
-    row(R"("outcome": "refusd")",
+    row(R"("outcome": "refusd", "never": true)",
         "c:2:13: expected one of answered, accepted, refused, unanswered, found \"refusd\"", both);
 }
 

@@ -337,7 +337,7 @@ void SandboxTest::standardInputIsAFile()
     // The command finds standard input at its end.
     QCOMPARE(run("--scenario - -- sh -c \"$2; cat\"", scenario).output, QString("({'a': <1>},)\n"));
     QCOMPARE(run("--expect - -- cat", R"({"calls": [{}]})").errors,
-             QString("-:1:12: the expected call did not come\n"));
+             QString("-:1:12: the expected call did not come: {}\n-:1:12: no call came at all\n"));
     QCOMPARE(shell.run({"-c", "\"$0\" --check - </", SANDBOX}).errors,
              QString("-: Is a directory\n"));
 }
@@ -563,11 +563,12 @@ void SandboxTest::theExitStatusTellsWhetherExpectedCallsCame_data()
 
     const QByteArray one = R"({"calls": [{"method": "GetConfiguration"}]})";
     const QByteArray soon = R"({"calls": [{"method": "GetConfiguration", "within": 0}]})";
-    const QString missing = ":1:12: the expected call did not come\n";
+    const QString missing =
+        ":1:12: the expected call did not come: {\"method\":\"GetConfiguration\"}";
     QTest::newRow("no command") << one << QString() << 124 << missing;
     QTest::newRow("no call") << one << "true" << 124 << missing;
     QTest::newRow("no call, and the command fails") << one << "exit 3" << 3 << missing;
-    QTest::newRow("too late") << soon << getting << 124 << ":1:12: the expected call came after ";
+    QTest::newRow("too late") << soon << getting << 124 << ":1:12: near, after ";
     QTest::newRow("a call") << one << getting << 0 << "";
     QTest::newRow("a call that can never come")
         << QByteArray(R"({"calls": [{"application": "x"}]})") << "true" << 125

@@ -20,7 +20,7 @@ const char description[] =
     "standard input.\n"
     "\n"
     "The exit status is that of the command, or 128+n if signal n ended it; 124 if the\n"
-    "command succeeds but an expected call did not come, 125 if the sandbox itself fails,\n"
+    "command succeeds but an expectation is not met, 125 if the sandbox itself fails,\n"
     "126 if the command cannot be run, and 127 if it is not found.";
 
 QCommandLineOption fileOption(const char *name, const char *text)
@@ -45,7 +45,7 @@ Tools::Failure parseCommandLine(const QStringList &arguments, Options *options)
                                     QStringLiteral("What the check prints: \"text\" or \"json\"."),
                                     QStringLiteral("FORMAT"), QStringLiteral("text"));
     const auto log = fileOption("log", "Record each event in a file, as one line of JSON.");
-    const auto expect = fileOption("expect", "The calls that must come.");
+    const auto expect = fileOption("expect", "The calls that must come, or must not.");
     const QCommandLineOption faults(QStringLiteral("list-faults"),
                                     QStringLiteral("Only list the faults for scenario files."));
     QCommandLineParser parser;

@@ -9,7 +9,7 @@ namespace Tarnvel::Sandbox {
 
 /*! \brief The exit status if it is not that of the command; the values are those of timeout(1). */
 enum ExitStatus {
-    /*! The command succeeded, but an expected call did not come. */
+    /*! The command succeeded, but an expectation was not met. */
     ExpectationsNotMet = 124,
     /*! The sandbox itself failed: on the command line, a file, or the bus. */
     SandboxFailed = 125,

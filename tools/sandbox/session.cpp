@@ -118,14 +118,13 @@ Tools::Failure Session::startCommand(const SignalState &signals)
                             [](int status) { QCoreApplication::exit(status); });
 }
 
-// The failure of a command says more than a missing call.
+// The failure of a command says more than what was expected.
 int Session::statusAfter(int status) const
 {
-    const Tools::Failure missing = m_expectation.missing();
-    if (!missing)
-        return status;
-    printEvent(missing.text(), Style::Bad);
-    return status == EXIT_SUCCESS ? missing.status : status;
+    const QVector<Tools::Failure> unmet = m_expectation.unmet();
+    for (const Tools::Failure &failure : unmet)
+        printEvent(failure.text(), Style::Bad);
+    return status == EXIT_SUCCESS && !unmet.isEmpty() ? ExpectationsNotMet : status;
 }
 
 void Session::end(int signal, bool isTyped)

@@ -7,13 +7,15 @@
 
 #include <QtCore/QJsonObject>
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 #include <QtCore/QVector>
 
 #include <limits>
+#include <optional>
 
 namespace Tarnvel::Sandbox {
 
-/*! \brief A call that must come. */
+/*! \brief A call that must come, or must not. */
 struct ExpectedCall
 {
     /*! Where the expectation says so: "calls.json:3:5". */
@@ -22,26 +24,50 @@ struct ExpectedCall
     QJsonObject members;
     /*! The seconds from the start within which the call must come. */
     double within = std::numeric_limits<double>::infinity();
+    /*! How often the call must come at any point; without it, once, in its turn. */
+    std::optional<int> times = {};
 };
 
-/*! \brief Compares the calls that come with those that must come, in order. */
+/*! \brief Compares the calls that come with those that must, or must not. */
 class Expectation
 {
 public:
-    /*! \brief Expects \a calls; others may come in between. */
+    /*! \brief Expects \a calls, with any others in between. */
     explicit Expectation(const QVector<ExpectedCall> &calls = {});
 
     /*! \brief Takes the \a record of an event into account. */
     void record(const QJsonObject &record);
 
-    /*! \brief The first call that has not come, or not in time; no failure if all have come. */
-    Tools::Failure missing() const;
+    /*!
+     * \brief What is not met at the end, each with the calls that came nearest.
+     *
+     * Of the calls that must come in order, only the first that is missing.
+     */
+    QVector<Tools::Failure> unmet() const;
 
 private:
-    QVector<ExpectedCall> m_calls;
-    int m_met = 0;
-    // When the next call came, if that was too late; otherwise 0.
-    double m_lateTime = 0;
+    struct RecordedCall
+    {
+        double time;
+        QString text;
+        // The members that are not as expected.
+        QStringList differences;
+    };
+    struct CallProgress
+    {
+        ExpectedCall expected;
+        int count = 0;
+        // Those with the fewest differences.
+        QVector<RecordedCall> nearest = {};
+
+        bool isMet() const;
+        void add(const RecordedCall &call);
+        QString message() const;
+        QString noteOn(const RecordedCall &call) const;
+        QVector<Tools::Failure> failures() const;
+    };
+
+    QVector<CallProgress> m_calls;
 };
 
 } // namespace Tarnvel::Sandbox

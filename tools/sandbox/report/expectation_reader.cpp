@@ -139,6 +139,16 @@ ExpectedCall readCall(const JsonValue &value, const Scenario &scenario, Diagnost
     call.members = readMembers(&reader, scenario, diagnostics);
     if (const JsonValue *const within = reader.find(QLatin1String("within")))
         call.within = readNumber(within, std::numeric_limits<int>::max(), diagnostics);
+    const JsonValue *const times = reader.find(QLatin1String("times"));
+    if (times)
+        call.times = static_cast<int>(
+            readInteger(times, 1, std::numeric_limits<int>::max(), diagnostics));
+    if (readBoolean(reader.find(QLatin1String("never")), diagnostics)) {
+        call.times = 0;
+        if (times)
+            diagnostics->add(times->offset,
+                             QStringLiteral("\"times\" and \"never\" are mutually exclusive"));
+    }
     reader.addUnknownMembers(QStringLiteral("a call"));
     return call;
 }

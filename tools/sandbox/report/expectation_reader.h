@@ -14,7 +14,7 @@ namespace Tarnvel::Sandbox {
  * \brief Sets \a expectation to what \a text, the content of the JSON file \a fileName, expects.
  *
  * The file is an object with a list of "calls". Each is an object whose members the record of a
- * call in the log must also have; "within" is the seconds from the start within which it must
+ * call in the log must also have; "within", "times" and "never" say when and how often it must
  * come.
  *
  * Returns all diagnostics; if there are any, \a expectation is unchanged. A call that \a scenario
