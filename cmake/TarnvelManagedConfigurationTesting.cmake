@@ -63,7 +63,7 @@ endfunction()
 #     tarnvel_managed_configuration_add_test(NAME <name>
 #         SCENARIO <file>               the applications and their configurations
 #         COMMAND <command> [<arg>...]  a program, or the target of one
-#         [EXPECT <file>]               the calls that must come
+#         [EXPECT <file>]               what must come and be kept
 #         [LOG <file>]                  where to record the events
 #         [WORKING_DIRECTORY <directory>])
 #

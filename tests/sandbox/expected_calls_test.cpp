@@ -4,6 +4,7 @@
 #include "report/expectation_reader.h"
 #include "scenario/scenario_reader.h"
 
+#include <QtCore/QFile>
 #include <QtCore/QJsonDocument>
 #include <QtTest/QTest>
 
@@ -60,9 +61,12 @@ Expectation expectationOf(const QByteArray &text)
     return expectation;
 }
 
-QString unmet(const Expectation &expectation)
+// What is not met if the service keeps \a configuration, GVariant text, for each application.
+QString unmet(const Expectation &expectation, const char *configuration = "@a{sv} {}")
 {
-    return textOf(expectation.unmet());
+    return textOf(expectation.unmet([configuration](const QString &path) {
+        return path == "/acme_2eviewer" ? adopt(g_variant_new_parsed(configuration)) : Variant();
+    }));
 }
 
 } // namespace
@@ -78,10 +82,13 @@ private Q_SLOTS:
     void callsAreCounted_data();
     void callsAreCounted();
     void theNearestCallsAreTold();
+    void theConfigurationMustBeKeptAtTheEnd_data();
+    void theConfigurationMustBeKeptAtTheEnd();
     void aDiagnosticHasItsLocation_data();
     void aDiagnosticHasItsLocation();
     void whatCanNeverComeIsADiagnostic_data();
     void whatCanNeverComeIsADiagnostic();
+    void documentedExpectationsAreValid();
 };
 
 void ExpectedCallsTest::callsMustComeInTheirOrderAndInTime_data()
@@ -225,6 +232,50 @@ void ExpectedCallsTest::theNearestCallsAreTold()
                      "c:3:48: near, after 2 s: B (other: user)"));
 }
 
+void ExpectedCallsTest::theConfigurationMustBeKeptAtTheEnd_data()
+{
+    QTest::addColumn<QByteArray>("text");
+    QTest::addColumn<QByteArray>("configuration");
+    QTest::addColumn<QString>("message");
+
+    const QByteArray zoom = R"({"finally": {"zoom": 125}})";
+    const QByteArray nested = R"({"finally": {"a": {"b": [], "c": {"$gvariant": "uint64 1"}}}})";
+    QTest::newRow("met") << zoom << QByteArray("{'other': <1>, 'zoom': <125>}") << "";
+    QTest::newRow("other value") << zoom << QByteArray("{'zoom': <100>}")
+                                 << "1:22: in the end, \"zoom\" of acme/viewer is 100, not 125";
+    QTest::newRow("other type") << zoom << QByteArray("{'zoom': <'125'>}")
+                                << "1:22: in the end, \"zoom\" of acme/viewer is \"125\", not 125";
+    QTest::newRow("lost") << zoom << QByteArray("@a{sv} {}")
+                          << "1:22: in the end, \"zoom\" of acme/viewer is missing, not 125";
+    QTest::newRow("nested") << nested << QByteArray("{'a': <{'c': <uint64 1>, 'b': <@ai []>}>}")
+                            << "";
+    QTest::newRow("nested as a whole")
+        << nested << QByteArray("{'a': <{'c': <uint64 1>, 'b': <@as []>, 'd': <1>}>}")
+        << "1:19: in the end, \"a\" of acme/viewer is {\"b\":[],\"c\":{\"$gvariant\":\"uint64 1\"},"
+           "\"d\":1}, not {\"b\":[],\"c\":{\"$gvariant\":\"uint64 1\"}}";
+    QTest::newRow("all settings") << QByteArray(
+        "{\"finally\": {\"a\": 1,\n\"b\": true}, \"calls\": []}")
+                                  << QByteArray("{'a': <2>, 'b': <false>}")
+                                  << "1:19: in the end, \"a\" of acme/viewer is 2, not 1\n"
+                                     "c:2:6: in the end, \"b\" of acme/viewer is false, not true";
+    QTest::newRow("GVariant text")
+        << QByteArray(R"({"finally": {"$gvariant": "{'a': <1>}"}})") << QByteArray("@a{sv} {}")
+        << "1:13: in the end, \"a\" of acme/viewer is missing, not 1";
+    QTest::newRow("list") << QByteArray(R"({"finally": [{"application": "acme/viewer",
+"configuration": {"zoom": 1}}]})")
+                          << QByteArray("{'zoom': <2>}")
+                          << "2:27: in the end, \"zoom\" of acme/viewer is 2, not 1";
+}
+
+void ExpectedCallsTest::theConfigurationMustBeKeptAtTheEnd()
+{
+    QFETCH(QByteArray, text);
+    QFETCH(QByteArray, configuration);
+    QFETCH(QString, message);
+    QCOMPARE(unmet(expectationOf(text), configuration.constData()),
+             message.isEmpty() ? message : "c:" + message);
+}
+
 void ExpectedCallsTest::aDiagnosticHasItsLocation_data()
 {
     QTest::addColumn<QByteArray>("text");
@@ -250,6 +301,19 @@ void ExpectedCallsTest::aDiagnosticHasItsLocation_data()
         {"1:22: expected an integer from 1 to 2147483647, found 0",
          "1:36: expected a boolean, found 1",
          R"(1:65: "times" and "never" are mutually exclusive)"});
+    row("settings", R"({"finally": {"a": 1.5, "b": 0.5}})",
+        {
+            "1:19: expected a 32-bit integer, found 1.5",
+            "1:29: expected a 32-bit integer, found 0.5",
+        });
+    row("no settings", R"({"finally": {}})", {"1:13: expected at least one setting"});
+    row("settings of another kind", R"({"finally": 1})", {"1:13: expected an object, found 1"});
+    row("settings of another type", R"({"finally": {"$gvariant": "1"}})",
+        {R"(1:13: expected a value of type "a{sv}")"});
+    row("list of settings", R"({"finally": [{}, {"application": "acme/viewer", "x": 1}]})",
+        {R"(1:14: "application" is missing)", R"(1:14: "configuration" is missing)",
+         R"(1:18: "configuration" is missing)",
+         R"(1:49: unknown member "x" of a final configuration)"});
 }
 
 void ExpectedCallsTest::aDiagnosticHasItsLocation()
@@ -294,6 +358,20 @@ void ExpectedCallsTest::whatCanNeverComeIsADiagnostic_data()
         R"(c:2:12: expected "GetConfiguration" or "ChangeConfiguration", found "Get")", both);
     row(R"("outcome": "refusd", "never": true)",
         "c:2:13: expected one of answered, accepted, refused, unanswered, found \"refusd\"", both);
+
+    const auto finalRow = [](const char *settings, const QString &diagnostics,
+                             const QByteArrayList &applications) {
+        QTest::addRow("%s %d", settings, int(applications.size()))
+            << QByteArray("{\"finally\": ") + settings + '}' << applications << diagnostics;
+    };
+    const QString several = "c:1:13: the scenario has %1 applications: expected a list of objects "
+                            "with \"application\" and \"configuration\"";
+    finalRow(R"({"zoom": 1})", "", {"viewer"});
+    finalRow(R"({"zoom": 1})", several.arg(0), {});
+    finalRow(R"({"zoom": 1})", several.arg(2), both);
+    finalRow(R"([{"application": "acme/editor", "configuration": {"zoom": 1}}])", "", both);
+    finalRow(R"([{"application": "x", "configuration": {"zoom": 1}}])",
+             R"(c:1:30: the scenario has no application "x", only: acme/viewer)", {"viewer"});
 }
 
 void ExpectedCallsTest::whatCanNeverComeIsADiagnostic()
@@ -308,6 +386,23 @@ void ExpectedCallsTest::whatCanNeverComeIsADiagnostic()
         const QString found = textOf(parseExpectation("c", call, {}, &expectation));
         QVERIFY2(found.startsWith("c:1:") && found.endsWith(", found \"no-such\""),
                  qPrintable(found));
+    }
+}
+
+void ExpectedCallsTest::documentedExpectationsAreValid()
+{
+    QFile file(DOCUMENTATION);
+    QVERIFY(file.open(QIODevice::ReadOnly));
+    const QString section = QString::fromUtf8(file.readAll()).section("\n## Expectations\n", 1);
+    const QStringList blocks = section.section("\n## ", 0, 0).split("```json\n").mid(1);
+    QCOMPARE(blocks.size(), 2);
+    for (int index = 0; index < blocks.size(); ++index) {
+        const QByteArrayList applications = QByteArrayList {"viewer", "editor"}.mid(0, index + 1);
+        const QByteArray text = blocks.at(index).section("```", 0, 0).toUtf8();
+        Expectation expectation;
+        const auto failures = parseExpectation("c", text, scenarioOf(applications), &expectation);
+        QCOMPARE(textOf(failures), QString());
+        QVERIFY(!unmet(expectation).isEmpty());
     }
 }
 

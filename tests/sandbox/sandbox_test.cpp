@@ -570,6 +570,12 @@ void SandboxTest::theExitStatusTellsWhetherExpectedCallsCame_data()
     QTest::newRow("no call, and the command fails") << one << "exit 3" << 3 << missing;
     QTest::newRow("too late") << soon << getting << 124 << ":1:12: near, after ";
     QTest::newRow("a call") << one << getting << 0 << "";
+    const QString changing = QString(getting).replace("GetC", "ChangeC") + " \"{'a': <2>}\"";
+    QTest::newRow("another configuration at the end")
+        << QByteArray(R"({"finally": {"a": 1}})") << changing << 124
+        << ":1:19: in the end, \"a\" of acme/viewer is 2, not 1\n";
+    QTest::newRow("the configuration at the end")
+        << QByteArray(R"({"finally": {"a": 2}})") << changing << 0 << "";
     QTest::newRow("a call that can never come")
         << QByteArray(R"({"calls": [{"application": "x"}]})") << "true" << 125
         << ":1:28: the scenario has no application \"x\", only: acme/viewer\n";

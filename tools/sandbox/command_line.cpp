@@ -45,7 +45,7 @@ Tools::Failure parseCommandLine(const QStringList &arguments, Options *options)
                                     QStringLiteral("What the check prints: \"text\" or \"json\"."),
                                     QStringLiteral("FORMAT"), QStringLiteral("text"));
     const auto log = fileOption("log", "Record each event in a file, as one line of JSON.");
-    const auto expect = fileOption("expect", "The calls that must come, or must not.");
+    const auto expect = fileOption("expect", "The calls that must come, and settings at the end.");
     const QCommandLineOption faults(QStringLiteral("list-faults"),
                                     QStringLiteral("Only list the faults for scenario files."));
     QCommandLineParser parser;

@@ -121,7 +121,8 @@ Tools::Failure Session::startCommand(const SignalState &signals)
 // The failure of a command says more than what was expected.
 int Session::statusAfter(int status) const
 {
-    const QVector<Tools::Failure> unmet = m_expectation.unmet();
+    const QVector<Tools::Failure> unmet = m_expectation.unmet(
+        [this](const QString &path) { return m_service->configurationAt(path); });
     for (const Tools::Failure &failure : unmet)
         printEvent(failure.text(), Style::Bad);
     return status == EXIT_SUCCESS && !unmet.isEmpty() ? ExpectationsNotMet : status;

@@ -4,6 +4,7 @@
 #include "expectation.h"
 
 #include "exit_status.h"
+#include "variant_json.h"
 
 #include <QtCore/QJsonDocument>
 
@@ -105,7 +106,9 @@ QVector<Tools::Failure> Expectation::CallProgress::failures() const
     return failures;
 }
 
-Expectation::Expectation(const QVector<ExpectedCall> &calls)
+Expectation::Expectation(const QVector<ExpectedCall> &calls,
+                         const QVector<ExpectedSetting> &settings)
+    : m_settings(settings)
 {
     for (const ExpectedCall &call : calls)
         m_calls.append({call});
@@ -130,7 +133,8 @@ void Expectation::record(const QJsonObject &record)
     }
 }
 
-QVector<Tools::Failure> Expectation::unmet() const
+QVector<Tools::Failure> Expectation::unmet(
+    const std::function<Variant(const QString &path)> &configurationAt) const
 {
     QVector<Tools::Failure> unmet;
     bool isOrderBroken = false;
@@ -140,6 +144,17 @@ QVector<Tools::Failure> Expectation::unmet() const
             continue;
         isOrderBroken = isOrderBroken || isInOrder;
         unmet += call.failures();
+    }
+    for (const ExpectedSetting &setting : m_settings) {
+        const Variant kept = valueAt(configurationAt(setting.path), {setting.key});
+        // As JSON: an empty list in an expectation does not say what it is a list of.
+        if (kept && toJson(kept.get()) == toJson(setting.value.get()))
+            continue;
+        unmet.append(failureAt(setting.location,
+                               QStringLiteral("in the end, \"%1\" of %2 is %3, not %4")
+                                   .arg(setting.key, setting.application,
+                                        kept ? toJsonText(kept.get()) : QStringLiteral("missing"),
+                                        toJsonText(setting.value.get()))));
     }
     return unmet;
 }

@@ -4,12 +4,14 @@
 #pragma once
 
 #include "failure.h"
+#include "scenario/variant.h"
 
 #include <QtCore/QJsonObject>
 #include <QtCore/QString>
 #include <QtCore/QStringList>
 #include <QtCore/QVector>
 
+#include <functional>
 #include <limits>
 #include <optional>
 
@@ -28,12 +30,25 @@ struct ExpectedCall
     std::optional<int> times = {};
 };
 
-/*! \brief Compares the calls that come with those that must, or must not. */
+/*! \brief A setting that the service must keep at the end. */
+struct ExpectedSetting
+{
+    /*! Where the expectation says so. */
+    QString location;
+    /*! The application's name, "acme/viewer", and its object path. */
+    QString application;
+    QString path;
+    QString key;
+    Variant value;
+};
+
+/*! \brief Compares the calls that come, and what the service keeps, with what is expected. */
 class Expectation
 {
 public:
-    /*! \brief Expects \a calls, with any others in between. */
-    explicit Expectation(const QVector<ExpectedCall> &calls = {});
+    /*! \brief Expects \a calls, with any others in between, and finally \a settings. */
+    explicit Expectation(const QVector<ExpectedCall> &calls = {},
+                         const QVector<ExpectedSetting> &settings = {});
 
     /*! \brief Takes the \a record of an event into account. */
     void record(const QJsonObject &record);
@@ -41,9 +56,11 @@ public:
     /*!
      * \brief What is not met at the end, each with the calls that came nearest.
      *
-     * Of the calls that must come in order, only the first that is missing.
+     * Of the calls that must come in order, only the first that is missing. \a configurationAt is
+     * what the service keeps at an object path; null if that is nothing.
      */
-    QVector<Tools::Failure> unmet() const;
+    QVector<Tools::Failure> unmet(
+        const std::function<Variant(const QString &path)> &configurationAt) const;
 
 private:
     struct RecordedCall
@@ -68,6 +85,7 @@ private:
     };
 
     QVector<CallProgress> m_calls;
+    QVector<ExpectedSetting> m_settings;
 };
 
 } // namespace Tarnvel::Sandbox

@@ -5,10 +5,13 @@
 
 #include "event_formatter.h"
 #include "input_file.h"
+#include "scenario/configuration_reader.h"
 #include "scenario/fault_reader.h"
 #include "scenario/json_reader.h"
 
 #include <QtCore/QJsonArray>
+
+#include <algorithm>
 
 namespace Tarnvel::Sandbox {
 
@@ -153,15 +156,75 @@ ExpectedCall readCall(const JsonValue &value, const Scenario &scenario, Diagnost
     return call;
 }
 
+// The path of the application is in its scenario.
+QVector<ExpectedSetting> readSettings(const JsonValue *value, const QString &path,
+                                      const Scenario &scenario, Diagnostics *diagnostics)
+{
+    const Variant configuration = readConfiguration(value, diagnostics);
+    if (!configuration || !g_variant_is_of_type(configuration.get(), G_VARIANT_TYPE_VARDICT))
+        return {};
+    QVector<ExpectedSetting> settings;
+    const Entries entries = entriesOf(configuration.get());
+    for (auto entry = entries.begin(); entry != entries.end(); ++entry) {
+        const JsonValue *const setting = value->member(entry.key());
+        settings.append({diagnostics->location(setting ? setting->offset : value->offset),
+                         scenario.value(path).name, path, entry.key(), entry.value()});
+    }
+    if (settings.isEmpty())
+        diagnostics->add(value->offset, QStringLiteral("expected at least one setting"));
+    return settings;
+}
+
+QString pathOf(const QString &application, const Scenario &scenario)
+{
+    const auto found = std::find_if(
+        scenario.begin(), scenario.end(),
+        [&application](const Application &one) { return one.name == application; });
+    return found == scenario.end() ? QString() : found.key();
+}
+
+// For the only application, or a list of applications.
+QVector<ExpectedSetting> readFinally(const JsonValue &value, const Scenario &scenario,
+                                     Diagnostics *diagnostics)
+{
+    if (value.kind != JsonValue::List && scenario.size() != 1) {
+        diagnostics->add(
+            value.offset,
+            QStringLiteral("the scenario has %1 applications: expected a list of objects with "
+                           "\"application\" and \"configuration\"")
+                .arg(scenario.size()));
+        return {};
+    }
+    if (value.kind != JsonValue::List)
+        return readSettings(&value, scenario.firstKey(), scenario, diagnostics);
+    QVector<ExpectedSetting> settings;
+    for (const JsonValue &item : value.items) {
+        ObjectReader reader(item, diagnostics);
+        const QString application = readApplication(reader.require(QLatin1String("application")),
+                                                    scenario, diagnostics);
+        settings += readSettings(reader.require(QLatin1String("configuration")),
+                                 pathOf(application, scenario), scenario, diagnostics);
+        reader.addUnknownMembers(QStringLiteral("a final configuration"));
+    }
+    return settings;
+}
+
 Expectation readDocument(const JsonValue &document, const Scenario &scenario,
                          Diagnostics *diagnostics)
 {
     QVector<ExpectedCall> calls;
+    QVector<ExpectedSetting> settings;
     ObjectReader reader(document, diagnostics);
-    for (const JsonValue &call : readList(reader.require(QLatin1String("calls")), diagnostics))
+    const QLatin1String callsMember("calls");
+    const JsonValue *const settingsAtEnd = reader.find(QLatin1String("finally"));
+    const JsonValue *const list = settingsAtEnd ? reader.find(callsMember)
+                                                : reader.require(callsMember);
+    for (const JsonValue &call : readList(list, diagnostics))
         calls.append(readCall(call, scenario, diagnostics));
+    if (settingsAtEnd)
+        settings = readFinally(*settingsAtEnd, scenario, diagnostics);
     reader.addUnknownMembers(QStringLiteral("an expectation"));
-    return Expectation(calls);
+    return Expectation(calls, settings);
 }
 
 } // namespace

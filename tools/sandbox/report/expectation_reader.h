@@ -15,7 +15,7 @@ namespace Tarnvel::Sandbox {
  *
  * The file is an object with a list of "calls". Each is an object whose members the record of a
  * call in the log must also have; "within", "times" and "never" say when and how often it must
- * come.
+ * come. "finally" has settings that the service must keep at the end.
  *
  * Returns all diagnostics; if there are any, \a expectation is unchanged. A call that \a scenario
  * makes impossible is one of them.

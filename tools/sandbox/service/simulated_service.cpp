@@ -75,11 +75,6 @@ void emitSpoofedSignal(const QString &address, const QString &path)
     Testing::closeConnection(connection);
 }
 
-Variant presentConfiguration(const KeptConfiguration &kept)
-{
-    return replaceValues(kept.given, kept.changes);
-}
-
 bool endsService(const Fault &fault)
 {
     return fault.kind == Fault::Exit || fault.kind == Fault::Restart
@@ -115,7 +110,7 @@ void SimulatedService::apply(Scenario scenario)
     QVector<QPair<QString, QString>> changed;
     for (auto old = m_scenario->begin(); old != m_scenario->end(); ++old) {
         const Variant configuration = scenario.value(old.key()).configuration;
-        if (!areEqual(presentConfiguration(keptAt(old.key())), configuration))
+        if (!areEqual(configurationAt(old.key()), configuration))
             changed.append({old.key(), old->name});
     }
     for (auto added = scenario.begin(); added != scenario.end(); ++added) {
@@ -127,6 +122,14 @@ void SimulatedService::apply(Scenario scenario)
     m_faults.setScenario(m_scenario);
     for (const auto &[path, name] : qAsConst(changed))
         announce(path, name);
+}
+
+Variant SimulatedService::configurationAt(const QString &path) const
+{
+    if (!m_scenario->contains(path))
+        return {};
+    const KeptConfiguration kept = keptAt(path);
+    return replaceValues(kept.given, kept.changes);
 }
 
 void SimulatedService::receive(const MethodCall &call)
@@ -179,7 +182,7 @@ void SimulatedService::serve(const Request &request, const std::optional<Fault> 
 
 void SimulatedService::get(const Request &request, const std::optional<Fault> &fault)
 {
-    const Variant configuration = presentConfiguration(keptAt(request.call.path()));
+    const Variant configuration = configurationAt(request.call.path());
     request.call.reply(replyArguments(configuration.get(), fault));
     const QString count = entryCount(g_variant_n_children(configuration.get()));
     m_log->report(callEvent(request, {Outcome::Answered, count, {}, fault}));

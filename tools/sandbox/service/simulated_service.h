@@ -48,6 +48,9 @@ public:
      */
     void apply(Scenario scenario);
 
+    /*! \brief The configuration that the service keeps at \a path; null if it keeps none. */
+    Variant configurationAt(const QString &path) const;
+
 private:
     void receive(const Testing::MethodCall &call);
     void handle(const Request &request, const std::optional<Fault> &fault);
