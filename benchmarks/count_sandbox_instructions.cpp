@@ -39,11 +39,13 @@ QByteArray scenarioText(const QByteArrayList &applications)
     return "{\"applications\": [" + applications.join(",\n") + "]}";
 }
 
-Scenario parsed(const QByteArray &text)
+Scenario parse(const QByteArray &text, EntryCache *cache)
 {
     Scenario scenario;
-    if (!parseScenario(QStringLiteral("scenario.json"), text, &scenario).isEmpty())
-        qFatal("the scenario has faults");
+    Diagnostics diagnostics(QStringLiteral("scenario.json"), text);
+    parseScenario(text, &scenario, &diagnostics, cache);
+    if (!diagnostics.isEmpty())
+        qFatal("the scenario is wrong");
     return scenario;
 }
 
@@ -53,16 +55,20 @@ void measureReading()
     for (int index = 0; index < 5000; ++index)
         applications.append(applicationText("viewer" + QByteArray::number(index), 5, 1));
     const QByteArray text = scenarioText(applications);
-    measure(QStringLiteral("sandbox.read_5000_applications"), 1, [&text] { parsed(text); });
+    measure(QStringLiteral("sandbox.read_5000_applications"), 1, [&text] {
+        EntryCache cache;
+        parse(text, &cache);
+    });
 }
 
 void measureEdit(SimulatedService *service, int count)
 {
     const QByteArray texts[] = {scenarioText({applicationText("viewer", count, 1)}),
                                 scenarioText({applicationText("viewer", count, 2)})};
+    EntryCache cache;
     int next = 0;
     measure(QStringLiteral("sandbox.edit_%1").arg(count), 2, [&] {
-        service->apply(parsed(texts[next]));
+        service->apply(parse(texts[next], &cache));
         next = 1 - next;
     });
 }

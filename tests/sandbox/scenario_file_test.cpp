@@ -174,6 +174,7 @@ private Q_SLOTS:
     void aValueIsWrittenAsItIsRead();
     void allMembersOfAnApplicationAreRead();
     void allFaultsAreRead();
+    void anEditedFileIsReadLikeANewOne();
     void allDiagnosticsHaveLocations_data();
     void allDiagnosticsHaveLocations();
     void noBrokenScenarioBreaksTheReader();
@@ -314,6 +315,26 @@ void ScenarioFileTest::allFaultsAreRead()
              "bus-death  0 10   0 0 -", "replace  0 1.5   0 0 {'theme': <'dark'>}",
              "announce  0 1   0 0 -", "announce-twice  0 1   0 0 -", "flood  0 1   0 100000 -",
              "spoofed-signal  0 1   0 0 -"}));
+}
+
+void ScenarioFileTest::anEditedFileIsReadLikeANewOne()
+{
+    EntryCache cache;
+    for (const char *configuration :
+         {R"({"a": 1, "n": {"a": 1, "b": [1, 2]}})", R"({"a": 2, "n": {"a": 1, "b": [1, 2]}})",
+          R"({"a": 2, "n": {"a": 1, "b": [1]}})", R"({"b": [1], "a":  2})",
+          R"({"b": [1], "a": null, "c": {"d": [null]}})",
+          R"({"b": [1], "a": null, "c": {"d": [null]}})", R"({"b": [1], "a": 1})", "{}"}) {
+        const QByteArray text = scenarioOf(configuration);
+        Diagnostics diagnostics("w.json", text);
+        Scenario edited;
+        parseScenario(text, &edited, &diagnostics, &cache);
+        Scenario fresh;
+        QCOMPARE(textOf(diagnostics.failures()), textOf(parseScenario("w.json", text, &fresh)));
+        QCOMPARE(edited.size(), fresh.size());
+        if (!fresh.isEmpty())
+            QCOMPARE(printed(edited.first().configuration), printed(fresh.first().configuration));
+    }
 }
 
 void ScenarioFileTest::allDiagnosticsHaveLocations_data()

@@ -52,7 +52,7 @@ QVector<Tools::Failure> Session::readFiles()
     if (!m_options.scenarioFile.isEmpty()) {
         if (const Tools::Failure failure = startWatch())
             return {failure};
-        failures = readScenario(m_options.scenarioFile, &scenario);
+        failures = readScenario(m_options.scenarioFile, &scenario, &m_cache);
     }
     if (failures.isEmpty() && !m_options.expectationFile.isEmpty())
         failures = readExpectation(m_options.expectationFile, scenario, &m_expectation);
@@ -140,7 +140,7 @@ void Session::reload()
 {
     const QString &file = m_options.scenarioFile;
     Scenario scenario;
-    const QVector<Tools::Failure> failures = readScenario(file, &scenario);
+    const QVector<Tools::Failure> failures = readScenario(file, &scenario, &m_cache);
     for (const Tools::Failure &failure : failures)
         m_log.report(scenarioEvent(file, failure.text(), Style::Bad));
     if (!failures.isEmpty()) {

@@ -9,6 +9,7 @@
 #include "process/command.h"
 #include "report/expectation.h"
 #include "report/log.h"
+#include "scenario/entry_cache.h"
 #include "scenario/file_watch.h"
 #include "service/simulated_service.h"
 
@@ -46,6 +47,7 @@ private:
 
     const Options &m_options;
     Expectation m_expectation;
+    EntryCache m_cache;
     Log m_log;
     Testing::PrivateBus m_bus;
     std::optional<SimulatedService> m_service;

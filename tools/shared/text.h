@@ -15,7 +15,8 @@ namespace Tarnvel::Tools {
  */
 inline QString fromUtf8(const QByteArray &text)
 {
-    return QString::fromUtf8('.' + text).mid(1);
+    const bool beginsWithMark = text.startsWith("\xef\xbb\xbf");
+    return beginsWithMark ? QString::fromUtf8('.' + text).mid(1) : QString::fromUtf8(text);
 }
 
 } // namespace Tarnvel::Tools

@@ -35,7 +35,11 @@ WrittenConfigurations readConfigurations(const JsonValue &application)
     }
     WrittenConfigurations configurations;
     for (const JsonValue *const json : qAsConst(written)) {
-        const std::optional<Variant> value = readValidPart(readConfiguration, json);
+        const std::optional<Variant> value = readValidPart(
+            [](const JsonValue *part, Diagnostics *diagnostics) {
+                return readConfiguration(part, diagnostics);
+            },
+            json);
         if (!value || !*value)
             return {};
         configurations.append({json, *value});

@@ -68,8 +68,13 @@ Variant readText(const JsonValue &object, int depth, Diagnostics *diagnostics)
     return isCarried(text, dbusViolation(parsed, depth), diagnostics) ? inOrder(value) : Variant();
 }
 
-// The depth is the number of containers around the value.
-Variant readValue(const JsonValue &value, int depth, Diagnostics *diagnostics)
+Variant readEntry(const JsonMember &member, int depth, Diagnostics *diagnostics);
+Variant reuseEntry(const JsonMember &member, int depth, Diagnostics *diagnostics,
+                   EntryCache *cache);
+
+// The depth is the number of containers around the value. The cache, if any, is for its entries.
+Variant readValue(const JsonValue &value, int depth, Diagnostics *diagnostics,
+                  EntryCache *cache = nullptr)
 {
     if (value.kind == JsonValue::List)
         return readArray(value, diagnostics);
@@ -82,15 +87,34 @@ Variant readValue(const JsonValue &value, int depth, Diagnostics *diagnostics)
         return {};
     Entries entries;
     for (const JsonMember &member : value.members) {
-        if (const Variant content = readValue(member.value, innerDepth, diagnostics))
-            entries.insert(member.name, content);
+        const Variant entry = cache ? reuseEntry(member, innerDepth, diagnostics, cache)
+                                    : readEntry(member, innerDepth, diagnostics);
+        if (entry)
+            entries.insert(entries.cend(), member.name, entry);
     }
-    return makeConfiguration(entries);
+    return joinEntries(entries);
+}
+
+Variant readEntry(const JsonMember &member, int depth, Diagnostics *diagnostics)
+{
+    const Variant value = readValue(member.value, depth, diagnostics);
+    return value ? makeEntry(member.name, value) : Variant();
+}
+
+Variant reuseEntry(const JsonMember &member, int depth, Diagnostics *diagnostics, EntryCache *cache)
+{
+    const QByteArray text = diagnostics->text(member.offset, member.value.end);
+    Variant entry = cache->reuse(text);
+    if (!entry) {
+        entry = readEntry(member, depth, diagnostics);
+        cache->add(text, entry);
+    }
+    return entry;
 }
 
 } // namespace
 
-Variant readConfiguration(const JsonValue *value, Diagnostics *diagnostics)
+Variant readConfiguration(const JsonValue *value, Diagnostics *diagnostics, EntryCache *cache)
 {
     if (!value)
         return {};
@@ -98,7 +122,7 @@ Variant readConfiguration(const JsonValue *value, Diagnostics *diagnostics)
         addUnexpected(*value, describe(JsonValue::Object), diagnostics);
         return {};
     }
-    const Variant configuration = readValue(*value, 0, diagnostics);
+    const Variant configuration = readValue(*value, 0, diagnostics, cache);
     if (!configuration)
         return {};
     if (!g_variant_is_of_type(configuration.get(), G_VARIANT_TYPE_VARDICT))

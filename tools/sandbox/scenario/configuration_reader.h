@@ -4,6 +4,7 @@
 #pragma once
 
 #include "diagnostics.h"
+#include "entry_cache.h"
 #include "json_document.h"
 #include "variant.h"
 
@@ -21,9 +22,11 @@ constexpr char gvariantTextKey[] = "$gvariant";
  * - An object with the only member #gvariantTextKey is the value of that GVariant text.
  *
  * Everything else adds to \a diagnostics, and so does what no D-Bus message can hold: the result is
- * then incomplete. Null if \a value is.
+ * then incomplete. Null if \a value is. Entries of the configuration are taken from \a cache where
+ * it has them, and otherwise added to it.
  */
-Variant readConfiguration(const JsonValue *value, Diagnostics *diagnostics);
+Variant readConfiguration(const JsonValue *value, Diagnostics *diagnostics,
+                          EntryCache *cache = nullptr);
 
 /*! \brief The items of the List \a list: integers, booleans or strings, as in a configuration. */
 QVector<Variant> readItems(const JsonValue &list, Diagnostics *diagnostics);

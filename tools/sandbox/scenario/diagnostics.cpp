@@ -27,6 +27,11 @@ void Diagnostics::addSlip(int offset, const QString &message, const QString &hin
     m_diagnostics.emplace(offset, at(offset, message, hint))->second.isSlip = true;
 }
 
+QByteArray Diagnostics::text(int offset, int end) const
+{
+    return QByteArray::fromRawData(m_text.constData() + offset, end - offset);
+}
+
 bool Diagnostics::isEmpty() const
 {
     return m_diagnostics.empty();

@@ -44,6 +44,9 @@ public:
     /*! \brief Adds a slip in the same way. */
     void addSlip(int offset, const QString &message, const QString &hint);
 
+    /*! \brief The text from \a offset to \a end, in bytes, as long as these diagnostics exist. */
+    QByteArray text(int offset, int end) const;
+
     /*! \brief True if nothing is wrong. */
     bool isEmpty() const;
 

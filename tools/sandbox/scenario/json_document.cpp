@@ -125,6 +125,7 @@ private:
         value->kind = kind;
         value->offset = tokenStart();
         endToken();
+        value->end = m_lastEnd;
         return value;
     }
 
@@ -143,8 +144,9 @@ private:
 
     bool close()
     {
-        m_open.pop_back();
         endBracket();
+        m_open.back().value->end = m_lastEnd;
+        m_open.pop_back();
         return true;
     }
 

@@ -29,6 +29,8 @@ struct JsonValue
     Kind kind = Null;
     /*! Where the value begins, in bytes from the start of the text. */
     int offset = 0;
+    /*! Where it has ended. */
+    int end = 0;
     /*! What a Boolean is. */
     bool isTrue = false;
     /*! The content of a String; a Number as it is written. */

@@ -78,7 +78,8 @@ QVector<Fault> readFaults(const JsonValue *value, Diagnostics *diagnostics)
     return faults;
 }
 
-void readApplication(const JsonValue &value, Scenario *scenario, Diagnostics *diagnostics)
+void readApplication(const JsonValue &value, Scenario *scenario, Diagnostics *diagnostics,
+                     EntryCache *cache)
 {
     ObjectReader object(value, diagnostics);
     Application application;
@@ -88,7 +89,7 @@ void readApplication(const JsonValue &value, Scenario *scenario, Diagnostics *di
     const QString name = readString(applicationName, diagnostics);
     application.name = organization + QLatin1Char('/') + name;
     application.configuration = readConfiguration(object.require(QLatin1String("configuration")),
-                                                  diagnostics);
+                                                  diagnostics, cache);
     application.locked = readLocked(object.find(QLatin1String("locked")), diagnostics);
     if (const JsonValue *const configurable = object.find(QLatin1String("configurable")))
         application.isConfigurable = readBoolean(configurable, diagnostics);
@@ -110,7 +111,7 @@ void readApplication(const JsonValue &value, Scenario *scenario, Diagnostics *di
     scenario->insert(path, application);
 }
 
-Scenario readDocument(const JsonValue &document, Diagnostics *diagnostics)
+Scenario readDocument(const JsonValue &document, Diagnostics *diagnostics, EntryCache *cache)
 {
     Scenario scenario;
     ObjectReader object(document, diagnostics);
@@ -118,7 +119,7 @@ Scenario readDocument(const JsonValue &document, Diagnostics *diagnostics)
     readString(object.find(QLatin1String("$schema")), diagnostics);
     const JsonValue *const applications = object.require(QLatin1String("applications"));
     for (const JsonValue &application : readList(applications, diagnostics))
-        readApplication(application, &scenario, diagnostics);
+        readApplication(application, &scenario, diagnostics, cache);
     object.addUnknownMembers(QStringLiteral("a scenario"));
     return scenario;
 }
@@ -150,23 +151,28 @@ QVector<Tools::Failure> parseScenario(const QString &fileName, const QByteArray 
     return diagnostics.failures();
 }
 
-JsonValue parseScenario(const QByteArray &text, Scenario *scenario, Diagnostics *diagnostics)
+JsonValue parseScenario(const QByteArray &text, Scenario *scenario, Diagnostics *diagnostics,
+                        EntryCache *cache)
 {
     JsonValue document = parseJson(text, diagnostics);
     if (!diagnostics->isEmpty())
         return {};
-    const Scenario parsed = readDocument(document, diagnostics);
+    const Scenario parsed = readDocument(document, diagnostics, cache);
     if (diagnostics->isEmpty())
         *scenario = parsed;
+    if (cache)
+        cache->endFile(diagnostics->isEmpty());
     return document;
 }
 
-QVector<Tools::Failure> readScenario(const QString &fileName, Scenario *scenario)
+QVector<Tools::Failure> readScenario(const QString &fileName, Scenario *scenario, EntryCache *cache)
 {
     QByteArray text;
     if (const Tools::Failure failure = readInputFile(fileName, &text))
         return {failure};
-    return parseScenario(fileName, text, scenario);
+    Diagnostics diagnostics(fileName, text);
+    parseScenario(text, scenario, &diagnostics, cache);
+    return diagnostics.failures();
 }
 
 } // namespace Tarnvel::Sandbox

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "diagnostics.h"
+#include "entry_cache.h"
 #include "failure.h"
 #include "json_document.h"
 #include "scenario.h"
@@ -28,10 +29,12 @@ QVector<Tools::Failure> parseScenario(const QString &fileName, const QByteArray 
  *
  * Returns the JSON document, even if it is no scenario; null if the text is not JSON.
  */
-JsonValue parseScenario(const QByteArray &text, Scenario *scenario, Diagnostics *diagnostics);
+JsonValue parseScenario(const QByteArray &text, Scenario *scenario, Diagnostics *diagnostics,
+                        EntryCache *cache = nullptr);
 
-/*! \brief Like parseScenario(), with the content of the file. */
-QVector<Tools::Failure> readScenario(const QString &fileName, Scenario *scenario);
+/*! \brief Like parseScenario(), with the content of the file. The \a cache is for its next one. */
+QVector<Tools::Failure> readScenario(const QString &fileName, Scenario *scenario,
+                                     EntryCache *cache = nullptr);
 
 /*! \brief What \a setting, a member of "allowed", allows. */
 AllowedValues readAllowedValues(const JsonMember &setting, Diagnostics *diagnostics);

@@ -21,13 +21,6 @@ bool isConfiguration(GVariant *value)
     return g_variant_is_of_type(value, G_VARIANT_TYPE_VARDICT);
 }
 
-// Not g_variant_new("{sv}", ...), which costs twice as much: there may be 100,000 entries.
-GVariant *newEntry(const QString &key, GVariant *value)
-{
-    return g_variant_new_dict_entry(g_variant_new_string(key.toUtf8().constData()),
-                                    g_variant_new_variant(value));
-}
-
 Variant newConfiguration(const std::vector<GVariant *> &entries)
 {
     return adopt(g_variant_new_array(G_VARIANT_TYPE("{sv}"), entries.data(), entries.size()));
@@ -74,8 +67,9 @@ Variant valueOf(GVariant *configuration, const QString &key)
 
 bool areEntriesEqual(const Variant &left, const Variant &right)
 {
-    return areEqual(childAt(left.get(), 0), childAt(right.get(), 0))
-        && areEqual(contentOf(left), contentOf(right));
+    return left.get() == right.get()
+        || (areEqual(childAt(left.get(), 0), childAt(right.get(), 0))
+            && areEqual(contentOf(left), contentOf(right)));
 }
 
 // g_variant_equal() would make a block of each first, which takes longer.
@@ -98,13 +92,28 @@ Variant adopt(GVariant *value)
     return {g_variant_take_ref(value), g_variant_unref};
 }
 
+// Not g_variant_new("{sv}", ...), which costs twice as much: there may be 100,000 entries.
+Variant makeEntry(const QString &key, const Variant &value)
+{
+    return adopt(g_variant_new_dict_entry(g_variant_new_string(key.toUtf8().constData()),
+                                          g_variant_new_variant(value.get())));
+}
+
+Variant joinEntries(const Entries &entries)
+{
+    std::vector<GVariant *> pointers;
+    pointers.reserve(static_cast<std::size_t>(entries.size()));
+    for (const Variant &entry : entries)
+        pointers.push_back(entry.get());
+    return newConfiguration(pointers);
+}
+
 Variant makeConfiguration(const Entries &entries)
 {
-    std::vector<GVariant *> newEntries;
-    newEntries.reserve(static_cast<std::size_t>(entries.size()));
+    Entries made;
     for (auto entry = entries.begin(); entry != entries.end(); ++entry)
-        newEntries.push_back(newEntry(entry.key(), entry.value().get()));
-    return newConfiguration(newEntries);
+        made.insert(made.cend(), entry.key(), makeEntry(entry.key(), entry.value()));
+    return joinEntries(made);
 }
 
 Entries entriesOf(GVariant *configuration)
@@ -133,8 +142,8 @@ Variant replaceValues(const Variant &configuration, const Entries &changes)
     for (gsize index = 0; index < g_variant_n_children(configuration.get()); ++index)
         entries.push_back(childAt(configuration.get(), index));
     for (auto change = changes.begin(); change != changes.end(); ++change)
-        entries.at(lowerBound(configuration.get(), change.key())) = adopt(
-            newEntry(change.key(), change.value().get()));
+        entries.at(lowerBound(configuration.get(), change.key())) = makeEntry(change.key(),
+                                                                              change.value());
     std::vector<GVariant *> pointers;
     pointers.reserve(entries.size());
     for (const Variant &entry : entries)
@@ -184,8 +193,10 @@ bool isTooLarge(const Variant &configuration)
 
 bool areEqual(const Variant &left, const Variant &right)
 {
+    if (left.get() == right.get())
+        return true;
     if (!left || !right)
-        return left == right;
+        return false;
     if (isConfiguration(left.get()) && isConfiguration(right.get()))
         return areConfigurationsEqual(left.get(), right.get());
     return g_variant_equal(left.get(), right.get());

@@ -21,7 +21,13 @@ using Entries = QMap<QString, Variant>;
 /*! \brief Takes ownership of \a value, or of its floating reference. */
 Variant adopt(GVariant *value);
 
-/*! \brief A configuration, an a{sv}, of \a entries. */
+/*! \brief The entry, a {sv}, of \a key and \a value. */
+Variant makeEntry(const QString &key, const Variant &value);
+
+/*! \brief A configuration, an a{sv}, of \a entries, each a {sv}. */
+Variant joinEntries(const Entries &entries);
+
+/*! \brief A configuration, an a{sv}, of the values \a entries. */
 Variant makeConfiguration(const Entries &entries);
 
 /*! \brief The entries of \a configuration, which must be an a{sv}, inOrder() each. */
