@@ -33,8 +33,8 @@ private Q_SLOTS:
             {"objectpath '/'", "k of D-Bus type o (object path)"},
             {"signature 's'", "k of D-Bus type g (signature)"},
             {"<1>", "k of D-Bus type v (variant)"},
-            {"@ai []", "k of D-Bus type ai (an empty list)"},
-            {"@ab []", "k of D-Bus type ab (an empty list)"},
+            {"@ai []", "k of D-Bus type ai (empty list)"},
+            {"@ab []", "k of D-Bus type ab (empty list)"},
             {"b'bytes'", "k of D-Bus type ay"},
             {"[0.5]", "k of D-Bus type ad"},
             {"(1, 'x')", "k of D-Bus type (is)"},
@@ -60,7 +60,8 @@ private Q_SLOTS:
         m_service.replyWith(QString("({'k': <%1>, 'l': <1>},)").arg(value));
         const QString errors = runClient({"get"}).errors;
         QCOMPARE(errors.contains("do not see"), !told.isEmpty());
-        QVERIFY2(told.isEmpty() || errors.endsWith("applications do not see " + told + "\n"),
+        QVERIFY2(told.isEmpty()
+                     || errors.endsWith("applications do not see these settings: " + told + "\n"),
                  qPrintable(errors));
         QCOMPARE(runClient({"get", "l"}).errors.contains("do not see"), false);
         if (told.isEmpty())
@@ -79,7 +80,7 @@ private Q_SLOTS:
         QTest::addColumn<QString>("refusal");
         QTest::addColumn<QString>("change");
 
-        const QString all = "n/d of D-Bus type d (double), n/e of D-Bus type ai (an empty list), "
+        const QString all = "n/d of D-Bus type d (double), n/e of D-Bus type ai (empty list), "
                             "n/u of D-Bus type u (uint32)\n";
         QTest::newRow("another value") << QStringList {"n/a=2"} << "the change would remove " + all
                                        << "({'n': <{'a': <2>}>},)";
@@ -248,7 +249,7 @@ private Q_SLOTS:
         QTest::newRow("{\"n\": {\"\\u0000\": 1}}") << "D-Bus cannot carry \"\\u0000\"" << 65;
         QTest::newRow("{\"s\": \"\\ud800\"}") << "-: s: D-Bus cannot carry" << 65;
         QTest::newRow("[1]") << "-: expected a JSON object" << 65;
-        QTest::newRow("") << "-: illegal value after 0 bytes" << 65;
+        QTest::newRow("") << "-: illegal value, at byte 0" << 65;
         QTest::newRow("{\"u\": 2}") << "the change would remove u of D-Bus type u (uint32)" << 64;
         QTest::newRow("{\"n\": {\"a\": 2}}")
             << "the change would remove n/d of D-Bus type d (double)" << 64;
@@ -287,6 +288,11 @@ private Q_SLOTS:
                  "changed: i = \"1\" (was 1)\nadded: n = {}\nremoved: n/a (was 1)\n"
                  "removed: n/b (was 2)\nadded: new = [1]\n");
         QCOMPARE(runClient({"set", "--dry-run", "i:int=1"}).output, "unchanged\n");
+        const Outcome forced = runClient({"set", "--dry-run", "--force", "new:ints=[]"});
+        QCOMPARE(forced.errors,
+                 "managed-configuration: new: an empty list of integers or booleans vanishes for "
+                 "every reader\n");
+        QCOMPARE(forced.status, 0);
         QCOMPARE(changes(), QStringList());
     }
 

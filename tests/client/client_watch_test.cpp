@@ -90,7 +90,8 @@ private Q_SLOTS:
         QCOMPARE(m_watch->readErrorLine(),
                  "managed-configuration: Unsupported type for arrays:  qlonglong");
         QCOMPARE(m_watch->readErrorLine(),
-                 "managed-configuration: applications do not see l of D-Bus type ad, m of D-Bus "
+                 "managed-configuration: applications do not see these settings: l of D-Bus type "
+                 "ad, m of D-Bus "
                  "type ax");
         QCOMPARE(m_watch->readErrorLine(),
                  "managed-configuration: the service has gone; waiting for it to return");

@@ -54,7 +54,7 @@ private Q_SLOTS:
             {" set --f", "--force --from"},
             {" set --d", "--dry-run"},
             {" set --from /etc/passw", "/etc/passwd"},
-            {" --from x set th", "theme="},
+            {" --from x set th", ""},
             {" --timeout ", ""},
             {" get ", "names theme two\\ words window window/deep window/deep/x window/width"},
             {" get window/w", "window/width"},

@@ -32,9 +32,9 @@ const char description[] =
     "strings or configuration.\n"
     "\n"
     "The exit status is 0 for success, 1 to 8 for the error code of the service, 64 for a\n"
-    "wrong command line, 65 for wrong values in a file, 66 for a path without a value or a\n"
-    "file that cannot be read, 69 for no bus, no service or no reply, and 74 if the results\n"
-    "cannot be written.";
+    "wrong command line or a change that needs --force, 65 for wrong values in a file, 66\n"
+    "for a path without a value or a file that cannot be read, 69 for no bus, no service or\n"
+    "no reply, and 74 if the results cannot be written.";
 
 // An option of one command.
 struct CommandOption
@@ -51,7 +51,7 @@ constexpr CommandOption commandOptions[] = {
     {"get", "raw", "print strings and lists as plain text.", &CommandLine::isRaw},
     {"watch", "json", "print each difference as a JSON object.", &CommandLine::isJson},
     {"set", "dry-run", "print the differences that the change makes.", &CommandLine::isDryRun},
-    {"set", "force", "remove what applications do not see.", &CommandLine::isForced},
+    {"set", "force", "make the change even if settings are lost.", &CommandLine::isForced},
     {"set", "from", "set the values in a JSON file; - is standard input.", nullptr},
 };
 
@@ -76,8 +76,9 @@ Failure readCommandOptions(const QCommandLineParser &parser, CommandLine *comman
                     .arg(QLatin1String(option.name), QLatin1String(option.command)));
         if (option.flag)
             commandLine->*option.flag = true;
-        else
-            commandLine->file = parser.value(QLatin1String(option.name));
+        else if ((commandLine->file = parser.value(QLatin1String(option.name))).isEmpty())
+            return usageFailure(
+                QStringLiteral("--%1 needs the name of a file").arg(QLatin1String(option.name)));
     }
     return {};
 }

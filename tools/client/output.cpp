@@ -52,7 +52,8 @@ void printNote(const QString &text, Tools::Style style)
 void printUnseenSettings(const UnseenSettings &settings)
 {
     if (!settings.isEmpty())
-        printNote(QStringLiteral("applications do not see ") + unseenSettingsText(settings));
+        printNote(QStringLiteral("applications do not see these settings: ")
+                  + unseenSettingsText(settings));
 }
 
 void report(const Tools::Failure &failure)

@@ -31,7 +31,7 @@ Failure readValue(const CommandLine &commandLine, QString *path, QVariant *value
     Reading reading;
     if (const Failure failure = readConfiguration(commandLine.timeoutMs, &reading))
         return failure;
-    *path = pathText(steps, steps.size());
+    *path = pathText(steps);
     printUnseenSettings(unseenSettingsAt(*path, reading.unseen));
     return findValue(reading.configuration, steps, value);
 }
@@ -63,7 +63,7 @@ void printValue(const QVariant &value, const CommandLine &commandLine)
 Failure get(const CommandLine &commandLine)
 {
     if (commandLine.showsTypes && commandLine.isRaw)
-        return usageFailure(QStringLiteral("--type and --raw exclude each other"));
+        return usageFailure(QStringLiteral("--type and --raw are mutually exclusive"));
     QString path;
     QVariant value;
     if (const Failure failure = readValue(commandLine, &path, &value))

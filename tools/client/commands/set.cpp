@@ -34,7 +34,7 @@ Failure parseAssignments(const QStringList &arguments, QList<Assignment> *assign
         if (const Failure failure = parseAssignment(argument, &assignment))
             return failure;
         const Steps &steps = assignment.steps;
-        if (paths.contains(pathText(steps, steps.size())))
+        if (paths.contains(pathText(steps)))
             return usageFailure(
                 QStringLiteral("\"%1\" replaces what an earlier argument sets").arg(argument));
         for (int count = 1; count <= steps.size(); ++count)
@@ -61,7 +61,7 @@ Failure readObject(const QString &fileName, QJsonObject *object)
     return {EX_DATAERR,
             error.error == QJsonParseError::NoError
                 ? QStringLiteral("expected a JSON object")
-                : QStringLiteral("%1 after %2 bytes").arg(error.errorString()).arg(error.offset),
+                : QStringLiteral("%1, at byte %2").arg(error.errorString()).arg(error.offset),
             QStringLiteral("correct the file; \"get\" prints such an object"), fileName};
 }
 
@@ -76,11 +76,6 @@ Failure parseArguments(const CommandLine &commandLine, QList<Assignment> *assign
         return usageFailure(QStringLiteral("set needs at least one PATH=VALUE, or --from"));
     return hasFile ? readObject(commandLine.file, object)
                    : parseAssignments(commandLine.arguments, assignments);
-}
-
-QString pathOf(const Assignment &assignment)
-{
-    return pathText(assignment.steps, assignment.steps.size());
 }
 
 // The present type is the type of the new value, unless that is given.
@@ -167,7 +162,7 @@ Failure checkForLoss(const QList<Assignment> &assignments, const Configuration &
     for (const Assignment &assignment : assignments) {
         if (!assignment.type)
             continue;
-        const QStringList paths = unseenSettingsAt(pathOf(assignment), lost).keys();
+        const QStringList paths = unseenSettingsAt(pathText(assignment.steps), lost).keys();
         for (const QString &path : paths)
             lost.remove(path);
     }
@@ -222,10 +217,11 @@ Failure set(const CommandLine &commandLine)
             ? mergeFile(commandLine.file, object, reading.configuration, &change)
             : assignAll(assignments, reading, &change))
         return failure;
-    if (!commandLine.isForced) {
-        if (const Failure failure = checkForLoss(assignments, change, reading.unseen))
-            return failure;
-    }
+    const Failure loss = checkForLoss(assignments, change, reading.unseen);
+    if (loss && !commandLine.isForced)
+        return loss;
+    if (loss && commandLine.isDryRun)
+        printNote(loss.message);
     if (!commandLine.isDryRun && !change.isEmpty())
         return changeConfiguration(commandLine.timeoutMs, change);
     printDifferences(reading.configuration, change);

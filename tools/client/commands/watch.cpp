@@ -84,7 +84,7 @@ Watch::Watch(const CommandLine &commandLine, const Steps &steps)
     : m_timeoutMs(commandLine.timeoutMs),
       m_isJson(commandLine.isJson),
       m_steps(steps),
-      m_path(pathText(steps, steps.size()))
+      m_path(pathText(steps))
 {
     QObject::connect(ConfigurationManager::instance(), &ConfigurationManager::configurationChanged,
                      &m_loop, [this](const Configuration &configuration) {

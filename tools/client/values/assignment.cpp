@@ -16,7 +16,7 @@ namespace {
 Failure makeValue(const Assignment &assignment, std::optional<ValueType> presentType,
                   QVariant *value)
 {
-    const QString path = pathText(assignment.steps, assignment.steps.size());
+    const QString path = pathText(assignment.steps);
     const std::optional<ValueType> type = assignment.type ? assignment.type : presentType;
     if (!type)
         return {EX_USAGE, QStringLiteral("%1 has no value yet, so its type is not known").arg(path),

@@ -27,8 +27,12 @@ Tools::Failure parsePathArgument(const CommandLine &commandLine, Steps *steps);
 Tools::Failure findValue(const Application::ManagedConfiguration::Configuration &configuration,
                          const Steps &steps, QVariant *value);
 
-/*! \brief The first \a count of \a steps as a path to be read by people; see keyText(). */
-QString pathText(const Steps &steps, int count);
+/*!
+ * \brief The first \a count of \a steps as a path to be read by people; see keyText().
+ *
+ * All steps if \a count is -1.
+ */
+QString pathText(const Steps &steps, int count = -1);
 
 /*! \brief \a key as it is, or as a JSON string if it would be ambiguous in a path or on a line. */
 QString keyText(const QString &key);

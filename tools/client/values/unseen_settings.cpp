@@ -95,8 +95,8 @@ QString unseenTypeText(const QString &signature)
         {QStringLiteral("h"), QStringLiteral("file descriptor")},
         {QStringLiteral("v"), QStringLiteral("variant")},
         // With items, applications see these.
-        {QStringLiteral("ai"), QStringLiteral("an empty list")},
-        {QStringLiteral("ab"), QStringLiteral("an empty list")},
+        {QStringLiteral("ai"), QStringLiteral("empty list")},
+        {QStringLiteral("ab"), QStringLiteral("empty list")},
     };
     const QString name = names.value(signature);
     return name.isEmpty() ? signature : QStringLiteral("%1 (%2)").arg(signature, name);

@@ -22,7 +22,7 @@ UnseenSettings findUnseenSettings(
 /*! \brief Those of \a settings at \a path or below; all if it is empty. */
 UnseenSettings unseenSettingsAt(const QString &path, const UnseenSettings &settings);
 
-/*! \brief The type \a signature of an unseen setting: "d (double)", "ai (an empty list)". */
+/*! \brief The type \a signature of an unseen setting: "d (double)", "ai (empty list)". */
 QString unseenTypeText(const QString &signature);
 
 /*! \brief All \a settings with their types on one line. */

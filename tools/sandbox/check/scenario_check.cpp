@@ -81,7 +81,8 @@ int checkScenarios(const Options &options)
                 printText(diagnostic);
         }
         if (diagnostics.isEmpty() && !options.printsJson)
-            Tools::printLine(stdout, fileName + QStringLiteral(": valid"), Style::Good);
+            Tools::printLine(stdout, Tools::shownOnOneLine(fileName + QStringLiteral(": valid")),
+                             Style::Good);
     }
     return status;
 }

@@ -110,15 +110,17 @@ void addForbiddenValues(const AllowedValues &allowed, const WrittenConfiguration
         const Variant setting = valueAt(configuration.value, keys);
         if (!setting)
             continue;
-        const bool isRangeOfOther = allowed.values.isEmpty() && !canHaveRange(setting);
-        const Variant forbidden = isRangeOfOther ? setting : forbiddenValue(allowed, setting);
-        if (!forbidden)
-            continue;
-        diagnostics->addSlip(writtenAt(*configuration.json, keys).offset,
-                             QStringLiteral("%1 may only be %2, not %3")
-                                 .arg(quotedExcerpt(allowed.path), allowedText(allowed),
-                                      toJsonText(forbidden.get())),
-                             QStringLiteral("change the value, or allow it"));
+        const int offset = writtenAt(*configuration.json, keys).offset;
+        const QString name = quotedExcerpt(allowed.path);
+        if (allowed.values.isEmpty() && !canHaveRange(setting))
+            diagnostics->addSlip(
+                offset, QStringLiteral("%1 has a range, but is not an integer").arg(name),
+                QStringLiteral("remove the range, or make the setting an integer"));
+        else if (const Variant forbidden = forbiddenValue(allowed, setting))
+            diagnostics->addSlip(offset,
+                                 QStringLiteral("%1 may only be %2, not %3")
+                                     .arg(name, allowedText(allowed), toJsonText(forbidden.get())),
+                                 QStringLiteral("change the value, or allow it"));
     }
 }
 

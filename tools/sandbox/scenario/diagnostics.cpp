@@ -5,6 +5,8 @@
 
 #include "exit_status.h"
 
+#include <algorithm>
+
 namespace Tarnvel::Sandbox {
 
 QString Diagnostic::location() const
@@ -13,8 +15,10 @@ QString Diagnostic::location() const
 }
 
 Diagnostics::Diagnostics(const QString &fileName, const QByteArray &text)
-    : m_fileName(fileName), m_text(text)
+    : m_fileName(fileName), m_text(text), m_lineStarts {0}
 {
+    for (int feed = text.indexOf('\n'); feed >= 0; feed = text.indexOf('\n', feed + 1))
+        m_lineStarts.push_back(feed + 1);
 }
 
 void Diagnostics::add(int offset, const QString &message, const QString &hint)
@@ -61,10 +65,11 @@ QVector<Tools::Failure> Diagnostics::failures() const
 
 Diagnostic Diagnostics::at(int offset, const QString &message, const QString &hint) const
 {
-    const QByteArray before = m_text.left(offset);
-    const QByteArray line = before.mid(before.lastIndexOf('\n') + 1);
-    return {m_fileName, static_cast<int>(before.count('\n')) + 1,
-            static_cast<int>(QString::fromUtf8(line).size()) + 1, message, hint};
+    const auto nextLine = std::upper_bound(m_lineStarts.begin(), m_lineStarts.end(), offset);
+    const int start = *(nextLine - 1);
+    const QString before = QString::fromUtf8(m_text.mid(start, offset - start));
+    return {m_fileName, static_cast<int>(nextLine - m_lineStarts.begin()),
+            static_cast<int>(before.size()) + 1, message, hint};
 }
 
 } // namespace Tarnvel::Sandbox

@@ -10,6 +10,7 @@
 #include <QtCore/QVector>
 
 #include <map>
+#include <vector>
 
 namespace Tarnvel::Sandbox {
 
@@ -64,6 +65,7 @@ private:
 
     QString m_fileName;
     QByteArray m_text;
+    std::vector<int> m_lineStarts;
     std::multimap<int, Diagnostic> m_diagnostics;
 };
 

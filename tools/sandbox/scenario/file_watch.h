@@ -18,10 +18,10 @@ namespace Tarnvel::Sandbox {
 /*!
  * \brief Reports when a file has new content, and when it becomes unreadable or readable.
  *
- * New content is written in place or moved there. It counts once its writer has closed the file.
- * Changes soon after one another are reported once, after the last one. Symbolic links are
- * followed, including links to directories in the path; a link with a new target counts as new
- * content. Needs an event loop that runs on GLib.
+ * New content is written in place or moved there. It counts once its writer has closed the file,
+ * or has not written for two seconds. Changes soon after one another are reported once, after the
+ * last one. Symbolic links are followed, including links to directories in the path; a link with a
+ * new target counts as new content. Needs an event loop that runs on GLib.
  */
 class FileWatch
 {

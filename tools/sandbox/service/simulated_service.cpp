@@ -193,7 +193,8 @@ void SimulatedService::change(const Request &request, const Application &applica
 {
     const MethodCall &call = request.call;
     const Entries changes = entriesOf(adopt(g_variant_get_child_value(call.arguments(), 0)).get());
-    KeptConfiguration kept = keptAt(call.path());
+    // In place: a copy would copy all earlier changes.
+    KeptConfiguration &kept = *m_kept.insert(call.path(), keptAt(call.path()));
     if (const auto refusal = refuseChange(application, kept, changes))
         return refuse(request, serviceError(refusal->error), refusal->message);
 
@@ -202,7 +203,6 @@ void SimulatedService::change(const Request &request, const Application &applica
         isChanged = isChanged || !areEqual(kept.value({change.key()}), change.value());
         kept.changes.insert(change.key(), change.value());
     }
-    m_kept.insert(call.path(), kept);
     call.reply(replyArguments(nullptr, fault));
     const QString text = isChanged ? QString() : QStringLiteral("no difference");
     m_log->report(callEvent(request, {Outcome::Accepted, text, {}, fault}));
