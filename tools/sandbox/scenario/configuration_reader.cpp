@@ -7,6 +7,8 @@
 #include "dbus_validation.h"
 #include "json_reader.h"
 
+#include <algorithm>
+
 namespace Tarnvel::Sandbox {
 
 namespace {
@@ -85,14 +87,25 @@ Variant readValue(const JsonValue &value, int depth, Diagnostics *diagnostics,
     const int innerDepth = depth + DBus::containersPerLevel;
     if (!isCarried(value, depthViolation(innerDepth), diagnostics))
         return {};
-    Entries entries;
+    // Not Entries, which would allocate a node for each.
+    std::vector<std::pair<QString, Variant>> entries;
     for (const JsonMember &member : value.members) {
         const Variant entry = cache ? reuseEntry(member, innerDepth, diagnostics, cache)
                                     : readEntry(member, innerDepth, diagnostics);
         if (entry)
-            entries.insert(entries.cend(), member.name, entry);
+            entries.emplace_back(member.name, entry);
     }
-    return joinEntries(entries);
+    const auto isBefore = [](const auto &left, const auto &right) {
+        return left.first < right.first;
+    };
+    // They often are in order, and then sorting costs more than anything else here.
+    if (!std::is_sorted(entries.begin(), entries.end(), isBefore))
+        std::sort(entries.begin(), entries.end(), isBefore);
+    std::vector<Variant> sorted;
+    sorted.reserve(entries.size());
+    for (const auto &entry : entries)
+        sorted.push_back(entry.second);
+    return joinEntries(sorted);
 }
 
 Variant readEntry(const JsonMember &member, int depth, Diagnostics *diagnostics)

@@ -8,7 +8,7 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QHash>
 
-#include <utility>
+#include <iterator>
 
 namespace Tarnvel::Sandbox {
 
@@ -23,31 +23,44 @@ public:
     /*! \brief The entry that \a text was in the last valid file; null if there is none. */
     Variant reuse(const QByteArray &text)
     {
-        const auto found = m_valid.constFind(text);
-        if (found == m_valid.constEnd())
+        const auto found = m_valid.find(text);
+        if (found == m_valid.end())
             return {};
-        m_next.insert(found.key(), found.value());
-        return found.value();
+        found->file = m_file;
+        return found->entry;
     }
 
     /*! \brief Adds the \a entry that \a text is in the file being read. */
     void add(const QByteArray &text, const Variant &entry)
     {
         // The text may be part of another.
-        m_next.insert({text.constData(), text.size()}, entry);
+        m_added.insert({text.constData(), text.size()}, {entry, m_file});
     }
 
     /*! \brief The file has been read, and \a isValid. */
     void endFile(bool isValid)
     {
-        if (isValid)
-            m_valid = std::move(m_next);
-        m_next = {};
+        if (isValid) {
+            for (auto entry = m_valid.begin(); entry != m_valid.end();)
+                entry = entry->file == m_file ? std::next(entry) : m_valid.erase(entry);
+            for (auto entry = m_added.begin(); entry != m_added.end(); ++entry)
+                m_valid.insert(entry.key(), entry.value());
+        }
+        m_added.clear();
+        ++m_file;
     }
 
 private:
-    QHash<QByteArray, Variant> m_valid;
-    QHash<QByteArray, Variant> m_next;
+    struct CachedEntry
+    {
+        Variant entry;
+        // The number of the last file with it.
+        int file;
+    };
+
+    QHash<QByteArray, CachedEntry> m_valid;
+    QHash<QByteArray, CachedEntry> m_added;
+    int m_file = 0;
 };
 
 } // namespace Tarnvel::Sandbox

@@ -7,7 +7,6 @@
 #include "text.h"
 
 #include <gio/gio.h>
-#include <vector>
 
 namespace Tarnvel::Sandbox {
 
@@ -19,11 +18,6 @@ constexpr char longestName[] = ":1.2147483647";
 bool isConfiguration(GVariant *value)
 {
     return g_variant_is_of_type(value, G_VARIANT_TYPE_VARDICT);
-}
-
-Variant newConfiguration(const std::vector<GVariant *> &entries)
-{
-    return adopt(g_variant_new_array(G_VARIANT_TYPE("{sv}"), entries.data(), entries.size()));
 }
 
 // Not g_variant_get_child(), which makes one block of the whole value first.
@@ -99,20 +93,20 @@ Variant makeEntry(const QString &key, const Variant &value)
                                           g_variant_new_variant(value.get())));
 }
 
-Variant joinEntries(const Entries &entries)
+Variant joinEntries(const std::vector<Variant> &entries)
 {
     std::vector<GVariant *> pointers;
-    pointers.reserve(static_cast<std::size_t>(entries.size()));
+    pointers.reserve(entries.size());
     for (const Variant &entry : entries)
         pointers.push_back(entry.get());
-    return newConfiguration(pointers);
+    return adopt(g_variant_new_array(G_VARIANT_TYPE("{sv}"), pointers.data(), pointers.size()));
 }
 
 Variant makeConfiguration(const Entries &entries)
 {
-    Entries made;
+    std::vector<Variant> made;
     for (auto entry = entries.begin(); entry != entries.end(); ++entry)
-        made.insert(made.cend(), entry.key(), makeEntry(entry.key(), entry.value()));
+        made.push_back(makeEntry(entry.key(), entry.value()));
     return joinEntries(made);
 }
 
@@ -144,11 +138,7 @@ Variant replaceValues(const Variant &configuration, const Entries &changes)
     for (auto change = changes.begin(); change != changes.end(); ++change)
         entries.at(lowerBound(configuration.get(), change.key())) = makeEntry(change.key(),
                                                                               change.value());
-    std::vector<GVariant *> pointers;
-    pointers.reserve(entries.size());
-    for (const Variant &entry : entries)
-        pointers.push_back(entry.get());
-    return newConfiguration(pointers);
+    return joinEntries(entries);
 }
 
 QStringList settingKeys(const QString &path)

@@ -9,6 +9,7 @@
 
 #include <glib.h>
 #include <memory>
+#include <vector>
 
 namespace Tarnvel::Sandbox {
 
@@ -24,8 +25,8 @@ Variant adopt(GVariant *value);
 /*! \brief The entry, a {sv}, of \a key and \a value. */
 Variant makeEntry(const QString &key, const Variant &value);
 
-/*! \brief A configuration, an a{sv}, of \a entries, each a {sv}. */
-Variant joinEntries(const Entries &entries);
+/*! \brief A configuration, an a{sv}, of \a entries, each a {sv}, in the order of their keys. */
+Variant joinEntries(const std::vector<Variant> &entries);
 
 /*! \brief A configuration, an a{sv}, of the values \a entries. */
 Variant makeConfiguration(const Entries &entries);
