@@ -71,7 +71,7 @@ private Q_SLOTS:
         QVERIFY2(outcome.errors.contains("the change would remove " + told + "\n"),
                  qPrintable(outcome.errors));
         QCOMPARE(outcome.status, 64);
-        QCOMPARE(changes(), QStringList());
+        QCOMPARE(m_service.changes(), QStringList());
     }
 
     void changeRemovesNothingUnnamed_data()
@@ -113,9 +113,9 @@ private Q_SLOTS:
         QCOMPARE(outcome.errors.section('\n', 0, 0) + '\n',
                  refusal.isNull() ? "\n" : "managed-configuration: " + refusal);
         QCOMPARE(outcome.status, refusal.isNull() ? 0 : 64);
-        QCOMPARE(changes(), refusal.isNull() ? QStringList(change) : QStringList());
+        QCOMPARE(m_service.changes(), refusal.isNull() ? QStringList(change) : QStringList());
         QCOMPARE(runClient(QStringList {"set", "--force"} + arguments).errors, QString());
-        const QStringList sent = changes();
+        const QStringList sent = m_service.changes();
         QCOMPARE(sent.last(), change);
     }
 
@@ -131,9 +131,9 @@ private Q_SLOTS:
             QVERIFY2(outcome.errors.contains(message), qPrintable(outcome.errors));
             QCOMPARE(outcome.status, 64);
         }
-        QCOMPARE(changes(), QStringList());
+        QCOMPARE(m_service.changes(), QStringList());
         runClient({"set", "d:int=1"});
-        QCOMPARE(changes(), QStringList("({'d': <1>},)"));
+        QCOMPARE(m_service.changes(), QStringList("({'d': <1>},)"));
     }
 
     void emptyListThatWouldVanishIsRefused()
@@ -154,20 +154,20 @@ private Q_SLOTS:
                          "reader\n"),
                      qPrintable(outcome.errors));
             QCOMPARE(outcome.status, 64);
-            QCOMPARE(changes(), sent);
+            QCOMPARE(m_service.changes(), sent);
             QCOMPARE(runClient({"set", "--force", argument}).status, 0);
             sent.append(change);
-            QCOMPARE(changes(), sent);
+            QCOMPARE(m_service.changes(), sent);
         }
         QCOMPARE(runClient({"set", "sl=[]"}).status, 0);
         sent.append("({'sl': <@as []>},)");
-        QCOMPARE(changes(), sent);
+        QCOMPARE(m_service.changes(), sent);
     }
 
     void valuesWithTypesAreSentWithoutReading()
     {
         QCOMPARE(runClient({"set", "n:int=5", "m:configuration={}"}).status, 0);
-        QCOMPARE(changes(), QStringList("({'m': <@a{sv} {}>, 'n': <5>},)"));
+        QCOMPARE(m_service.changes(), QStringList("({'m': <@a{sv} {}>, 'n': <5>},)"));
         QCOMPARE(m_service.calls().size(), 1);
         QCOMPARE(runClient({"set", "n:int=5", "m/a:int=1"}).status, 0);
         QCOMPARE(m_service.calls().size(), 3);
@@ -182,7 +182,7 @@ private Q_SLOTS:
         QCOMPARE(outcome.errors, QString());
         QCOMPARE(outcome.output, "unchanged\n");
         QCOMPARE(outcome.status, 0);
-        QCOMPARE(changes(), QStringList());
+        QCOMPARE(m_service.changes(), QStringList());
     }
 
     void valuesInAFileAreSet_data()
@@ -216,11 +216,11 @@ private Q_SLOTS:
         Outcome outcome = runOnFile(json, {"--dry-run"});
         QCOMPARE(outcome.output + outcome.errors, differences);
         QCOMPARE(outcome.status, 0);
-        QCOMPARE(changes(), QStringList());
+        QCOMPARE(m_service.changes(), QStringList());
         outcome = runOnFile(json, {});
         QCOMPARE(outcome.output + outcome.errors, QString());
         QCOMPARE(outcome.status, 0);
-        QCOMPARE(changes(), QStringList(change));
+        QCOMPARE(m_service.changes(), QStringList(change));
     }
 
     void byteOrderMarkOfTheFileIsLeftOutAndNoOther()
@@ -230,7 +230,7 @@ private Q_SLOTS:
         QCOMPARE(runOnFile(mark + json, {}).errors, QString());
         QCOMPARE(runClient({"set", mark + "k:string=" + mark, "n:configuration=" + json}).errors,
                  QString());
-        QCOMPARE(changes(),
+        QCOMPARE(m_service.changes(),
                  QStringList({"({'\\ufeffk': <['\\ufeffv']>},)",
                               "({'n': <{'\\ufeffk': <['\\ufeffv']>}>, "
                               "'\\ufeffk': <'\\ufeff'>},)"}));
@@ -266,7 +266,7 @@ private Q_SLOTS:
         QVERIFY2(outcome.errors.contains(message), qPrintable(outcome.errors));
         QTEST(outcome.status, "status");
         QCOMPARE(outcome.output, QString());
-        QCOMPARE(changes(), QStringList());
+        QCOMPARE(m_service.changes(), QStringList());
     }
 
     void fileMustBeReadable()
@@ -293,7 +293,7 @@ private Q_SLOTS:
                  "managed-configuration: new: an empty list of integers or booleans vanishes for "
                  "every reader\n");
         QCOMPARE(forced.status, 0);
-        QCOMPARE(changes(), QStringList());
+        QCOMPARE(m_service.changes(), QStringList());
     }
 
 private:
@@ -310,18 +310,6 @@ private:
     static Outcome runClient(const QStringList &arguments)
     {
         return Program("managed-configuration").run(clientArguments(arguments));
-    }
-
-    // The arguments of the changes that this test has asked for.
-    QStringList changes() const
-    {
-        QStringList arguments;
-        const auto calls = m_service.calls();
-        for (const FakeService::Call &call : calls) {
-            if (call.method == QLatin1String("ChangeConfiguration"))
-                arguments.append(call.arguments);
-        }
-        return arguments;
     }
 };
 

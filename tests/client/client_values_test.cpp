@@ -154,7 +154,7 @@ private Q_SLOTS:
         QCOMPARE(outcome.errors, QString());
         QCOMPARE(outcome.output, QString());
         QCOMPARE(outcome.status, 0);
-        QCOMPARE(changes(), QStringList("({" + entries.join(", ") + "},)"));
+        QCOMPARE(m_service.changes(), QStringList("({" + entries.join(", ") + "},)"));
     }
 
     void changesAreMergedIntoTopLevelValues()
@@ -164,7 +164,7 @@ private Q_SLOTS:
                                            "-x:int=3"});
         QCOMPARE(outcome.errors, QString());
         QCOMPARE(
-            changes(),
+            m_service.changes(),
             QStringList("({'-x': <3>, 'new': <{'a': <2>}>, 'window': <{'deep': <{'text': <'x'>}>, "
                         "'edges': <[9, 6]>, 'width': <-2147483648>}>, 'zoom': <2>},)"));
     }
@@ -260,7 +260,7 @@ private Q_SLOTS:
                  qPrintable(outcome.errors));
         QCOMPARE(outcome.output, QString());
         QCOMPARE(outcome.status, status);
-        QCOMPARE(changes(), QStringList());
+        QCOMPARE(m_service.changes(), QStringList());
     }
 
     void textIsUtf8InEveryLocale()
@@ -275,22 +275,9 @@ private Q_SLOTS:
              " $client set \"$(printf '\\303\\251=\\303\\244')\" &&"
              " $client set \"$(printf 'a=\\377')\""});
         QCOMPARE(outcome.output, "\"ü\"\n");
-        QCOMPARE(changes(), QStringList("({'é': <'ä'>},)"));
+        QCOMPARE(m_service.changes(), QStringList("({'é': <'ä'>},)"));
         QVERIFY2(outcome.errors.contains(" is not UTF-8\n"), qPrintable(outcome.errors));
         QCOMPARE(outcome.status, 64);
-    }
-
-private:
-    // The arguments of the changes that this test has asked for.
-    QStringList changes() const
-    {
-        QStringList arguments;
-        const auto calls = m_service.calls();
-        for (const FakeService::Call &call : calls) {
-            if (call.method == QLatin1String("ChangeConfiguration"))
-                arguments.append(call.arguments);
-        }
-        return arguments;
     }
 };
 

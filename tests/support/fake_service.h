@@ -7,6 +7,7 @@
 
 #include <QtCore/QList>
 #include <QtCore/QString>
+#include <QtCore/QStringList>
 
 #include <functional>
 #include <memory>
@@ -118,6 +119,17 @@ public:
     const QList<Call> &calls() const
     {
         return m_calls;
+    }
+
+    /*! \brief The arguments of the changes among them. */
+    QStringList changes() const
+    {
+        QStringList changes;
+        for (const Call &call : m_calls) {
+            if (call.method == QLatin1String("ChangeConfiguration"))
+                changes.append(call.arguments);
+        }
+        return changes;
     }
 
     /*! \brief Announces a change at \a path; see RawService::announceChange(). */
