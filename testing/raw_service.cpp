@@ -3,6 +3,7 @@
 
 #include "raw_service.h"
 
+#include "application_interface.h"
 #include "bus_connection.h"
 #include "endpoint.h"
 
@@ -33,8 +34,9 @@ bool isForApplication(GDBusMessage *message)
         && g_strcmp0(g_dbus_message_get_interface(message), DBus::applicationInterface) == 0;
 }
 
-// Runs in GDBus's own thread. Exported objects cannot be used: their paths are not known in
-// advance, and GDBus requires the right signature and exactly one reply.
+// Runs in GDBus's own thread, before GDBus looks for an exported object. Exported objects describe
+// themselves, but cannot handle calls: not all paths are known in advance, and GDBus requires the
+// right signature and exactly one reply.
 GDBusMessage *filterMessage(GDBusConnection *connection, GDBusMessage *message, gboolean isIncoming,
                             gpointer data)
 {
@@ -49,6 +51,13 @@ GDBusMessage *filterMessage(GDBusConnection *connection, GDBusMessage *message, 
                                deleteAs<Task>);
     g_object_unref(message);
     return nullptr;
+}
+
+GDBusInterfaceInfo *interfaceInfo()
+{
+    static GDBusNodeInfo *const node = g_dbus_node_info_new_for_xml(DBus::applicationInterfaceXml,
+                                                                    nullptr);
+    return node->interfaces[0];
 }
 
 } // namespace
@@ -72,6 +81,7 @@ QString RawService::open(const QString &address)
         g_signal_connect(m_connection, "closed", G_CALLBACK(receiveLoss), this);
         g_dbus_connection_add_filter(m_connection, filterMessage, new WeakHandler(m_handler),
                                      deleteAs<WeakHandler>);
+        exportObjects();
         if (ownName(&error))
             return {};
     }
@@ -86,6 +96,7 @@ void RawService::close()
     g_signal_handlers_disconnect_by_data(m_connection, this);
     closeConnection(m_connection);
     g_clear_object(&m_connection);
+    m_exportedIds.clear();
 }
 
 bool RawService::isOpen() const
@@ -103,6 +114,15 @@ void RawService::announceChange(const QString &path, GVariant *arguments)
     g_dbus_connection_emit_signal(m_connection, nullptr, path.toUtf8().constData(),
                                   DBus::applicationInterface, DBus::configurationChangedSignal,
                                   arguments, nullptr);
+}
+
+void RawService::setDescribedObjects(const QStringList &paths)
+{
+    if (paths == m_describedPaths)
+        return;
+    m_describedPaths = paths;
+    if (m_connection)
+        exportObjects();
 }
 
 void RawService::receiveLoss(GDBusConnection *, gboolean, GError *, gpointer service)
@@ -129,6 +149,17 @@ bool RawService::ownName(GError **error)
     g_set_error(error, G_IO_ERROR, G_IO_ERROR_EXISTS, "%s is owned by another connection",
                 DBus::serviceName);
     return false;
+}
+
+void RawService::exportObjects()
+{
+    for (const guint id : qAsConst(m_exportedIds))
+        g_dbus_connection_unregister_object(m_connection, id);
+    m_exportedIds.clear();
+    for (const QString &path : qAsConst(m_describedPaths))
+        m_exportedIds.append(
+            g_dbus_connection_register_object(m_connection, path.toUtf8().constData(),
+                                              interfaceInfo(), nullptr, nullptr, nullptr, nullptr));
 }
 
 } // namespace Tarnvel::Testing

@@ -6,6 +6,8 @@
 #include "method_call.h"
 
 #include <QtCore/QString>
+#include <QtCore/QStringList>
+#include <QtCore/QVector>
 
 #include <functional>
 #include <gio/gio.h>
@@ -64,14 +66,26 @@ public:
      */
     void announceChange(const QString &path, GVariant *arguments = nullptr);
 
+    /*!
+     * \brief Describes the interface to programs that ask for the objects of the service.
+     *
+     * They find it at \a paths, from now on or from open(); see
+     * org.freedesktop.DBus.Introspectable. The handler receives nothing of this.
+     */
+    void setDescribedObjects(const QStringList &paths);
+
 private:
     static void receiveLoss(GDBusConnection *connection, gboolean isVanished, GError *error,
                             gpointer service);
     bool ownName(GError **error);
+    void exportObjects();
 
     std::shared_ptr<Handler> m_handler;
     LossHandler m_lossHandler;
     GDBusConnection *m_connection = nullptr;
+    QStringList m_describedPaths;
+    // Of the objects that are exported on the connection.
+    QVector<guint> m_exportedIds;
 };
 
 } // namespace Tarnvel::Testing

@@ -15,6 +15,7 @@
 #include <csignal>
 #include <gio/gio.h>
 #include <initializer_list>
+#include <memory>
 #include <sys/stat.h>
 #include <unistd.h>
 #include <utility>
@@ -96,14 +97,14 @@ public:
     }
 
     // The reply in GVariant's text form, or the error's name and message.
-    QString call(const QString &path, const char *method, const char *arguments = "()")
+    QString call(const QString &path, const char *method, const char *arguments = "()",
+                 const char *interface = "org.brenvik.ManagedConfiguration.Application1")
     {
         g_autoptr(GError) error = nullptr;
         g_autoptr(GVariant) values = g_dbus_connection_call_sync(
-            m_connection, "org.brenvik.ManagedConfiguration", path.toUtf8().constData(),
-            "org.brenvik.ManagedConfiguration.Application1", method,
-            g_variant_new_parsed(arguments), nullptr, G_DBUS_CALL_FLAGS_NONE, timeoutMs, nullptr,
-            &error);
+            m_connection, "org.brenvik.ManagedConfiguration", path.toUtf8().constData(), interface,
+            method, g_variant_new_parsed(arguments), nullptr, G_DBUS_CALL_FLAGS_NONE, timeoutMs,
+            nullptr, &error);
         if (values) {
             g_autofree gchar *text = g_variant_print(values, TRUE);
             return QString::fromUtf8(text);
@@ -111,6 +112,26 @@ public:
         g_autofree gchar *name = g_dbus_error_get_remote_error(error);
         g_dbus_error_strip_remote_error(error);
         return QString("%1: %2").arg(QString::fromUtf8(name), QString::fromUtf8(error->message));
+    }
+
+    // What the object at \a path has, apart from the interfaces that all objects have.
+    QStringList contentsOf(const QString &path)
+    {
+        const QString text = call(path, "Introspect", "()", "org.freedesktop.DBus.Introspectable");
+        g_autoptr(GVariant) reply = g_variant_new_parsed(text.toUtf8().constData());
+        const gchar *xml = nullptr;
+        g_variant_get(reply, "(&s)", &xml);
+        const std::shared_ptr<GDBusNodeInfo> node(g_dbus_node_info_new_for_xml(xml, nullptr),
+                                                  g_dbus_node_info_unref);
+        QStringList contents;
+        for (GDBusInterfaceInfo **interface = node->interfaces; *interface; ++interface) {
+            if (!g_str_has_prefix((*interface)->name, "org.freedesktop.DBus."))
+                contents.append((*interface)->name);
+        }
+        for (GDBusNodeInfo **child = node->nodes; *child; ++child)
+            contents.append((*child)->path);
+        contents.sort();
+        return contents;
     }
 
     QString read(const QString &path = viewerPath)
@@ -176,6 +197,7 @@ private Q_SLOTS:
     void theExitStatusTellsWhetherExpectedCallsCame_data();
     void theExitStatusTellsWhetherExpectedCallsCame();
     void aNewScenarioIsAnnouncedWhereItDiffers();
+    void theObjectsOfTheScenarioAreDescribed();
     void aScenarioThatCannotBeReadChangesNothing();
 
 private:
@@ -625,6 +647,42 @@ void SandboxTest::aNewScenarioIsAnnouncedWhereItDiffers()
     QCOMPARE(m_client->waitForSignals(4), expected);
     QCOMPARE(m_client->read(), QString("({'a': <1>},)"));
     QCOMPARE(m_client->change("({'a': <2>},)", editorPath), QString("()"));
+}
+
+void SandboxTest::theObjectsOfTheScenarioAreDescribed()
+{
+    const QString expectation = m_directory->filePath("expectation.json");
+    QVERIFY(write(expectation, R"({"calls": [{"fault": "restart"}, {"times": 1}]})"));
+    const QByteArray restart =
+        R"([], "faults": [{"fault": "restart", "method": "GetConfiguration", "call": 1}])";
+    QVERIFY(serve(scenarioOf({applicationOf("editor", "{}", restart),
+                              R"({"organization": "a/b", "application": "c",)"
+                              R"( "configuration": {}, "users": []})"}),
+                  {"--expect", expectation}));
+    const QStringList description("org.brenvik.ManagedConfiguration.Application1");
+    QCOMPARE(m_client->contentsOf("/"), QStringList({"a", "acme_2eeditor"}));
+    QCOMPARE(m_client->contentsOf("/a"), QStringList("b_2ec"));
+    QCOMPARE(m_client->contentsOf("/a/b_2ec"), description);
+    QCOMPARE(m_client->contentsOf(editorPath), description);
+    QCOMPARE(m_client->contentsOf(viewerPath), QStringList());
+
+    // After a restart, too. These are not the calls that faults and expectations count.
+    QVERIFY(m_client->read(editorPath).startsWith("org.freedesktop.DBus.Error.NoReply"));
+    QVERIFY(m_sandbox->readErrorLine().contains(": GetConfiguration: "));
+    QVERIFY(m_sandbox->readErrorLine().startsWith("the service has ended"));
+    QCOMPARE(m_sandbox->readErrorLine(), QString("the service has come back"));
+    QCOMPARE(m_client->contentsOf(editorPath), description);
+
+    QVERIFY(write(m_scenarioFile, viewerWith("{}")));
+    QCOMPARE(m_client->waitForSignals(3).size(), 3);
+    QCOMPARE(m_client->contentsOf("/"), QStringList("acme_2eviewer"));
+    QCOMPARE(m_client->contentsOf(viewerPath), description);
+    QCOMPARE(m_client->contentsOf(editorPath), QStringList());
+
+    m_sandbox->send(SIGTERM);
+    const Outcome outcome = m_sandbox->finish();
+    QCOMPARE(outcome.status, 0);
+    QVERIFY2(!outcome.errors.contains("Introspect"), qPrintable(outcome.errors));
 }
 
 void SandboxTest::aScenarioThatCannotBeReadChangesNothing()

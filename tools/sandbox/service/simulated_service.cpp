@@ -91,6 +91,7 @@ SimulatedService::SimulatedService(Scenario scenario, Log *log, std::function<vo
                 [this] { handleConnectionLoss(); }),
       m_faults([this](const QString &path, const Fault &fault) { inject(path, fault); })
 {
+    m_service.setDescribedObjects(m_scenario->keys());
 }
 
 Tools::Failure SimulatedService::open(const QString &address)
@@ -120,6 +121,7 @@ void SimulatedService::apply(Scenario scenario)
     m_scenario = std::make_shared<const Scenario>(std::move(scenario));
     m_kept.clear();
     m_faults.setScenario(m_scenario);
+    m_service.setDescribedObjects(m_scenario->keys());
     for (const auto &[path, name] : qAsConst(changed))
         announce(path, name);
 }
