@@ -4,13 +4,12 @@
 #include "answers.h"
 #include "bus_fixture.h"
 #include "description.h"
+#include "document_tables.h"
 #include "message_log.h"
 #include "qt_version.h"
 #include "scenario/scenario_reader.h"
 
-#include <QtCore/QFile>
 #include <QtCore/QJsonDocument>
-#include <QtCore/QRegularExpression>
 #include <QtTest/QTest>
 #include <Tarnvel/ManagedConfiguration/configuration_manager.h>
 #include <Tarnvel/ManagedConfiguration/xpath.h>
@@ -21,35 +20,6 @@ using namespace Tarnvel::Testing;
 namespace {
 
 const auto entry = QStringLiteral("{\"key\": %1}");
-
-QString contentOf(const QString &page)
-{
-    QFile file(QStringLiteral(DOCS_DIR "/") + page);
-    if (!file.open(QIODevice::ReadOnly))
-        qFatal("%s: %s", qUtf8Printable(page), qUtf8Printable(file.errorString()));
-    return QString::fromUtf8(file.readAll());
-}
-
-// The texts in backticks, joined by commas; null for a word such as "none".
-QString textOf(const QString &cell)
-{
-    static const QRegularExpression code("(`+)(.*?)\\1");
-    if (cell == "(empty)")
-        return "";
-    QStringList texts;
-    for (auto matches = code.globalMatch(cell); matches.hasNext();)
-        texts.append(matches.next().captured(2));
-    return texts.isEmpty() ? QString() : texts.join(", ");
-}
-
-QStringList cellsOf(const QString &row)
-{
-    QStringList cells;
-    const QStringList columns = row.mid(2, row.size() - 4).split(" | ");
-    for (const QString &column : columns)
-        cells.append(textOf(column));
-    return cells;
-}
 
 QString print(GVariant *value)
 {
@@ -113,16 +83,10 @@ private Q_SLOTS:
         QTest::addColumn<QStringList>("cells");
 
         for (const char *page : {"values.md", "paths.md", "identity.md"}) {
-            QString header;
-            const QStringList lines = contentOf(page).split('\n');
-            for (const QString &line : lines) {
-                if (!line.startsWith('|'))
-                    header.clear();
-                else if (header.isEmpty())
-                    header = line;
-                else if (!line.startsWith("|--"))
-                    QTest::addRow("%s: %s", page, qUtf8Printable(line)) << header << cellsOf(line);
-            }
+            const QVector<Row> rows = rowsOf(page);
+            for (const Row &row : rows)
+                QTest::addRow("%s: %s", page, qUtf8Printable(row.line))
+                    << row.header << row.cells();
         }
     }
 
