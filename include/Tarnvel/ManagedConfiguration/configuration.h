@@ -19,6 +19,7 @@ namespace ManagedConfiguration {
 class ConfigurationPrivate;
 
 /*!
+ * \headerfile configuration.h <Tarnvel/ManagedConfiguration/Configuration>
  * \brief The Configuration class holds the settings of an application.
  *
  * A configuration maps string keys to values. ConfigurationManager reads a configuration from the

@@ -19,6 +19,7 @@ namespace ManagedConfiguration {
 class ConfigurationManagerPrivate;
 
 /*!
+ * \headerfile configuration_manager.h <Tarnvel/ManagedConfiguration/ConfigurationManager>
  * \brief The ConfigurationManager class gives an application access to its managed configuration.
  *
  * A service, which is another process on the D-Bus system bus, keeps a configuration for each

@@ -14,6 +14,7 @@ namespace Application {
 namespace ManagedConfiguration {
 
 /*!
+ * \headerfile error.h <Tarnvel/ManagedConfiguration/Error>
  * \brief The Error class describes how a request ended, with a code and a message.
  *
  * The callback of each request of ConfigurationManager receives an Error. It converts to true if

@@ -13,6 +13,7 @@ namespace Application {
 namespace ManagedConfiguration {
 
 /*!
+ * \headerfile xpath.h <Tarnvel/ManagedConfiguration/Xpath>
  * \brief The XpathAccess class is one step of an Xpath: the key of a value or the index of an item.
  *
  * \code
@@ -64,6 +65,7 @@ private:
 };
 
 /*!
+ * \headerfile xpath.h <Tarnvel/ManagedConfiguration/Xpath>
  * \brief The Xpath class is a path to a value in a nested configuration, such as "window/sizes[2]".
  *
  * The parts of a path are separated by "/"; empty parts are ignored. A part is a key, optionally
