@@ -29,10 +29,10 @@ function element(name, ...children) {
 
 // The text around the first of the words, with all of them marked.
 function excerpt(text, pattern) {
-    const start = Math.max(0, text.search(pattern) - 80);
+    const start = text.lastIndexOf(' ', Math.max(0, text.search(pattern) - 80)) + 1;
     const pieces = text.slice(start, start + 240).split(pattern);
     const marked = pieces.map((piece, i) => (i % 2 ? element('mark', piece) : piece));
-    return element('p', start > 0 ? '… ' : '', ...marked, start + 240 < text.length ? ' …' : '');
+    return element('p', start ? '… ' : '', ...marked, start + 240 < text.length ? ' …' : '');
 }
 
 function result(section, pattern) {

@@ -70,7 +70,7 @@ class Browser:
         return reply["result"]
 
     def show(self, url, width, scheme):
-        """Opens the page, for readers who prefer the color scheme, and returns when it is loaded."""
+        """Opens the page in a color scheme, and returns when it is loaded."""
         size = {"width": width, "height": 900, "deviceScaleFactor": 1, "mobile": False}
         self.call("Emulation.setDeviceMetricsOverride", **size)
         feature = {"name": "prefers-color-scheme", "value": scheme}
