@@ -52,8 +52,8 @@ void start(const Configuration &configuration, const Error &error)
     network.set("proxy", "localhost:8080");
     Configuration change;
     change.set("network", QVariant::fromValue(network));
-    ConfigurationManager::instance()->changeConfiguration(change, [](const Error &error) {
-        print("Changing the proxy", error);
+    ConfigurationManager::instance()->changeConfiguration(change, [](const Error &changeError) {
+        print("Changing the proxy", changeError);
         changeZoom();
     });
 }

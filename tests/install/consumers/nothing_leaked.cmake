@@ -16,7 +16,7 @@ foreach(variable IN ITEMS CMAKE_AUTOMOC CMAKE_MODULE_PATH CMAKE_CXX_VISIBILITY_P
         message(FATAL_ERROR "the library sets ${variable}: ${${variable}}")
     endif()
 endforeach()
-foreach(target IN ITEMS managed-configuration-sandbox test-support viewer)
+foreach(target IN ITEMS managed-configuration-sandbox tarnvel-viewer test-support)
     if(TARGET ${target})
         message(FATAL_ERROR "the library adds the target ${target}")
     endif()
