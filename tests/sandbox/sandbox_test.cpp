@@ -555,7 +555,7 @@ void SandboxTest::everyEventIsPrintedAndRecorded()
     QCOMPARE(m_sandbox->finish().errors, QString());
 
     const QByteArray pid = QByteArray::number(QCoreApplication::applicationPid());
-    const QByteArray text = read(QFINDTESTDATA("expected_log.json"))
+    const QByteArray text = read(PROJECT_DIR "/tests/sandbox/expected_log.json")
                                 .replace("SCENARIO", m_scenarioFile.toUtf8())
                                 .replace("\"PID\"", pid)
                                 .replace("PID", pid)
