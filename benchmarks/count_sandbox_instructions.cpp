@@ -42,7 +42,7 @@ QByteArray scenarioText(const QByteArrayList &applications)
 Scenario parse(const QByteArray &text, EntryCache *cache)
 {
     Scenario scenario;
-    Diagnostics diagnostics(QStringLiteral("scenario.json"), text);
+    Tools::Diagnostics diagnostics(QStringLiteral("scenario.json"), text);
     parseScenario(text, &scenario, &diagnostics, cache);
     if (!diagnostics.isEmpty())
         qFatal("the scenario is wrong");

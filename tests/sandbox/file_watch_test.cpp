@@ -16,6 +16,7 @@
 #include <unistd.h>
 
 using namespace Tarnvel::Sandbox;
+using namespace Tarnvel::Tools;
 
 namespace {
 
@@ -32,7 +33,7 @@ struct Step
 QString read(const QString &fileName)
 {
     QByteArray text;
-    const Tarnvel::Tools::Failure failure = readInputFile(fileName, &text);
+    const Failure failure = readInputFile(fileName, &text, EXIT_FAILURE);
     return failure ? failure.message : QString::fromUtf8(text.trimmed());
 }
 

@@ -11,7 +11,7 @@
 #include <array>
 
 using namespace Tarnvel::Sandbox;
-using Tarnvel::Tools::Failure;
+using namespace Tarnvel::Tools;
 
 namespace {
 
@@ -330,7 +330,8 @@ void ScenarioFileTest::anEditedFileIsReadLikeANewOne()
         Scenario edited;
         parseScenario(text, &edited, &diagnostics, &cache);
         Scenario fresh;
-        QCOMPARE(textOf(diagnostics.failures()), textOf(parseScenario("w.json", text, &fresh)));
+        QCOMPARE(textOf(diagnostics.failures(EXIT_FAILURE)),
+                 textOf(parseScenario("w.json", text, &fresh)));
         QCOMPARE(edited.size(), fresh.size());
         if (!fresh.isEmpty())
             QCOMPARE(printed(edited.first().configuration), printed(fresh.first().configuration));

@@ -6,6 +6,7 @@
 #include <QtTest/QTest>
 
 using namespace Tarnvel::Sandbox;
+using namespace Tarnvel::Tools;
 
 namespace {
 

@@ -83,7 +83,7 @@ Tools::Failure parseCommandLine(const QStringList &arguments, Options *options)
     options->expectationFile = parser.value(expect);
     const QStringList inputFiles = options->checkFiles + parser.values(scenario)
         + parser.values(expect);
-    if (inputFiles.count(QLatin1String(standardInputName)) > 1)
+    if (inputFiles.count(QLatin1String(Tools::standardInputName)) > 1)
         return usageFailure(QStringLiteral("only one file can be standard input"));
     options->isStrict = parser.isSet(strict);
     options->printsJson = parser.value(format) == QLatin1String("json");

@@ -63,7 +63,7 @@ QVector<Tools::Failure> Session::readFiles()
 // Before the file is read, so that no change is missed.
 Tools::Failure Session::startWatch()
 {
-    if (m_options.scenarioFile == QLatin1String(standardInputName))
+    if (m_options.scenarioFile == QLatin1String(Tools::standardInputName))
         return {};
     m_watch.emplace(m_options.scenarioFile, [this] { reload(); });
     return m_watch->start();

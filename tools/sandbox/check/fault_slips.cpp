@@ -25,10 +25,10 @@ struct WrittenFault
 };
 using WrittenFaults = QVector<WrittenFault>;
 
-WrittenFaults readFaults(const JsonValue &application)
+WrittenFaults readFaults(const Tools::JsonValue &application)
 {
     WrittenFaults faults;
-    for (const JsonValue &item : itemsOf(application, QStringLiteral("faults"))) {
+    for (const Tools::JsonValue &item : itemsOf(application, QStringLiteral("faults"))) {
         if (const auto fault = readValidPart(readFault, item))
             faults.append({*fault, item.offset});
     }
@@ -43,7 +43,7 @@ WrittenFaults faultsOf(const WrittenFaults &all, const QString &method)
     return faults;
 }
 
-void addLost(const WrittenFault &written, const QString &reason, Diagnostics *diagnostics)
+void addLost(const WrittenFault &written, const QString &reason, Tools::Diagnostics *diagnostics)
 {
     diagnostics->addSlip(written.offset,
                          QStringLiteral("this fault is never injected: %1").arg(reason),
@@ -73,7 +73,8 @@ std::set<int> distinctCalls(const WrittenFaults &faults)
 }
 
 // As FaultSchedule::count() does, for the faults of one method.
-void addLostAmongCalls(const WrittenFaults &faults, bool exitIsFinal, Diagnostics *diagnostics)
+void addLostAmongCalls(const WrittenFaults &faults, bool exitIsFinal,
+                       Tools::Diagnostics *diagnostics)
 {
     std::set<const WrittenFault *> injected;
     int lastCall = never;
@@ -106,16 +107,17 @@ void addLostAmongCalls(const WrittenFaults &faults, bool exitIsFinal, Diagnostic
     }
 }
 
-bool refusesAllCalls(const JsonValue &application)
+bool refusesAllCalls(const Tools::JsonValue &application)
 {
-    const JsonValue *const configurable = application.member(QStringLiteral("configurable"));
-    const JsonValue *const users = application.member(QStringLiteral("users"));
-    return (configurable && configurable->kind == JsonValue::Boolean && !configurable->isTrue)
-        || (users && users->kind == JsonValue::List && users->items.empty());
+    const Tools::JsonValue *const configurable = application.member(QStringLiteral("configurable"));
+    const Tools::JsonValue *const users = application.member(QStringLiteral("users"));
+    return (configurable && configurable->kind == Tools::JsonValue::Boolean
+            && !configurable->isTrue)
+        || (users && users->kind == Tools::JsonValue::List && users->items.empty());
 }
 
 // A refusal has no reply that these could change.
-void addLostAmongRefusals(const WrittenFaults &faults, Diagnostics *diagnostics)
+void addLostAmongRefusals(const WrittenFaults &faults, Tools::Diagnostics *diagnostics)
 {
     for (const WrittenFault &written : faults) {
         const Fault::Kind kind = written.fault.kind;
@@ -140,7 +142,7 @@ WrittenFaults inTurn(WrittenFaults timed)
     return timed;
 }
 
-void addLostAmongTimes(WrittenFaults timed, Diagnostics *diagnostics)
+void addLostAmongTimes(WrittenFaults timed, Tools::Diagnostics *diagnostics)
 {
     int busDeath = never;
     int exit = never;
@@ -170,14 +172,15 @@ void addLostAmongTimes(WrittenFaults timed, Diagnostics *diagnostics)
 
 } // namespace
 
-void addFaultSlips(const JsonValue &document, Diagnostics *diagnostics)
+void addFaultSlips(const Tools::JsonValue &document, Tools::Diagnostics *diagnostics)
 {
-    const std::vector<JsonValue> &applications = itemsOf(document, QStringLiteral("applications"));
+    const std::vector<Tools::JsonValue> &applications = itemsOf(document,
+                                                                QStringLiteral("applications"));
     WrittenFaults timed;
-    for (const JsonValue &application : applications)
+    for (const Tools::JsonValue &application : applications)
         timed += faultsOf(readFaults(application), QString());
     addLostAmongTimes(timed, diagnostics);
-    for (const JsonValue &application : applications) {
+    for (const Tools::JsonValue &application : applications) {
         const WrittenFaults faults = readFaults(application);
         for (const char *const method :
              {DBus::getConfigurationMethod, DBus::changeConfigurationMethod})

@@ -3,12 +3,12 @@
 
 #pragma once
 
-#include "scenario/diagnostics.h"
-#include "scenario/json_document.h"
+#include "diagnostics.h"
+#include "json_document.h"
 
 namespace Tarnvel::Sandbox {
 
 /*! \brief Adds to \a diagnostics the faults in \a document, a scenario, that are never injected. */
-void addFaultSlips(const JsonValue &document, Diagnostics *diagnostics);
+void addFaultSlips(const Tools::JsonValue &document, Tools::Diagnostics *diagnostics);
 
 } // namespace Tarnvel::Sandbox

@@ -22,15 +22,15 @@ using Tools::Style;
 
 namespace {
 
-QVector<Diagnostic> diagnoseFile(const QString &fileName, bool isStrict)
+QVector<Tools::Diagnostic> diagnoseFile(const QString &fileName, bool isStrict)
 {
     QByteArray text;
-    if (const Tools::Failure failure = readInputFile(fileName, &text))
+    if (const Tools::Failure failure = Tools::readInputFile(fileName, &text, SandboxFailed))
         return {{fileName, 0, 0, failure.message}};
     return diagnose(fileName, text, isStrict);
 }
 
-QByteArray toJson(const Diagnostic &diagnostic)
+QByteArray toJson(const Tools::Diagnostic &diagnostic)
 {
     QJsonObject object {
         {QStringLiteral("file"), diagnostic.file},
@@ -46,7 +46,7 @@ QByteArray toJson(const Diagnostic &diagnostic)
     return QJsonDocument(object).toJson(QJsonDocument::Compact);
 }
 
-void printText(const Diagnostic &diagnostic)
+void printText(const Tools::Diagnostic &diagnostic)
 {
     printEvent(diagnostic.location() + QStringLiteral(": ") + diagnostic.message, Style::Bad);
     if (!diagnostic.hint.isEmpty())
@@ -55,11 +55,11 @@ void printText(const Diagnostic &diagnostic)
 
 } // namespace
 
-QVector<Diagnostic> diagnose(const QString &fileName, const QByteArray &text, bool isStrict)
+QVector<Tools::Diagnostic> diagnose(const QString &fileName, const QByteArray &text, bool isStrict)
 {
-    Diagnostics diagnostics(fileName, text);
+    Tools::Diagnostics diagnostics(fileName, text);
     Scenario scenario;
-    const JsonValue document = parseScenario(text, &scenario, &diagnostics);
+    const Tools::JsonValue document = parseScenario(text, &scenario, &diagnostics);
     if (isStrict) {
         addSettingSlips(document, &diagnostics);
         addFaultSlips(document, &diagnostics);
@@ -71,8 +71,8 @@ int checkScenarios(const Options &options)
 {
     int status = EXIT_SUCCESS;
     for (const QString &fileName : options.checkFiles) {
-        const QVector<Diagnostic> diagnostics = diagnoseFile(fileName, options.isStrict);
-        for (const Diagnostic &diagnostic : diagnostics) {
+        const QVector<Tools::Diagnostic> diagnostics = diagnoseFile(fileName, options.isStrict);
+        for (const Tools::Diagnostic &diagnostic : diagnostics) {
             status = SandboxFailed;
             if (options.printsJson)
                 Tools::printLine(stdout,

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "command_line.h"
-#include "scenario/diagnostics.h"
+#include "diagnostics.h"
 
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
@@ -13,7 +13,7 @@
 namespace Tarnvel::Sandbox {
 
 /*! \brief All that is wrong with \a text, the scenario \a fileName; slips too if \a isStrict. */
-QVector<Diagnostic> diagnose(const QString &fileName, const QByteArray &text, bool isStrict);
+QVector<Tools::Diagnostic> diagnose(const QString &fileName, const QByteArray &text, bool isStrict);
 
 /*! \brief Checks the files as \a options say, prints the diagnostics, and returns the status. */
 int checkScenarios(const Options &options);

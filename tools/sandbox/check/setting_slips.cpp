@@ -19,24 +19,24 @@ constexpr int mostSettingsInHint = 10;
 
 struct WrittenConfiguration
 {
-    const JsonValue *json;
+    const Tools::JsonValue *json;
     Variant value;
 };
 using WrittenConfigurations = QVector<WrittenConfiguration>;
 
 // All that the service can keep for the application; none if one of them is invalid.
-WrittenConfigurations readConfigurations(const JsonValue &application)
+WrittenConfigurations readConfigurations(const Tools::JsonValue &application)
 {
     const QString member = QStringLiteral("configuration");
-    QVector<const JsonValue *> written {application.member(member)};
-    for (const JsonValue &fault : itemsOf(application, QStringLiteral("faults"))) {
-        if (const JsonValue *const configuration = fault.member(member))
+    QVector<const Tools::JsonValue *> written {application.member(member)};
+    for (const Tools::JsonValue &fault : itemsOf(application, QStringLiteral("faults"))) {
+        if (const Tools::JsonValue *const configuration = fault.member(member))
             written.append(configuration);
     }
     WrittenConfigurations configurations;
-    for (const JsonValue *const json : qAsConst(written)) {
+    for (const Tools::JsonValue *const json : qAsConst(written)) {
         const std::optional<Variant> value = readValidPart(
-            [](const JsonValue *part, Diagnostics *diagnostics) {
+            [](const Tools::JsonValue *part, Tools::Diagnostics *diagnostics) {
                 return readConfiguration(part, diagnostics);
             },
             json);
@@ -63,11 +63,11 @@ QString settingsHint(const Variant &configuration, QStringList keys)
     const QString names = settings.join(QLatin1String(", "));
     return keys.isEmpty() ? QStringLiteral("use a setting of the configuration: %1").arg(names)
                           : QStringLiteral("use a setting of %1: %2")
-                                .arg(quotedExcerpt(keys.join(QLatin1Char('/'))), names);
+                                .arg(Tools::quotedExcerpt(keys.join(QLatin1Char('/'))), names);
 }
 
 void addLostPath(const QString &path, int offset, const WrittenConfigurations &configurations,
-                 Diagnostics *diagnostics)
+                 Tools::Diagnostics *diagnostics)
 {
     const QStringList keys = settingKeys(path);
     const auto hasSetting = [&keys](const WrittenConfiguration &configuration) {
@@ -77,16 +77,16 @@ void addLostPath(const QString &path, int offset, const WrittenConfigurations &c
     if (keys.isEmpty() || configurations.isEmpty()
         || std::any_of(configurations.begin(), configurations.end(), hasSetting))
         return;
-    diagnostics->addSlip(offset, QStringLiteral("%1 leads nowhere").arg(quotedExcerpt(path)),
+    diagnostics->addSlip(offset, QStringLiteral("%1 leads nowhere").arg(Tools::quotedExcerpt(path)),
                          settingsHint(configurations.first().value, keys));
 }
 
 // Where the setting is written; where that is inside GVariant text, the text.
-const JsonValue &writtenAt(const JsonValue &configuration, const QStringList &keys)
+const Tools::JsonValue &writtenAt(const Tools::JsonValue &configuration, const QStringList &keys)
 {
-    const JsonValue *value = &configuration;
+    const Tools::JsonValue *value = &configuration;
     for (const QString &key : keys) {
-        const JsonValue *const inner = value->member(key);
+        const Tools::JsonValue *const inner = value->member(key);
         if (!inner)
             break;
         value = inner;
@@ -103,7 +103,7 @@ bool canHaveRange(const Variant &setting)
 }
 
 void addForbiddenValues(const AllowedValues &allowed, const WrittenConfigurations &configurations,
-                        Diagnostics *diagnostics)
+                        Tools::Diagnostics *diagnostics)
 {
     const QStringList keys = settingKeys(allowed.path);
     for (const WrittenConfiguration &configuration : configurations) {
@@ -111,7 +111,7 @@ void addForbiddenValues(const AllowedValues &allowed, const WrittenConfiguration
         if (!setting)
             continue;
         const int offset = writtenAt(*configuration.json, keys).offset;
-        const QString name = quotedExcerpt(allowed.path);
+        const QString name = Tools::quotedExcerpt(allowed.path);
         if (allowed.values.isEmpty() && !canHaveRange(setting))
             diagnostics->addSlip(
                 offset, QStringLiteral("%1 has a range, but is not an integer").arg(name),
@@ -124,17 +124,17 @@ void addForbiddenValues(const AllowedValues &allowed, const WrittenConfiguration
     }
 }
 
-void addSlipsOf(const JsonValue &application, Diagnostics *diagnostics)
+void addSlipsOf(const Tools::JsonValue &application, Tools::Diagnostics *diagnostics)
 {
     const WrittenConfigurations configurations = readConfigurations(application);
-    for (const JsonValue &path : itemsOf(application, QStringLiteral("locked"))) {
-        if (path.kind == JsonValue::String)
+    for (const Tools::JsonValue &path : itemsOf(application, QStringLiteral("locked"))) {
+        if (path.kind == Tools::JsonValue::String)
             addLostPath(path.text, path.offset, configurations, diagnostics);
     }
-    const JsonValue *const allowed = application.member(QStringLiteral("allowed"));
+    const Tools::JsonValue *const allowed = application.member(QStringLiteral("allowed"));
     if (!allowed)
         return;
-    for (const JsonMember &setting : allowed->members) {
+    for (const Tools::JsonMember &setting : allowed->members) {
         addLostPath(setting.name, setting.offset, configurations, diagnostics);
         if (const auto values = readValidPart(readAllowedValues, setting))
             addForbiddenValues(*values, configurations, diagnostics);
@@ -143,9 +143,9 @@ void addSlipsOf(const JsonValue &application, Diagnostics *diagnostics)
 
 } // namespace
 
-void addSettingSlips(const JsonValue &document, Diagnostics *diagnostics)
+void addSettingSlips(const Tools::JsonValue &document, Tools::Diagnostics *diagnostics)
 {
-    for (const JsonValue &application : itemsOf(document, QStringLiteral("applications")))
+    for (const Tools::JsonValue &application : itemsOf(document, QStringLiteral("applications")))
         addSlipsOf(application, diagnostics);
 }
 

@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "scenario/diagnostics.h"
-#include "scenario/json_document.h"
+#include "diagnostics.h"
+#include "json_document.h"
 
 namespace Tarnvel::Sandbox {
 
@@ -14,6 +14,6 @@ namespace Tarnvel::Sandbox {
  * They are paths in "locked" and "allowed" that no configuration of the application has, and values
  * in its configurations that are not allowed. Faults that replace the configuration count.
  */
-void addSettingSlips(const JsonValue &document, Diagnostics *diagnostics);
+void addSettingSlips(const Tools::JsonValue &document, Tools::Diagnostics *diagnostics);
 
 } // namespace Tarnvel::Sandbox

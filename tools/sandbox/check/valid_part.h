@@ -3,8 +3,8 @@
 
 #pragma once
 
-#include "scenario/diagnostics.h"
-#include "scenario/json_document.h"
+#include "diagnostics.h"
+#include "json_document.h"
 
 #include <optional>
 #include <vector>
@@ -12,10 +12,11 @@
 namespace Tarnvel::Sandbox {
 
 /*! \brief The items of the list \a name in \a object; none if that is not a list. */
-inline const std::vector<JsonValue> &itemsOf(const JsonValue &object, const QString &name)
+inline const std::vector<Tools::JsonValue> &itemsOf(const Tools::JsonValue &object,
+                                                    const QString &name)
 {
-    static const std::vector<JsonValue> none;
-    const JsonValue *const list = object.member(name);
+    static const std::vector<Tools::JsonValue> none;
+    const Tools::JsonValue *const list = object.member(name);
     return list ? list->items : none;
 }
 
@@ -27,7 +28,7 @@ inline const std::vector<JsonValue> &itemsOf(const JsonValue &object, const QStr
 template<typename Read, typename Part>
 auto readValidPart(Read read, const Part &part)
 {
-    Diagnostics diagnostics({}, {});
+    Tools::Diagnostics diagnostics({}, {});
     const auto value = read(part, &diagnostics);
     return diagnostics.isEmpty() ? std::make_optional(value) : std::nullopt;
 }

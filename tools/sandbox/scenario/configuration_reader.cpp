@@ -15,24 +15,25 @@ namespace {
 
 const QLatin1String textKey(gvariantTextKey);
 
-Variant readScalar(const JsonValue &value, Diagnostics *diagnostics)
+Variant readScalar(const Tools::JsonValue &value, Tools::Diagnostics *diagnostics)
 {
     switch (value.kind) {
-    case JsonValue::Boolean:
+    case Tools::JsonValue::Boolean:
         return adopt(g_variant_new_boolean(value.isTrue));
-    case JsonValue::Number:
-        return adopt(g_variant_new_int32(readInt32(&value, diagnostics)));
-    case JsonValue::String:
+    case Tools::JsonValue::Number:
+        return adopt(g_variant_new_int32(Tools::readInt32(&value, diagnostics)));
+    case Tools::JsonValue::String:
         return adopt(g_variant_new_string(value.text.toUtf8().constData()));
     default:
-        addUnexpected(value, QStringLiteral("a boolean, an integer or a string"), diagnostics);
+        Tools::addUnexpected(value, QStringLiteral("a boolean, an integer or a string"),
+                             diagnostics);
         return {};
     }
 }
 
 // Is never too deep: the most configurations inside one another leave room for one container.
 static_assert(DBus::maximumContainerDepth % DBus::containersPerLevel >= 1);
-Variant readArray(const JsonValue &list, Diagnostics *diagnostics)
+Variant readArray(const Tools::JsonValue &list, Tools::Diagnostics *diagnostics)
 {
     const QVector<Variant> items = readItems(list, diagnostics);
     GVariantBuilder builder;
@@ -43,20 +44,21 @@ Variant readArray(const JsonValue &list, Diagnostics *diagnostics)
     return adopt(g_variant_builder_end(&builder));
 }
 
-bool isCarried(const JsonValue &value, const QString &violation, Diagnostics *diagnostics)
+bool isCarried(const Tools::JsonValue &value, const QString &violation,
+               Tools::Diagnostics *diagnostics)
 {
     if (!violation.isNull())
         diagnostics->add(value.offset, violation);
     return violation.isNull();
 }
 
-Variant readText(const JsonValue &object, int depth, Diagnostics *diagnostics)
+Variant readText(const Tools::JsonValue &object, int depth, Tools::Diagnostics *diagnostics)
 {
-    ObjectReader reader(object, diagnostics);
-    const JsonValue &text = *reader.require(textKey);
+    Tools::ObjectReader reader(object, diagnostics);
+    const Tools::JsonValue &text = *reader.require(textKey);
     reader.addUnknownMembers(QStringLiteral("a value with \"%1\"").arg(textKey));
-    const QByteArray string = readString(&text, diagnostics).toUtf8();
-    if (text.kind != JsonValue::String)
+    const QByteArray string = Tools::readString(&text, diagnostics).toUtf8();
+    if (text.kind != Tools::JsonValue::String)
         return {};
     g_autoptr(GError) error = nullptr;
     GVariant *const parsed = g_variant_parse(nullptr, string.constData(), nullptr, nullptr, &error);
@@ -70,17 +72,17 @@ Variant readText(const JsonValue &object, int depth, Diagnostics *diagnostics)
     return isCarried(text, dbusViolation(parsed, depth), diagnostics) ? inOrder(value) : Variant();
 }
 
-Variant readEntry(const JsonMember &member, int depth, Diagnostics *diagnostics);
-Variant reuseEntry(const JsonMember &member, int depth, Diagnostics *diagnostics,
+Variant readEntry(const Tools::JsonMember &member, int depth, Tools::Diagnostics *diagnostics);
+Variant reuseEntry(const Tools::JsonMember &member, int depth, Tools::Diagnostics *diagnostics,
                    EntryCache *cache);
 
 // The depth is the number of containers around the value. The cache, if any, is for its entries.
-Variant readValue(const JsonValue &value, int depth, Diagnostics *diagnostics,
+Variant readValue(const Tools::JsonValue &value, int depth, Tools::Diagnostics *diagnostics,
                   EntryCache *cache = nullptr)
 {
-    if (value.kind == JsonValue::List)
+    if (value.kind == Tools::JsonValue::List)
         return readArray(value, diagnostics);
-    if (value.kind != JsonValue::Object)
+    if (value.kind != Tools::JsonValue::Object)
         return readScalar(value, diagnostics);
     if (value.member(textKey))
         return readText(value, depth, diagnostics);
@@ -89,7 +91,7 @@ Variant readValue(const JsonValue &value, int depth, Diagnostics *diagnostics,
         return {};
     // Not Entries, which would allocate a node for each.
     std::vector<std::pair<QString, Variant>> entries;
-    for (const JsonMember &member : value.members) {
+    for (const Tools::JsonMember &member : value.members) {
         const Variant entry = cache ? reuseEntry(member, innerDepth, diagnostics, cache)
                                     : readEntry(member, innerDepth, diagnostics);
         if (entry)
@@ -108,13 +110,14 @@ Variant readValue(const JsonValue &value, int depth, Diagnostics *diagnostics,
     return joinEntries(sorted);
 }
 
-Variant readEntry(const JsonMember &member, int depth, Diagnostics *diagnostics)
+Variant readEntry(const Tools::JsonMember &member, int depth, Tools::Diagnostics *diagnostics)
 {
     const Variant value = readValue(member.value, depth, diagnostics);
     return value ? makeEntry(member.name, value) : Variant();
 }
 
-Variant reuseEntry(const JsonMember &member, int depth, Diagnostics *diagnostics, EntryCache *cache)
+Variant reuseEntry(const Tools::JsonMember &member, int depth, Tools::Diagnostics *diagnostics,
+                   EntryCache *cache)
 {
     const QByteArray text = diagnostics->text(member.offset, member.value.end);
     Variant entry = cache->reuse(text);
@@ -127,12 +130,13 @@ Variant reuseEntry(const JsonMember &member, int depth, Diagnostics *diagnostics
 
 } // namespace
 
-Variant readConfiguration(const JsonValue *value, Diagnostics *diagnostics, EntryCache *cache)
+Variant readConfiguration(const Tools::JsonValue *value, Tools::Diagnostics *diagnostics,
+                          EntryCache *cache)
 {
     if (!value)
         return {};
-    if (value->kind != JsonValue::Object) {
-        addUnexpected(*value, describe(JsonValue::Object), diagnostics);
+    if (value->kind != Tools::JsonValue::Object) {
+        Tools::addUnexpected(*value, Tools::describe(Tools::JsonValue::Object), diagnostics);
         return {};
     }
     const Variant configuration = readValue(*value, 0, diagnostics, cache);
@@ -147,14 +151,15 @@ Variant readConfiguration(const JsonValue *value, Diagnostics *diagnostics, Entr
     return configuration;
 }
 
-QVector<Variant> readItems(const JsonValue &list, Diagnostics *diagnostics)
+QVector<Variant> readItems(const Tools::JsonValue &list, Tools::Diagnostics *diagnostics)
 {
     QVector<Variant> items;
-    for (const JsonValue &item : list.items) {
-        const JsonValue::Kind kind = list.items.front().kind;
+    for (const Tools::JsonValue &item : list.items) {
+        const Tools::JsonValue::Kind kind = list.items.front().kind;
         if (item.kind != kind)
-            addUnexpected(item, QStringLiteral("%1 like the first item").arg(describe(kind)),
-                          diagnostics);
+            Tools::addUnexpected(
+                item, QStringLiteral("%1 like the first item").arg(Tools::describe(kind)),
+                diagnostics);
         else if (const Variant value = readScalar(item, diagnostics))
             items.append(value);
     }

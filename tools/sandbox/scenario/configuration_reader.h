@@ -25,10 +25,10 @@ constexpr char gvariantTextKey[] = "$gvariant";
  * then incomplete. Null if \a value is. Entries of the configuration are taken from \a cache where
  * it has them, and otherwise added to it.
  */
-Variant readConfiguration(const JsonValue *value, Diagnostics *diagnostics,
+Variant readConfiguration(const Tools::JsonValue *value, Tools::Diagnostics *diagnostics,
                           EntryCache *cache = nullptr);
 
 /*! \brief The items of the List \a list: integers, booleans or strings, as in a configuration. */
-QVector<Variant> readItems(const JsonValue &list, Diagnostics *diagnostics);
+QVector<Variant> readItems(const Tools::JsonValue &list, Tools::Diagnostics *diagnostics);
 
 } // namespace Tarnvel::Sandbox

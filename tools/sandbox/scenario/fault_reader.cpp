@@ -14,39 +14,42 @@
 
 namespace Tarnvel::Sandbox {
 
-const FaultDescription *readFaultDescription(const JsonValue *value, Diagnostics *diagnostics)
+const FaultDescription *readFaultDescription(const Tools::JsonValue *value,
+                                             Tools::Diagnostics *diagnostics)
 {
     if (!value)
         return nullptr;
     QStringList names;
     for (const FaultDescription &description : faultDescriptions()) {
-        if (value->kind == JsonValue::String && value->text == QLatin1String(description.name))
+        if (value->kind == Tools::JsonValue::String
+            && value->text == QLatin1String(description.name))
             return &description;
         names << QLatin1String(description.name);
     }
-    addUnexpected(*value, QStringLiteral("one of the faults ") + names.join(QLatin1String(", ")),
-                  diagnostics);
+    Tools::addUnexpected(*value,
+                         QStringLiteral("one of the faults ") + names.join(QLatin1String(", ")),
+                         diagnostics);
     return nullptr;
 }
 
-QString readMethod(const JsonValue *value, Diagnostics *diagnostics)
+QString readMethod(const Tools::JsonValue *value, Tools::Diagnostics *diagnostics)
 {
     const QStringList methods {QLatin1String(DBus::getConfigurationMethod),
                                QLatin1String(DBus::changeConfigurationMethod)};
-    if (value && (value->kind != JsonValue::String || !methods.contains(value->text)))
-        addUnexpected(*value,
-                      QStringLiteral("\"%1\" or \"%2\"").arg(methods.first(), methods.last()),
-                      diagnostics);
+    if (value && (value->kind != Tools::JsonValue::String || !methods.contains(value->text)))
+        Tools::addUnexpected(
+            *value, QStringLiteral("\"%1\" or \"%2\"").arg(methods.first(), methods.last()),
+            diagnostics);
     return value ? value->text : QString();
 }
 
-QString readErrorName(const JsonValue *value, Diagnostics *diagnostics)
+QString readErrorName(const Tools::JsonValue *value, Tools::Diagnostics *diagnostics)
 {
     const QString name = value ? value->text : QString();
     if (DBus::errorNames().contains(name))
         return QLatin1String(DBus::errorPrefix) + name;
     if (value && !g_dbus_is_interface_name(name.toUtf8().constData()))
-        addUnexpected(
+        Tools::addUnexpected(
             *value,
             QStringLiteral("%1, or a full name such as \"org.freedesktop.DBus.Error.Failed\"")
                 .arg(DBus::errorNames().join(QLatin1String(", "))),
@@ -57,15 +60,15 @@ QString readErrorName(const JsonValue *value, Diagnostics *diagnostics)
 namespace {
 
 // Which calls the fault affects, or when it happens.
-void readTrigger(const JsonValue &value, const FaultDescription &description, ObjectReader *object,
-                 Fault *fault, Diagnostics *diagnostics)
+void readTrigger(const Tools::JsonValue &value, const FaultDescription &description,
+                 Tools::ObjectReader *object, Fault *fault, Tools::Diagnostics *diagnostics)
 {
     const QLatin1String methodMember("method");
     const QLatin1String timeMember("time");
     const bool isEither = description.affectsCalls && description.happensAtTime;
-    const JsonValue *method = nullptr;
-    const JsonValue *call = nullptr;
-    const JsonValue *time = nullptr;
+    const Tools::JsonValue *method = nullptr;
+    const Tools::JsonValue *call = nullptr;
+    const Tools::JsonValue *time = nullptr;
     if (description.affectsCalls) {
         method = isEither ? object->find(methodMember) : object->require(methodMember);
         call = object->find(QLatin1String("call"));
@@ -82,15 +85,15 @@ void readTrigger(const JsonValue &value, const FaultDescription &description, Ob
                          QStringLiteral("\"call\" and \"time\" are mutually exclusive"));
     fault->method = readMethod(method, diagnostics);
     fault->call = static_cast<int>(
-        readInteger(call, 1, std::numeric_limits<int>::max(), diagnostics));
-    fault->time = readNumber(time, Fault::maximumSeconds, diagnostics);
+        Tools::readInteger(call, 1, std::numeric_limits<int>::max(), diagnostics));
+    fault->time = Tools::readNumber(time, Fault::maximumSeconds, diagnostics);
 }
 
 } // namespace
 
-Fault readFault(const JsonValue &value, Diagnostics *diagnostics)
+Fault readFault(const Tools::JsonValue &value, Tools::Diagnostics *diagnostics)
 {
-    ObjectReader object(value, diagnostics);
+    Tools::ObjectReader object(value, diagnostics);
     const FaultDescription *const description = readFaultDescription(
         object.require(QLatin1String("fault")), diagnostics);
     if (!description)
@@ -101,19 +104,20 @@ Fault readFault(const JsonValue &value, Diagnostics *diagnostics)
     const QLatin1String secondsMember("seconds");
     if (fault.kind == Fault::Error) {
         fault.error = readErrorName(object.require(QLatin1String("error")), diagnostics);
-        const JsonValue *const message = object.find(QLatin1String("message"));
-        fault.message = message ? readString(message, diagnostics)
+        const Tools::JsonValue *const message = object.find(QLatin1String("message"));
+        fault.message = message ? Tools::readString(message, diagnostics)
                                 : QStringLiteral("error injected by the sandbox");
     } else if (fault.kind == Fault::Delay || fault.kind == Fault::Restart) {
-        const JsonValue *const seconds = fault.kind == Fault::Delay ? object.require(secondsMember)
-                                                                    : object.find(secondsMember);
-        fault.seconds = readNumber(seconds, Fault::maximumSeconds, diagnostics);
+        const Tools::JsonValue *const seconds = fault.kind == Fault::Delay
+            ? object.require(secondsMember)
+            : object.find(secondsMember);
+        fault.seconds = Tools::readNumber(seconds, Fault::maximumSeconds, diagnostics);
     } else if (fault.kind == Fault::Replace) {
         fault.configuration = readConfiguration(object.require(QLatin1String("configuration")),
                                                 diagnostics);
     } else if (fault.kind == Fault::Flood) {
-        fault.count = static_cast<int>(readInteger(object.require(QLatin1String("count")), 1,
-                                                   Fault::maximumCount, diagnostics));
+        fault.count = static_cast<int>(Tools::readInteger(object.require(QLatin1String("count")), 1,
+                                                          Fault::maximumCount, diagnostics));
     }
     object.addUnknownMembers(
         QStringLiteral("the fault \"%1\"").arg(QLatin1String(description->name)));

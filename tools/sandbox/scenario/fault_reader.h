@@ -12,15 +12,16 @@ namespace Tarnvel::Sandbox {
 // What an expectation has in common with a fault. For null, each returns a default value.
 
 /*! \brief The method that \a value names. */
-QString readMethod(const JsonValue *value, Diagnostics *diagnostics);
+QString readMethod(const Tools::JsonValue *value, Tools::Diagnostics *diagnostics);
 
 /*! \brief The full name of the error that \a value names, with or without its prefix. */
-QString readErrorName(const JsonValue *value, Diagnostics *diagnostics);
+QString readErrorName(const Tools::JsonValue *value, Tools::Diagnostics *diagnostics);
 
 /*! \brief The kind of fault that \a value names; null if it names none. */
-const FaultDescription *readFaultDescription(const JsonValue *value, Diagnostics *diagnostics);
+const FaultDescription *readFaultDescription(const Tools::JsonValue *value,
+                                             Tools::Diagnostics *diagnostics);
 
 /*! \brief The fault that \a value describes; adds to \a diagnostics if it describes none. */
-Fault readFault(const JsonValue &value, Diagnostics *diagnostics);
+Fault readFault(const Tools::JsonValue &value, Tools::Diagnostics *diagnostics);
 
 } // namespace Tarnvel::Sandbox

@@ -29,14 +29,14 @@ QVector<Tools::Failure> parseScenario(const QString &fileName, const QByteArray 
  *
  * Returns the JSON document, even if it is no scenario; null if the text is not JSON.
  */
-JsonValue parseScenario(const QByteArray &text, Scenario *scenario, Diagnostics *diagnostics,
-                        EntryCache *cache = nullptr);
+Tools::JsonValue parseScenario(const QByteArray &text, Scenario *scenario,
+                               Tools::Diagnostics *diagnostics, EntryCache *cache = nullptr);
 
 /*! \brief Like parseScenario(), with the content of the file. The \a cache is for its next one. */
 QVector<Tools::Failure> readScenario(const QString &fileName, Scenario *scenario,
                                      EntryCache *cache = nullptr);
 
 /*! \brief What \a setting, a member of "allowed", allows. */
-AllowedValues readAllowedValues(const JsonMember &setting, Diagnostics *diagnostics);
+AllowedValues readAllowedValues(const Tools::JsonMember &setting, Tools::Diagnostics *diagnostics);
 
 } // namespace Tarnvel::Sandbox

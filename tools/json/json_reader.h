@@ -8,7 +8,7 @@
 
 #include <QtCore/QStringList>
 
-namespace Tarnvel::Sandbox {
+namespace Tarnvel::Tools {
 
 // Each function returns what is in a value. If that is not what is expected, it adds a
 // diagnostic and returns a default value. A null pointer stands for a member that an object does
@@ -53,4 +53,4 @@ private:
     QStringList m_known;
 };
 
-} // namespace Tarnvel::Sandbox
+} // namespace Tarnvel::Tools

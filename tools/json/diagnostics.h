@@ -12,7 +12,7 @@
 #include <map>
 #include <vector>
 
-namespace Tarnvel::Sandbox {
+namespace Tarnvel::Tools {
 
 /*! \brief Something that is wrong with a file. */
 struct Diagnostic
@@ -57,8 +57,8 @@ public:
     /*! \brief All diagnostics, in the order of their locations. */
     QVector<Diagnostic> all() const;
 
-    /*! \brief The same as failures of the sandbox. */
-    QVector<Tools::Failure> failures() const;
+    /*! \brief The same as failures with this exit \a status. */
+    QVector<Failure> failures(int status) const;
 
 private:
     Diagnostic at(int offset, const QString &message, const QString &hint) const;
@@ -69,4 +69,4 @@ private:
     std::multimap<int, Diagnostic> m_diagnostics;
 };
 
-} // namespace Tarnvel::Sandbox
+} // namespace Tarnvel::Tools

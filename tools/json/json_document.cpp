@@ -16,7 +16,7 @@
 #include <rapidjson/reader.h>
 #include <string_view>
 
-namespace Tarnvel::Sandbox {
+namespace Tarnvel::Tools {
 
 namespace {
 
@@ -155,7 +155,7 @@ private:
         if (!g_utf8_validate(text, static_cast<gssize>(size), nullptr))
             m_diagnostics->add(tokenStart(),
                                QStringLiteral("U+0000 or lone surrogate in a string"));
-        return Tools::fromUtf8({text, static_cast<int>(size)});
+        return fromUtf8({text, static_cast<int>(size)});
     }
 
     void endToken()
@@ -258,7 +258,7 @@ QString quotedExcerpt(const QString &text)
     const QString shown = text.size() > maximumQuotedSize
         ? text.left(maximumQuotedSize) + QStringLiteral("...")
         : text;
-    return QLatin1Char('"') + Tools::shownOnOneLine(shown) + QLatin1Char('"');
+    return QLatin1Char('"') + shownOnOneLine(shown) + QLatin1Char('"');
 }
 
-} // namespace Tarnvel::Sandbox
+} // namespace Tarnvel::Tools

@@ -3,17 +3,15 @@
 
 #include "input_file.h"
 
-#include "exit_status.h"
-#include "process/termination_signals.h"
-
 #include <QtCore/QFile>
 
 #include <cerrno>
+#include <csignal>
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace Tarnvel::Sandbox {
+namespace Tarnvel::Tools {
 
 namespace {
 
@@ -29,13 +27,17 @@ QString readAll(QFile *file, QByteArray *text)
 
 QString readStandardInput(QByteArray *text)
 {
-    const sigset_t signals = terminationSignals();
+    sigset_t signals;
+    sigset_t previous;
+    sigemptyset(&signals);
+    for (const int signal : {SIGHUP, SIGINT, SIGQUIT, SIGTERM})
+        sigaddset(&signals, signal);
     QFile file;
     file.open(stdin, QIODevice::ReadOnly);
-    // Nobody else receives them while this waits.
-    sigprocmask(SIG_UNBLOCK, &signals, nullptr);
+    // If the tool has blocked them for its event loop, nobody else receives them while this waits.
+    sigprocmask(SIG_UNBLOCK, &signals, &previous);
     const QString error = readAll(&file, text);
-    sigprocmask(SIG_BLOCK, &signals, nullptr);
+    sigprocmask(SIG_SETMASK, &previous, nullptr);
     return error;
 }
 
@@ -54,17 +56,17 @@ QString readRegularFile(const QString &fileName, QByteArray *text)
 
 } // namespace
 
-Tools::Failure readInputFile(const QString &fileName, QByteArray *text)
+Failure readInputFile(const QString &fileName, QByteArray *text, int status)
 {
     const QString error = fileName == QLatin1String(standardInputName)
         ? readStandardInput(text)
         : readRegularFile(fileName, text);
     if (!error.isNull())
-        return {SandboxFailed, error, {}, fileName};
+        return {status, error, {}, fileName};
     // Some editors add the mark without showing it.
     if (text->startsWith(byteOrderMark))
         text->remove(0, static_cast<int>(std::size(byteOrderMark)) - 1);
     return {};
 }
 
-} // namespace Tarnvel::Sandbox
+} // namespace Tarnvel::Tools

@@ -7,7 +7,7 @@
 #include <limits>
 #include <optional>
 
-namespace Tarnvel::Sandbox {
+namespace Tarnvel::Tools {
 
 namespace {
 
@@ -120,4 +120,4 @@ void ObjectReader::addUnknownMembers(const QString &object)
     }
 }
 
-} // namespace Tarnvel::Sandbox
+} // namespace Tarnvel::Tools

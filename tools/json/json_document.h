@@ -10,7 +10,7 @@
 
 #include <vector>
 
-namespace Tarnvel::Sandbox {
+namespace Tarnvel::Tools {
 
 struct JsonMember;
 
@@ -70,4 +70,4 @@ QString describe(JsonValue::Kind kind);
 /*! \brief \a text in quotation marks, on one line and cut off where it is long. */
 QString quotedExcerpt(const QString &text);
 
-} // namespace Tarnvel::Sandbox
+} // namespace Tarnvel::Tools

@@ -3,11 +3,9 @@
 
 #include "diagnostics.h"
 
-#include "exit_status.h"
-
 #include <algorithm>
 
-namespace Tarnvel::Sandbox {
+namespace Tarnvel::Tools {
 
 QString Diagnostic::location() const
 {
@@ -54,12 +52,11 @@ QVector<Diagnostic> Diagnostics::all() const
     return all;
 }
 
-QVector<Tools::Failure> Diagnostics::failures() const
+QVector<Failure> Diagnostics::failures(int status) const
 {
-    QVector<Tools::Failure> failures;
+    QVector<Failure> failures;
     for (const auto &[offset, diagnostic] : m_diagnostics)
-        failures.append(
-            {SandboxFailed, diagnostic.message, diagnostic.hint, diagnostic.location()});
+        failures.append({status, diagnostic.message, diagnostic.hint, diagnostic.location()});
     return failures;
 }
 
@@ -72,4 +69,4 @@ Diagnostic Diagnostics::at(int offset, const QString &message, const QString &hi
             static_cast<int>(before.size()) + 1, message, hint};
 }
 
-} // namespace Tarnvel::Sandbox
+} // namespace Tarnvel::Tools

@@ -8,7 +8,7 @@
 #include <QtCore/QByteArray>
 #include <QtCore/QString>
 
-namespace Tarnvel::Sandbox {
+namespace Tarnvel::Tools {
 
 /*! \brief The name that stands for standard input. */
 constexpr char standardInputName[] = "-";
@@ -17,8 +17,8 @@ constexpr char standardInputName[] = "-";
  * \brief Sets \a text to the content of the file \a fileName, without its byte-order mark.
  *
  * It is a regular file, or standard input, which is read to its end: until then, a termination
- * signal ends the process. Never waits for the writer of a FIFO.
+ * signal ends the process. Never waits for the writer of a FIFO. \a status is that of a failure.
  */
-Tools::Failure readInputFile(const QString &fileName, QByteArray *text);
+Failure readInputFile(const QString &fileName, QByteArray *text, int status);
 
-} // namespace Tarnvel::Sandbox
+} // namespace Tarnvel::Tools
