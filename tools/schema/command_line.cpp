@@ -1,0 +1,73 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "command_line.h"
+
+#include "input_file.h"
+
+#include <QtCore/QCommandLineParser>
+
+#include <sysexits.h>
+
+namespace Tarnvel::Schema {
+
+namespace {
+
+const char description[] =
+    "Works with schemas of managed settings.\n"
+    "\n"
+    "Commands:\n"
+    "  check SCHEMA SCENARIO...   Check the configurations in scenarios.\n"
+    "\n"
+    "The name - of a file to read stands for standard input. The exit status is 0 if all is\n"
+    "well, 64 for a wrong command line, 65 if something in a file is invalid, 66 if a file\n"
+    "cannot be read, and 73 if the output cannot be written.";
+
+} // namespace
+
+Tools::Failure usageFailure(const QString &message)
+{
+    return {EX_USAGE, message, QStringLiteral("see managed-configuration-schema --help")};
+}
+
+Tools::Failure parseCommandLine(const QStringList &arguments, CommandLine *commandLine)
+{
+    const QCommandLineOption className(QStringLiteral("class"),
+                                       QStringLiteral("The name of the generated class."),
+                                       QStringLiteral("NAME"));
+    const QCommandLineOption application(
+        QStringLiteral("application"),
+        QStringLiteral("The application in the scenario, such as acme/viewer."),
+        QStringLiteral("NAME"));
+    const QCommandLineOption output({QStringLiteral("o"), QStringLiteral("output")},
+                                    QStringLiteral("The file to write, not standard output."),
+                                    QStringLiteral("FILE"));
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QLatin1String(description));
+    // addHelpOption() would also add --help-all, for Qt's own options.
+    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
+                                  QStringLiteral("Show this help."));
+    const QCommandLineOption version = parser.addVersionOption();
+    parser.addOptions({help, className, application, output});
+    parser.addPositionalArgument(QStringLiteral("COMMAND"), QStringLiteral("What to do."));
+    parser.addPositionalArgument(QStringLiteral("FILE"), QStringLiteral("The files to read."),
+                                 QStringLiteral("FILE..."));
+    if (!parser.parse(arguments))
+        return usageFailure(parser.errorText());
+    if (parser.isSet(version))
+        parser.showVersion();
+    if (parser.isSet(help))
+        parser.showHelp();
+    commandLine->files = parser.positionalArguments();
+    if (commandLine->files.isEmpty())
+        return usageFailure(QStringLiteral("the command is missing"));
+    commandLine->command = commandLine->files.takeFirst();
+    if (commandLine->files.count(QLatin1String(Tools::standardInputName)) > 1)
+        return usageFailure(QStringLiteral("only one file can be standard input"));
+    commandLine->className = parser.value(className);
+    commandLine->application = parser.value(application);
+    commandLine->outputFile = parser.value(output);
+    return {};
+}
+
+} // namespace Tarnvel::Schema

@@ -1,0 +1,58 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "setting.h"
+
+#include <QtCore/QJsonArray>
+#include <QtCore/QJsonDocument>
+#include <QtCore/QStringList>
+
+#include <algorithm>
+
+namespace Tarnvel::Schema {
+
+using Tools::JsonMember;
+using Tools::JsonValue;
+
+namespace {
+
+QString quoted(const QString &text)
+{
+    const QByteArray list = QJsonDocument(QJsonArray {text}).toJson(QJsonDocument::Compact);
+    return QString::fromUtf8(list.mid(1, list.size() - 2));
+}
+
+} // namespace
+
+const Setting *Setting::member(const QString &key) const
+{
+    const auto found = std::find_if(members.begin(), members.end(),
+                                    [&key](const Setting &one) { return one.key == key; });
+    return found == members.end() ? nullptr : &*found;
+}
+
+QString toJson(const JsonValue &value)
+{
+    QStringList parts;
+    switch (value.kind) {
+    case JsonValue::Null:
+        return QStringLiteral("null");
+    case JsonValue::Boolean:
+        return value.isTrue ? QStringLiteral("true") : QStringLiteral("false");
+    case JsonValue::Number:
+        return value.text;
+    case JsonValue::String:
+        return quoted(value.text);
+    case JsonValue::List:
+        for (const JsonValue &item : value.items)
+            parts.append(toJson(item));
+        return QStringLiteral("[%1]").arg(parts.join(QLatin1String(", ")));
+    case JsonValue::Object:
+        for (const JsonMember &member : value.members)
+            parts.append(quoted(member.name) + QStringLiteral(": ") + toJson(member.value));
+        return QStringLiteral("{%1}").arg(parts.join(QLatin1String(", ")));
+    }
+    return {};
+}
+
+} // namespace Tarnvel::Schema
