@@ -19,6 +19,11 @@ Diagnostics::Diagnostics(const QString &fileName, const QByteArray &text)
         m_lineStarts.push_back(feed + 1);
 }
 
+QString Diagnostics::fileName() const
+{
+    return m_fileName;
+}
+
 void Diagnostics::add(int offset, const QString &message, const QString &hint)
 {
     m_diagnostics.emplace(offset, at(offset, message, hint));

@@ -39,6 +39,9 @@ public:
     /*! \brief For \a text, the content of the file \a fileName. */
     Diagnostics(const QString &fileName, const QByteArray &text);
 
+    /*! \brief The name of the file. */
+    QString fileName() const;
+
     /*! \brief Adds a diagnostic about what is at \a offset, in bytes from the start of the text. */
     void add(int offset, const QString &message, const QString &hint = {});
 

@@ -5,9 +5,12 @@
 
 #include "report/variant_json.h"
 #include "scenario/configuration_reader.h"
+#include "scenario/named_schema.h"
+#include "scenario/plain_json.h"
 #include "scenario/scenario_reader.h"
 #include "service/change_validation.h"
 #include "valid_part.h"
+#include "validation.h"
 
 #include <algorithm>
 
@@ -25,7 +28,8 @@ struct WrittenConfiguration
 using WrittenConfigurations = QVector<WrittenConfiguration>;
 
 // All that the service can keep for the application; none if one of them is invalid.
-WrittenConfigurations readConfigurations(const Tools::JsonValue &application)
+WrittenConfigurations readConfigurations(const Tools::JsonValue &application,
+                                         const Schema::Schema *schema)
 {
     const QString member = QStringLiteral("configuration");
     QVector<const Tools::JsonValue *> written {application.member(member)};
@@ -42,7 +46,7 @@ WrittenConfigurations readConfigurations(const Tools::JsonValue &application)
             json);
         if (!value || !*value)
             return {};
-        configurations.append({json, *value});
+        configurations.append({json, schema ? withDefaults(schema->root, *value) : *value});
     }
     return configurations;
 }
@@ -81,19 +85,6 @@ void addLostPath(const QString &path, int offset, const WrittenConfigurations &c
                          settingsHint(configurations.first().value, keys));
 }
 
-// Where the setting is written; where that is inside GVariant text, the text.
-const Tools::JsonValue &writtenAt(const Tools::JsonValue &configuration, const QStringList &keys)
-{
-    const Tools::JsonValue *value = &configuration;
-    for (const QString &key : keys) {
-        const Tools::JsonValue *const inner = value->member(key);
-        if (!inner)
-            break;
-        value = inner;
-    }
-    return *value;
-}
-
 bool canHaveRange(const Variant &setting)
 {
     return g_variant_is_of_type(setting.get(), G_VARIANT_TYPE_INT32)
@@ -124,9 +115,34 @@ void addForbiddenValues(const AllowedValues &allowed, const WrittenConfiguration
     }
 }
 
+// A deprecated setting is no slip: the application may be tested with it.
+void addProblems(const Schema::Schema &schema, const WrittenConfigurations &configurations,
+                 Tools::Diagnostics *diagnostics)
+{
+    for (const WrittenConfiguration &configuration : configurations) {
+        for (const Schema::Problem &problem :
+             validate(schema.root, plainConfiguration(*configuration.json))) {
+            if (problem.kind != Schema::Problem::Deprecated)
+                diagnostics->addSlip(problem.offset, problem.text(), problem.hint);
+        }
+    }
+}
+
+std::shared_ptr<const Schema::Schema> readSchemaOf(const Tools::JsonValue &application,
+                                                   const QString &fileName)
+{
+    const Tools::JsonValue *const schema = application.member(QStringLiteral("schema"));
+    // What is wrong with the schema is no slip.
+    Tools::Diagnostics diagnostics(fileName, {});
+    return schema ? readNamedSchema(*schema, &diagnostics) : nullptr;
+}
+
 void addSlipsOf(const Tools::JsonValue &application, Tools::Diagnostics *diagnostics)
 {
-    const WrittenConfigurations configurations = readConfigurations(application);
+    const auto schema = readSchemaOf(application, diagnostics->fileName());
+    const WrittenConfigurations configurations = readConfigurations(application, schema.get());
+    if (schema)
+        addProblems(*schema, configurations, diagnostics);
     for (const Tools::JsonValue &path : itemsOf(application, QStringLiteral("locked"))) {
         if (path.kind == Tools::JsonValue::String)
             addLostPath(path.text, path.offset, configurations, diagnostics);

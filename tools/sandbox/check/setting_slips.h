@@ -11,8 +11,9 @@ namespace Tarnvel::Sandbox {
 /*!
  * \brief Adds to \a diagnostics the slips with settings in \a document, a scenario.
  *
- * They are paths in "locked" and "allowed" that no configuration of the application has, and values
- * in its configurations that are not allowed. Faults that replace the configuration count.
+ * They are paths in "locked" and "allowed" that no configuration of the application has, and what
+ * its configurations hold that is not allowed, or that its schema does not describe. Faults that
+ * replace the configuration count.
  */
 void addSettingSlips(const Tools::JsonValue &document, Tools::Diagnostics *diagnostics);
 

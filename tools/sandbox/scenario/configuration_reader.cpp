@@ -144,11 +144,17 @@ Variant readConfiguration(const Tools::JsonValue *value, Tools::Diagnostics *dia
         return {};
     if (!g_variant_is_of_type(configuration.get(), G_VARIANT_TYPE_VARDICT))
         diagnostics->add(value->offset, QStringLiteral("expected a value of type \"a{sv}\""));
-    else if (isTooLarge(configuration))
-        diagnostics->add(value->offset,
+    else
+        checkSize(configuration, value->offset, diagnostics);
+    return configuration;
+}
+
+void checkSize(const Variant &configuration, int offset, Tools::Diagnostics *diagnostics)
+{
+    if (isTooLarge(configuration))
+        diagnostics->add(offset,
                          QStringLiteral("D-Bus limits a message to %1 MiB")
                              .arg(DBus::maximumMessageSize / 1024 / 1024));
-    return configuration;
 }
 
 QVector<Variant> readItems(const Tools::JsonValue &list, Tools::Diagnostics *diagnostics)

@@ -28,6 +28,9 @@ constexpr char gvariantTextKey[] = "$gvariant";
 Variant readConfiguration(const Tools::JsonValue *value, Tools::Diagnostics *diagnostics,
                           EntryCache *cache = nullptr);
 
+/*! \brief Adds a diagnostic about what is at \a offset if no message can hold \a configuration. */
+void checkSize(const Variant &configuration, int offset, Tools::Diagnostics *diagnostics);
+
 /*! \brief The items of the List \a list: integers, booleans or strings, as in a configuration. */
 QVector<Variant> readItems(const Tools::JsonValue &list, Tools::Diagnostics *diagnostics);
 

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "fault.h"
+#include "setting.h"
 #include "variant.h"
 
 #include <QtCore/QMap>
@@ -12,6 +13,7 @@
 #include <QtCore/QVector>
 
 #include <limits>
+#include <memory>
 #include <optional>
 
 namespace Tarnvel::Sandbox {
@@ -43,6 +45,8 @@ struct Application
     std::optional<QVector<quint32>> users;
     /*! What the application may set, in the order of the file; other settings may get any value. */
     QVector<AllowedValues> allowed;
+    /*! The settings of the application, if the file names a schema; null if not. */
+    std::shared_ptr<const Schema::Schema> schema;
     /*! What goes wrong, in the order of the file. */
     QVector<Fault> faults;
 };

@@ -9,6 +9,7 @@
 #include "fault_reader.h"
 #include "input_file.h"
 #include "json_reader.h"
+#include "named_schema.h"
 
 namespace Tarnvel::Sandbox {
 
@@ -80,6 +81,28 @@ QVector<Fault> readFaults(const Tools::JsonValue *value, Tools::Diagnostics *dia
     return faults;
 }
 
+// Gives the application all settings of the schema that \a value names.
+void applySchema(const Tools::JsonValue &value, Application *application,
+                 Tools::Diagnostics *diagnostics)
+{
+    application->schema = readNamedSchema(value, diagnostics);
+    if (!application->schema)
+        return;
+    const Schema::Schema &schema = *application->schema;
+    const QString name = schema.organization + QLatin1Char('/') + schema.application;
+    if (name != application->name)
+        diagnostics->add(
+            value.offset,
+            QStringLiteral("the schema is for %1, not for %2").arg(name, application->name));
+    application->configuration = withDefaults(schema.root, application->configuration);
+    if (application->configuration)
+        checkSize(application->configuration, value.offset, diagnostics);
+    for (Fault &fault : application->faults) {
+        if (fault.configuration)
+            fault.configuration = withDefaults(schema.root, fault.configuration);
+    }
+}
+
 void readApplication(const Tools::JsonValue &value, Scenario *scenario,
                      Tools::Diagnostics *diagnostics, EntryCache *cache)
 {
@@ -97,8 +120,15 @@ void readApplication(const Tools::JsonValue &value, Scenario *scenario,
         application.isConfigurable = Tools::readBoolean(configurable, diagnostics);
     if (const Tools::JsonValue *const users = object.find(QLatin1String("users")))
         application.users = readUsers(*users, diagnostics);
-    application.allowed = readAllowed(object.find(QLatin1String("allowed")), diagnostics);
+    const Tools::JsonValue *const allowed = object.find(QLatin1String("allowed"));
+    const Tools::JsonValue *const schema = object.find(QLatin1String("schema"));
+    application.allowed = readAllowed(allowed, diagnostics);
     application.faults = readFaults(object.find(QLatin1String("faults")), diagnostics);
+    if (allowed && schema)
+        diagnostics->add(schema->offset,
+                         QStringLiteral("\"schema\" and \"allowed\" are mutually exclusive"));
+    else if (schema)
+        applySchema(*schema, &application, diagnostics);
     object.addUnknownMembers(QStringLiteral("an application"));
     if (!organizationName || !applicationName)
         return;

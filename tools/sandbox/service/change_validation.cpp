@@ -4,6 +4,8 @@
 #include "change_validation.h"
 
 #include "report/variant_json.h"
+#include "scenario/plain_json.h"
+#include "validation.h"
 
 namespace Tarnvel::Sandbox {
 
@@ -33,10 +35,10 @@ QByteArray typeOf(GVariant *value)
     return g_variant_get_type_string(value);
 }
 
-QString typeText(GVariant *value)
+QString typeText(const QByteArray &type)
 {
     const QString unsupported = QStringLiteral("of the type \"%1\"");
-    return supportedTypes().value(typeOf(value), unsupported.arg(QLatin1String(typeOf(value))));
+    return supportedTypes().value(type, unsupported.arg(QLatin1String(type)));
 }
 
 bool isList(GVariant *value)
@@ -44,24 +46,29 @@ bool isList(GVariant *value)
     return typeOf(value).size() == 2 && supportedTypes().contains(typeOf(value));
 }
 
-// An empty list in a scenario does not say what it is a list of.
-bool isOfSameType(GVariant *known, GVariant *value)
+// An empty list in a scenario without a schema does not say what it is a list of.
+bool isAnyList(GVariant *known, GVariant *value)
 {
-    return typeOf(known) == typeOf(value)
-        || (isList(known) && g_variant_n_children(known) == 0 && isList(value));
+    return isList(known) && g_variant_n_children(known) == 0 && isList(value);
 }
 
-std::optional<Refusal> refuseType(const QString &path, GVariant *known, GVariant *value)
+Refusal refuseKey(const QString &path)
 {
-    if (isOfSameType(known, value))
+    return {QStringLiteral("NotExistingKey"), quoted(path) + QStringLiteral(" does not exist")};
+}
+
+std::optional<Refusal> refuseType(const QString &path, const QByteArray &known, GVariant *value)
+{
+    const QByteArray type = typeOf(value);
+    if (type == known)
         return {};
-    if (!supportedTypes().contains(typeOf(value)))
+    if (!supportedTypes().contains(type))
         return Refusal {
             QStringLiteral("UnsupportedType"),
-            QStringLiteral("%1 cannot be %2: no setting can").arg(quoted(path), typeText(value))};
+            QStringLiteral("%1 cannot be %2: no setting can").arg(quoted(path), typeText(type))};
     return Refusal {
         QStringLiteral("InvalidType"),
-        QStringLiteral("%1 is %2, not %3").arg(quoted(path), typeText(known), typeText(value))};
+        QStringLiteral("%1 is %2, not %3").arg(quoted(path), typeText(known), typeText(type))};
 }
 
 std::optional<Refusal> refuseEntries(const QString &prefix, const Variant &known,
@@ -71,10 +78,11 @@ std::optional<Refusal> refuseEntries(const QString &prefix, const Variant &known
         const QString path = prefix + change.key();
         const Variant knownValue = valueAt(known, {change.key()});
         if (!knownValue)
-            return Refusal {QStringLiteral("NotExistingKey"),
-                            quoted(path) + QStringLiteral(" does not exist")};
+            return refuseKey(path);
         GVariant *const value = change.value().get();
-        std::optional<Refusal> refusal = refuseType(path, knownValue.get(), value);
+        std::optional<Refusal> refusal;
+        if (!isAnyList(knownValue.get(), value))
+            refusal = refuseType(path, typeOf(knownValue.get()), value);
         if (!refusal && g_variant_is_of_type(value, G_VARIANT_TYPE_VARDICT))
             refusal = refuseEntries(path + QLatin1Char('/'), knownValue, entriesOf(value));
         if (refusal)
@@ -127,6 +135,39 @@ std::optional<Refusal> refuseValues(const Application &application, const KeptCo
     return {};
 }
 
+std::optional<Refusal> refuseValue(const Schema::Setting &setting, GVariant *value)
+{
+    for (const Schema::Problem &problem : validate(setting, toPlainJson(value))) {
+        if (problem.kind != Schema::Problem::Deprecated)
+            return Refusal {QStringLiteral("InvalidValue"), problem.text()};
+    }
+    return {};
+}
+
+// What the schema does not allow; again, a value that stays need not be allowed.
+std::optional<Refusal> refuseSettings(const Schema::Setting &object, const QStringList &parents,
+                                      const KeptConfiguration &kept, const Entries &changes)
+{
+    for (auto change = changes.begin(); change != changes.end(); ++change) {
+        const QStringList keys = parents + QStringList(change.key());
+        if (areEqual(kept.value(keys), change.value()))
+            continue;
+        const QString path = keys.join(QLatin1Char('/'));
+        const Schema::Setting *const setting = object.member(change.key());
+        if (!setting)
+            return refuseKey(path);
+        GVariant *const value = change.value().get();
+        std::optional<Refusal> refusal = refuseType(path, dbusType(*setting), value);
+        if (!refusal && setting->type == Schema::Type::Object)
+            refusal = refuseSettings(*setting, keys, kept, entriesOf(value));
+        else if (!refusal)
+            refusal = refuseValue(*setting, value);
+        if (refusal)
+            return refusal;
+    }
+    return {};
+}
+
 } // namespace
 
 Variant KeptConfiguration::value(const QStringList &path) const
@@ -154,6 +195,8 @@ std::optional<Refusal> refuseChange(const Application &application, const KeptCo
     if (!lockedPath.isEmpty())
         return Refusal {QStringLiteral("Forbidden"),
                         quoted(lockedPath) + QStringLiteral(" is locked")};
+    if (application.schema)
+        return refuseSettings(application.schema->root, {}, kept, changes);
     if (const auto refusal = refuseEntries({}, kept.given, changes))
         return refusal;
     return refuseValues(application, kept, changes);

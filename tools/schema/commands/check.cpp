@@ -4,6 +4,7 @@
 #include "commands.h"
 
 #include "input_file.h"
+#include "scenario/plain_json.h"
 #include "scenario/scenario_reader.h"
 #include "schema_reader.h"
 #include "validation.h"
@@ -36,7 +37,8 @@ void checkApplication(const Schema &schema, const JsonValue &application,
                       const Diagnostics &diagnostics, Report *report)
 {
     for (const JsonValue *const configuration : configurationsOf(application)) {
-        for (const Problem &problem : validate(schema.root, *configuration))
+        for (const Problem &problem :
+             validate(schema.root, Sandbox::plainConfiguration(*configuration)))
             report->append({problem.kind == Problem::Deprecated ? EX_OK : EX_DATAERR,
                             problem.text(), problem.hint, diagnostics.location(problem.offset)});
     }

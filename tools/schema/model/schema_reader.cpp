@@ -4,12 +4,14 @@
 #include "schema_reader.h"
 
 #include "bus_limits.h"
+#include "endpoint.h"
 #include "input_file.h"
 #include "json_reader.h"
 #include "validation.h"
 
 #include <QtCore/QSet>
 
+#include <glib.h>
 #include <optional>
 #include <sysexits.h>
 
@@ -254,6 +256,19 @@ Setting readSetting(const JsonMember &member, const QString &parentPath, int lev
     return setting;
 }
 
+void readIdentity(ObjectReader *object, Schema *schema, Diagnostics *diagnostics)
+{
+    const JsonValue *const organization = object->require(QLatin1String("x-organization"));
+    const JsonValue *const application = object->require(QLatin1String("x-application"));
+    schema->organization = Tools::readString(organization, diagnostics);
+    schema->application = Tools::readString(application, diagnostics);
+    const QString path = DBus::applicationPath(schema->organization, schema->application);
+    if (organization && !g_variant_is_object_path(path.toUtf8().constData()))
+        diagnostics->add(
+            organization->offset,
+            QStringLiteral("%1 is not a valid object path").arg(Tools::quotedExcerpt(path)));
+}
+
 } // namespace
 
 Schema parseSchema(const QByteArray &text, Diagnostics *diagnostics)
@@ -269,10 +284,7 @@ Schema parseSchema(const QByteArray &text, Diagnostics *diagnostics)
         diagnostics->add(document.member(QStringLiteral("type"))->offset,
                          QStringLiteral("expected \"object\""));
     readTexts(&object, &schema.root, diagnostics);
-    schema.organization = Tools::readString(object.require(QLatin1String("x-organization")),
-                                            diagnostics);
-    schema.application = Tools::readString(object.require(QLatin1String("x-application")),
-                                           diagnostics);
+    readIdentity(&object, &schema, diagnostics);
     readMembers(&object, &schema.root, 1, diagnostics);
     object.addUnknownMembers(QStringLiteral("a schema"));
     return schema;

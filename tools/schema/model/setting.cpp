@@ -8,6 +8,7 @@
 #include <QtCore/QStringList>
 
 #include <algorithm>
+#include <array>
 
 namespace Tarnvel::Schema {
 
@@ -29,6 +30,15 @@ const Setting *Setting::member(const QString &key) const
     const auto found = std::find_if(members.begin(), members.end(),
                                     [&key](const Setting &one) { return one.key == key; });
     return found == members.end() ? nullptr : &*found;
+}
+
+QByteArray dbusType(const Setting &setting)
+{
+    static const std::array<const char *, 5> types {"i", "b", "s", "a", "a{sv}"};
+    const QByteArray type = types.at(static_cast<std::size_t>(setting.type));
+    return setting.type == Type::List
+        ? type + types.at(static_cast<std::size_t>(setting.scalar.type))
+        : type;
 }
 
 QString toJson(const JsonValue &value)

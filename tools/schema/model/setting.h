@@ -84,6 +84,9 @@ struct Schema
     Setting root;
 };
 
+/*! \brief The D-Bus type of the values of \a setting: "ai". */
+QByteArray dbusType(const Setting &setting);
+
 /*! \brief \a value as JSON on one line. */
 QString toJson(const Tools::JsonValue &value);
 
