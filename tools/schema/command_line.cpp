@@ -18,6 +18,7 @@ const char description[] =
     "\n"
     "Commands:\n"
     "  check SCHEMA SCENARIO...   Check the configurations in scenarios.\n"
+    "  docs SCHEMA                Write a document in Markdown, such as pandoc reads.\n"
     "\n"
     "The name - of a file to read stands for standard input. The exit status is 0 if all is\n"
     "well, 64 for a wrong command line, 65 if something in a file is invalid, 66 if a file\n"

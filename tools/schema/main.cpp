@@ -29,6 +29,7 @@ struct Command
 
 constexpr Command commands[] = {
     {"check", check, 2},
+    {"docs", docs, 1},
 };
 
 Report run(const CommandLine &commandLine, QByteArray *output)

@@ -20,5 +20,6 @@ using Report = QVector<Tools::Failure>;
 // The commands of the tool. Each sets its output.
 
 Report check(const CommandLine &commandLine, QByteArray *output);
+Report docs(const CommandLine &commandLine, QByteArray *output);
 
 } // namespace Tarnvel::Schema
