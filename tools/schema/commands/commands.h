@@ -21,5 +21,7 @@ using Report = QVector<Tools::Failure>;
 
 Report check(const CommandLine &commandLine, QByteArray *output);
 Report docs(const CommandLine &commandLine, QByteArray *output);
+Report infer(const CommandLine &commandLine, QByteArray *output);
+Report scenario(const CommandLine &commandLine, QByteArray *output);
 
 } // namespace Tarnvel::Schema

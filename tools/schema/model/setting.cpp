@@ -3,6 +3,8 @@
 
 #include "setting.h"
 
+#include "terminal.h"
+
 #include <QtCore/QJsonArray>
 #include <QtCore/QJsonDocument>
 #include <QtCore/QStringList>
@@ -21,6 +23,23 @@ QString quoted(const QString &text)
 {
     const QByteArray list = QJsonDocument(QJsonArray {text}).toJson(QJsonDocument::Compact);
     return QString::fromUtf8(list.mid(1, list.size() - 2));
+}
+
+QString toIndentedJson(const JsonValue &value, const QString &indentation)
+{
+    const bool isObjectList = value.kind == JsonValue::List && !value.items.empty()
+        && value.items.front().kind == JsonValue::Object;
+    if (!isObjectList && (value.kind != JsonValue::Object || value.members.empty()))
+        return Tools::shownOnOneLine(toJson(value));
+    const QString inner = indentation + QStringLiteral("  ");
+    QStringList lines;
+    for (const JsonMember &member : value.members)
+        lines.append(inner + Tools::shownOnOneLine(quoted(member.name)) + QStringLiteral(": ")
+                     + toIndentedJson(member.value, inner));
+    for (const JsonValue &item : value.items)
+        lines.append(inner + toIndentedJson(item, inner));
+    const QString form = isObjectList ? QStringLiteral("[\n%1\n%2]") : QStringLiteral("{\n%1\n%2}");
+    return form.arg(lines.join(QLatin1String(",\n")), indentation);
 }
 
 } // namespace
@@ -63,6 +82,11 @@ QString toJson(const JsonValue &value)
         return QStringLiteral("{%1}").arg(parts.join(QLatin1String(", ")));
     }
     return {};
+}
+
+QByteArray toJsonFile(const JsonValue &object)
+{
+    return toIndentedJson(object, {}).toUtf8() + '\n';
 }
 
 } // namespace Tarnvel::Schema

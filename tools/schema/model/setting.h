@@ -90,4 +90,11 @@ QByteArray dbusType(const Setting &setting);
 /*! \brief \a value as JSON on one line. */
 QString toJson(const Tools::JsonValue &value);
 
+/*!
+ * \brief \a object as the JSON of a file, with the members of objects on lines of their own.
+ *
+ * What could end a line, or change the order of the text around it, is escaped.
+ */
+QByteArray toJsonFile(const Tools::JsonValue &object);
+
 } // namespace Tarnvel::Schema
