@@ -68,6 +68,8 @@ private Q_SLOTS:
             {" watch window/w", "window/width"},
             {" watch --j", "--json"},
             {" check ", ""},
+            {" check --s", "--schema"},
+            {" check --schema /etc/passw", "/etc/passwd"},
         };
         for (const auto &[line, offered] : clientRows)
             QTest::newRow(line) << client + line << offered;

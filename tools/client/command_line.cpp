@@ -26,15 +26,17 @@ const char description[] =
     "  set --from FILE           set the values in a JSON object such as get prints\n"
     "  watch [PATH]              print all values, then each change on a line\n"
     "  check                     check the bus, the service and the identity\n"
+    "  check --schema FILE       check the settings with a schema, too\n"
     "\n"
     "PATH is one or more keys separated by \"/\". An item of a list is its key and\n"
     "\"[POSITION]\", such as window/sizes[0]. TYPE is int, bool, string, ints, bools,\n"
     "strings or configuration.\n"
     "\n"
     "The exit status is 0 for success, 1 to 8 for the error code of the service, 64 for a\n"
-    "wrong command line or a change that needs --force, 65 for wrong values in a file, 66\n"
-    "for a path without a value or a file that cannot be read, 69 for no bus, no service or\n"
-    "no reply, and 74 if the results cannot be written.";
+    "wrong command line or a change that needs --force, 65 for wrong values in a file or\n"
+    "settings that do not agree with a schema, 66 for a path without a value or a file that\n"
+    "cannot be read, 69 for no bus, no service or no reply, and 74 if the results cannot be\n"
+    "written.";
 
 // An option of one command.
 struct CommandOption
@@ -53,6 +55,7 @@ constexpr CommandOption commandOptions[] = {
     {"set", "dry-run", "print the differences that the change makes.", &CommandLine::isDryRun},
     {"set", "force", "make the change even if settings are lost.", &CommandLine::isForced},
     {"set", "from", "set the values in a JSON file; - is standard input.", nullptr},
+    {"check", "schema", "check the settings; the schema has the identity.", nullptr},
 };
 
 void addCommandOptions(QCommandLineParser *parser)
@@ -141,7 +144,8 @@ Failure parseCommandLine(int count, const char *const *arguments, CommandLine *c
         parser.showHelp();
 
     for (const QCommandLineOption &option : {organization, application}) {
-        if (parser.value(option).isEmpty())
+        // A schema says what application it is for.
+        if (parser.value(option).isEmpty() && !parser.isSet(QStringLiteral("schema")))
             return usageFailure(QStringLiteral("--%1 is missing").arg(option.names().constFirst()));
     }
     const QStringList positional = parser.positionalArguments();

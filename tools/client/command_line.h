@@ -13,6 +13,7 @@ namespace Tarnvel::Client {
 /*! \brief What the user asks for. */
 struct CommandLine
 {
+    /*! These may only be empty if the file is a schema. */
     QString organization;
     QString application;
     /*! The first argument that is not an option. */
@@ -29,7 +30,7 @@ struct CommandLine
     bool isForced = false;
     /*! True if a change is not to be sent. */
     bool isDryRun = false;
-    /*! The file with the values to set; empty if there is none. */
+    /*! The file with the values to set, or with the schema; empty if there is none. */
     QString file;
     /*! How long to wait for each reply. */
     int timeoutMs = 0;

@@ -61,7 +61,8 @@ void report(const Tools::Failure &failure)
     if (failure.message.isEmpty())
         return;
     printNote(failure.text(), Tools::Style::Bad);
-    printNote(QStringLiteral("what to do: ") + failure.hint);
+    if (!failure.hint.isEmpty())
+        printNote(QStringLiteral("what to do: ") + failure.hint);
 }
 
 } // namespace Tarnvel::Client

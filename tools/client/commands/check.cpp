@@ -4,10 +4,14 @@
 #include "commands.h"
 #include "endpoint.h"
 #include "output.h"
+#include "schema_check.h"
+#include "schema_reader.h"
 #include "service/bus.h"
 #include "service/requests.h"
 #include "usage_failure.h"
 #include "values/difference.h"
+
+#include <QtCore/QCoreApplication>
 
 namespace Tarnvel::Client {
 
@@ -65,22 +69,49 @@ Failure checkIdentity(const CommandLine &commandLine)
     return failure;
 }
 
-Failure checkConfiguration(int timeoutMs)
+Failure checkConfiguration(int timeoutMs, Reading *reading)
 {
-    Reading reading;
-    const Failure failure = readConfiguration(timeoutMs, &reading);
+    const Failure failure = readConfiguration(timeoutMs, reading);
     printResult("configuration", failure,
                 QStringLiteral("read, settings: %1")
-                    .arg(leavesOf(QVariant::fromValue(reading.configuration)).size()));
+                    .arg(leavesOf(QVariant::fromValue(reading->configuration)).size()));
     return failure;
+}
+
+// Sets the identity, as far as the command line does not, to that of the schema.
+Failure readSchemaOf(CommandLine *commandLine, Schema::Schema *schema)
+{
+    const QVector<Failure> failures = readSchema(commandLine->file, schema);
+    for (const Failure &failure : failures)
+        report(failure);
+    if (!failures.isEmpty())
+        return {failures.first().status};
+    if (commandLine->organization.isEmpty())
+        commandLine->organization = schema->organization;
+    if (commandLine->application.isEmpty())
+        commandLine->application = schema->application;
+    if (commandLine->organization != schema->organization
+        || commandLine->application != schema->application)
+        return usageFailure(QStringLiteral("the schema is for %1/%2, not for %3/%4")
+                                .arg(schema->organization, schema->application,
+                                     commandLine->organization, commandLine->application));
+    QCoreApplication::setOrganizationName(schema->organization);
+    QCoreApplication::setApplicationName(schema->application);
+    return {};
 }
 
 } // namespace
 
-Failure check(const CommandLine &commandLine)
+Failure check(const CommandLine &given)
 {
-    if (!commandLine.arguments.isEmpty())
+    if (!given.arguments.isEmpty())
         return usageFailure(QStringLiteral("check takes no arguments"));
+    CommandLine commandLine = given;
+    Schema::Schema schema;
+    if (!given.file.isEmpty()) {
+        if (const Failure failure = readSchemaOf(&commandLine, &schema))
+            return failure;
+    }
     const int timeoutMs = commandLine.timeoutMs;
     ServiceState state = ServiceState::Absent;
     const Failure bus = checkBus(timeoutMs, &state);
@@ -95,7 +126,11 @@ Failure check(const CommandLine &commandLine)
                     {});
         return {failure.status};
     }
-    return {checkConfiguration(timeoutMs).status};
+    Reading reading;
+    const Failure failure = checkConfiguration(timeoutMs, &reading);
+    if (failure || commandLine.file.isEmpty())
+        return {failure.status};
+    return checkSettings(schema, reading);
 }
 
 } // namespace Tarnvel::Client
