@@ -75,10 +75,10 @@ QString readPattern(const JsonValue *value, Diagnostics *diagnostics)
 {
     const QString pattern = Tools::readString(value, diagnostics);
     const QRegularExpression expression(pattern);
-    if (!expression.isValid())
-        diagnostics->add(value->offset,
-                         QStringLiteral("invalid pattern: ") + expression.errorString());
-    return pattern;
+    if (expression.isValid())
+        return pattern;
+    diagnostics->add(value->offset, QStringLiteral("invalid pattern: ") + expression.errorString());
+    return {};
 }
 
 // Adds what is wrong with a value in a schema, such as a default.
@@ -245,13 +245,15 @@ Setting readSetting(const JsonMember &member, const QString &parentPath, int lev
     if (deprecated && setting.deprecated.isEmpty())
         diagnostics->add(deprecated->offset,
                          QStringLiteral("expected a text that says what to use instead"));
-    if (*type != Type::Object)
-        readValue(&object, &setting, diagnostics);
-    else if (level >= maximumLevels)
+    if (*type == Type::Object && level > maximumLevels) {
         diagnostics->add(member.offset,
                          QStringLiteral("more than %1 levels of objects").arg(maximumLevels));
-    else
+        return setting;
+    }
+    if (*type == Type::Object)
         readMembers(&object, &setting, level, diagnostics);
+    else
+        readValue(&object, &setting, diagnostics);
     object.addUnknownMembers(QStringLiteral("a setting of type \"%1\"").arg(types().key(*type)));
     return setting;
 }

@@ -18,6 +18,9 @@ using Tools::JsonValue;
 
 namespace {
 
+// The search takes longer than everything else, and with more, the settings are others.
+constexpr int mostHints = 20;
+
 bool isInt32(const JsonValue &value)
 {
     bool isInteger = false;
@@ -110,19 +113,20 @@ void validateValue(const Setting &setting, const JsonValue &value, std::vector<P
 
 void validateMembers(const Setting &object, const JsonValue &value, std::vector<Problem> *problems)
 {
+    QStringList keys;
+    for (const Setting &known : object.members)
+        keys.append(known.key);
+    int hints = 0;
     for (const JsonMember &member : value.members) {
         if (const Setting *const setting = object.member(member.name)) {
             validateValue(*setting, member.value, problems);
             continue;
         }
-        QStringList keys;
-        for (const Setting &known : object.members)
-            keys.append(known.key);
         const QString path = object.path.isEmpty() ? member.name
                                                    : object.path + QLatin1Char('/') + member.name;
-        problems->push_back({Problem::UnknownSetting, path, member.offset,
-                             QStringLiteral("unknown setting"),
-                             Tools::similarTextHint(member.name, keys)});
+        problems->push_back(
+            {Problem::UnknownSetting, path, member.offset, QStringLiteral("unknown setting"),
+             ++hints > mostHints ? QString() : Tools::similarTextHint(member.name, keys)});
     }
 }
 
