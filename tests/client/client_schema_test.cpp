@@ -19,6 +19,8 @@ const char schema[] = R"({"type": "object", "additionalProperties": false,
     "sizes": {"type": "array", "items": {"type": "integer"}, "default": [1]},
     "flags": {"type": "array", "items": {"type": "boolean"}, "minItems": 1, "default": [true]},
     "names": {"type": "array", "items": {"type": "string"}},
+    "old": {"type": "object", "x-deprecated": "none", "additionalProperties": false,
+      "properties": {"a": {"type": "array", "items": {"type": "string"}}}},
     "network": {"type": "object", "additionalProperties": false, "properties": {
       "proxy": {"type": "string", "x-deprecated": "use\nproxies"},
       "port": {"type": "integer"}}}}})";
@@ -52,6 +54,8 @@ private Q_SLOTS:
         row("{'zoom': <25>, 'theme': <'dark'>, '[odd]': <true>, 'sizes': <[1]>, 'flags': <[true]>, "
             "'names': <@as []>, 'network': <{'port': <-2147483648>}>}",
             agreement, 0);
+        row("{'network': <{'proxy': <''>}>, 'old': <{'a': <@as []>}>}", agreement, 0);
+        row("{'old': <{'a': <['']>}>}", "schema: old: deprecated: none\n", 0);
         row("{'network': <{'proxy': <'p'>}>}",
             "schema: network/proxy: deprecated: use\\u000aproxies\n", 0);
         row("{'zom': <1>, 'x\\ny': <1>}",

@@ -20,6 +20,28 @@ using Tools::Style;
 
 namespace {
 
+// Sets the identity, as far as the command line does not, to that of the schema.
+Failure readSchemaOf(CommandLine *commandLine, Schema::Schema *schema)
+{
+    const QVector<Failure> failures = readSchema(commandLine->file, schema);
+    for (const Failure &failure : failures)
+        report(failure);
+    if (!failures.isEmpty())
+        return {failures.first().status};
+    if (commandLine->organization.isEmpty())
+        commandLine->organization = schema->organization;
+    if (commandLine->application.isEmpty())
+        commandLine->application = schema->application;
+    if (commandLine->organization != schema->organization
+        || commandLine->application != schema->application)
+        return usageFailure(QStringLiteral("the schema is for %1/%2, not for %3/%4")
+                                .arg(schema->organization, schema->application,
+                                     commandLine->organization, commandLine->application));
+    QCoreApplication::setOrganizationName(schema->organization);
+    QCoreApplication::setApplicationName(schema->application);
+    return {};
+}
+
 void printResult(const char *subject, const Failure &failure, const QString &success)
 {
     const QString text = failure ? failure.text() : success;
@@ -78,45 +100,23 @@ Failure checkConfiguration(int timeoutMs, Reading *reading)
     return failure;
 }
 
-// Sets the identity, as far as the command line does not, to that of the schema.
-Failure readSchemaOf(CommandLine *commandLine, Schema::Schema *schema)
-{
-    const QVector<Failure> failures = readSchema(commandLine->file, schema);
-    for (const Failure &failure : failures)
-        report(failure);
-    if (!failures.isEmpty())
-        return {failures.first().status};
-    if (commandLine->organization.isEmpty())
-        commandLine->organization = schema->organization;
-    if (commandLine->application.isEmpty())
-        commandLine->application = schema->application;
-    if (commandLine->organization != schema->organization
-        || commandLine->application != schema->application)
-        return usageFailure(QStringLiteral("the schema is for %1/%2, not for %3/%4")
-                                .arg(schema->organization, schema->application,
-                                     commandLine->organization, commandLine->application));
-    QCoreApplication::setOrganizationName(schema->organization);
-    QCoreApplication::setApplicationName(schema->application);
-    return {};
-}
-
 } // namespace
 
-Failure check(const CommandLine &given)
+Failure check(const CommandLine &commandLine)
 {
-    if (!given.arguments.isEmpty())
+    if (!commandLine.arguments.isEmpty())
         return usageFailure(QStringLiteral("check takes no arguments"));
-    CommandLine commandLine = given;
+    CommandLine complete = commandLine;
     Schema::Schema schema;
-    if (!given.file.isEmpty()) {
-        if (const Failure failure = readSchemaOf(&commandLine, &schema))
+    if (!commandLine.file.isEmpty()) {
+        if (const Failure failure = readSchemaOf(&complete, &schema))
             return failure;
     }
     const int timeoutMs = commandLine.timeoutMs;
     ServiceState state = ServiceState::Absent;
     const Failure bus = checkBus(timeoutMs, &state);
     const Failure service = checkService(!bus, state, timeoutMs);
-    const Failure identity = checkIdentity(commandLine);
+    const Failure identity = checkIdentity(complete);
     for (const Failure &failure : {bus, service, identity}) {
         if (!failure)
             continue;

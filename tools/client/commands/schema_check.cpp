@@ -12,6 +12,7 @@
 
 #include <QtCore/QHash>
 
+#include <algorithm>
 #include <sysexits.h>
 
 namespace Tarnvel::Client {
@@ -66,6 +67,24 @@ JsonValue emptyList()
     return list;
 }
 
+// A service may keep the default of a deprecated setting although nobody has set it.
+void removeUnusedSettings(const Setting &object, bool isDeprecated, JsonValue *value)
+{
+    const auto isUnused = [&object, isDeprecated](Tools::JsonMember &member) {
+        const Setting *const setting = object.member(member.name);
+        if (!setting)
+            return false;
+        const bool isUnwanted = isDeprecated || !setting->deprecated.isNull();
+        if (setting->type != Schema::Type::Object)
+            return isUnwanted
+                && Schema::toJson(member.value) == Schema::toJson(setting->defaultValue);
+        removeUnusedSettings(*setting, isUnwanted, &member.value);
+        return isUnwanted && member.value.kind == JsonValue::Object && member.value.members.empty();
+    };
+    std::vector<Tools::JsonMember> &members = value->members;
+    members.erase(std::remove_if(members.begin(), members.end(), isUnused), members.end());
+}
+
 Problem wrongType(const Setting &setting, const QString &path, const QString &found)
 {
     return {
@@ -94,7 +113,9 @@ std::vector<Problem> problemsOf(const Schema::Schema &schema, const Reading &rea
 {
     SettingsByPath settings;
     addSettings(schema.root, QString(), &settings);
-    std::vector<Problem> problems = validate(schema.root, jsonOf(reading));
+    JsonValue configuration = jsonOf(reading);
+    removeUnusedSettings(schema.root, false, &configuration);
+    std::vector<Problem> problems = validate(schema.root, configuration);
     const Leaves leaves = leavesOf(QVariant::fromValue(reading.configuration));
     for (auto leaf = leaves.begin(); leaf != leaves.end(); ++leaf) {
         const Setting *const setting = settings.value(leaf.key());
