@@ -211,8 +211,8 @@ void readMembers(ObjectReader *object, Setting *setting, int level, Diagnostics 
     const JsonValue *const properties = object->require(QLatin1String("properties"));
     if (!properties)
         return;
-    // Each of its members is a setting, so that none is unknown.
-    ObjectReader(*properties, diagnostics);
+    if (properties->kind != JsonValue::Object)
+        Tools::addUnexpected(*properties, Tools::describe(JsonValue::Object), diagnostics);
     for (const JsonMember &member : properties->members)
         setting->members.push_back(readSetting(member, setting->path, level + 1, diagnostics));
 }
