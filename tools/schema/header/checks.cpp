@@ -1,0 +1,162 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "checks.h"
+
+#include "checks_text.h"
+#include "literals.h"
+#include "names.h"
+
+#include <algorithm>
+
+namespace Tarnvel::Schema {
+
+namespace {
+
+// Calls of Checks for what an integer or a string must be, beside its type.
+QStringList conditions(const Setting &setting, const QString &expression)
+{
+    const Scalar &scalar = setting.scalar;
+    const QString call = QStringLiteral("Checks::%1(%2, %3, why)");
+    const QString texts = QStringLiteral("Texts::%1()").arg(getterName(setting));
+    QStringList values;
+    for (const Tools::JsonValue &value : scalar.values)
+        values.append(toExpression(value.text.toInt()));
+    // The schema's other limits hold for each of the values.
+    if (!values.isEmpty())
+        return {call.arg(QStringLiteral("isOneOf"), expression,
+                         scalar.type == Type::String
+                             ? QStringLiteral("%1, %2").arg(texts).arg(values.size())
+                             : QStringLiteral("{%1}").arg(values.join(QLatin1String(", "))))};
+    const Scalar any;
+    const QString limits = QStringLiteral("%1, %2");
+    QStringList conditions;
+    if (scalar.minimum != any.minimum || scalar.maximum != any.maximum)
+        conditions.append(
+            call.arg(QStringLiteral("isInRange"), expression,
+                     limits.arg(toExpression(scalar.minimum), toExpression(scalar.maximum))));
+    if (scalar.minimumLength != any.minimumLength || scalar.maximumLength != any.maximumLength)
+        conditions.append(call.arg(
+            QStringLiteral("hasLength"), expression,
+            limits.arg(toExpression(scalar.minimumLength), toExpression(scalar.maximumLength))));
+    if (!scalar.pattern.isEmpty())
+        conditions.append(call.arg(QStringLiteral("doesMatch"), expression, texts));
+    return conditions;
+}
+
+bool hasItemLimits(const Setting &setting)
+{
+    const Setting any;
+    return setting.minimumItems != any.minimumItems || setting.maximumItems != any.maximumItems;
+}
+
+bool isAllowedByFunction(const Setting &setting)
+{
+    return !conditions(setting, {}).isEmpty() || hasItemLimits(setting);
+}
+
+bool hasTexts(const Setting &setting)
+{
+    const Scalar &scalar = setting.scalar;
+    return scalar.type == Type::String && (!scalar.values.empty() || !scalar.pattern.isEmpty());
+}
+
+bool hasPattern(const Setting &setting)
+{
+    return (hasTexts(setting) && setting.scalar.values.empty())
+        || std::any_of(setting.members.begin(), setting.members.end(), hasPattern);
+}
+
+void writeTexts(Code *code, const Setting &setting)
+{
+    QStringList texts;
+    for (const Tools::JsonValue &value : setting.scalar.values)
+        texts.append(QLatin1Char('u') + toLiteral(value.text));
+    code->blank();
+    if (texts.isEmpty()) {
+        code->open("static const QRegularExpression &%1()", getterName(setting));
+        code->line("static const QRegularExpression texts(%1);",
+                   toStringLiteral(setting.scalar.pattern));
+    } else {
+        code->open("static const char16_t *const *%1()", getterName(setting));
+        code->line("static const char16_t *const texts[] = {%1};", texts.join(QLatin1String(", ")));
+    }
+    code->line("return texts;");
+    code->close();
+}
+
+void writeListCheck(Code *code, const Setting &setting)
+{
+    const CppType type = cppType(setting);
+    const QStringList needed = conditions(setting, QStringLiteral("item"));
+    code->line("if (!Checks::%1(value, why))", QLatin1String(type.check));
+    code->line("    return false;");
+    code->line("const %1 list = %2;", QLatin1String(type.type), QLatin1String(type.read));
+    if (!needed.isEmpty()) {
+        const bool isText = setting.scalar.type == Type::String;
+        code->line(isText ? "for (const QString &item : list) {" : "for (const int item : list) {");
+        code->line("    if (!%1)", needed.join(QLatin1String(" || !")));
+        code->line("        return false;");
+        code->line("}");
+    }
+    if (!hasItemLimits(setting))
+        return code->line("return true;");
+    code->line("return Checks::hasSize(list.size(), %1, %2, why);",
+               toExpression(setting.minimumItems), toExpression(setting.maximumItems));
+}
+
+void writeCheck(Code *code, const Setting &setting)
+{
+    const CppType type = cppType(setting);
+    code->blank();
+    code->open("static bool %1(const QVariant &value, QString *why)", getterName(setting));
+    if (setting.type == Type::List) {
+        writeListCheck(code, setting);
+    } else {
+        code->line("return Checks::%1(value, why)", QLatin1String(type.check));
+        code->line("    && %1;",
+                   conditions(setting, QLatin1String(type.read)).join(QLatin1String(" && ")));
+    }
+    code->close();
+}
+
+// Writes the struct with what is written for each member that has it; none if no one has.
+void writeStruct(Code *code, const char *name, const Setting &object,
+                 bool (*has)(const Setting &setting),
+                 void (*write)(Code *code, const Setting &setting))
+{
+    if (std::none_of(object.members.begin(), object.members.end(), has))
+        return;
+    code->blank();
+    code->open("struct %1", QLatin1String(name));
+    for (const Setting &setting : object.members) {
+        if (has(setting))
+            write(code, setting);
+    }
+    code->close("};");
+}
+
+} // namespace
+
+void writeChecks(Code *code, const Setting &root)
+{
+    code->lines(checksText);
+    if (hasPattern(root))
+        code->lines(patternCheckText);
+    code->line("};");
+}
+
+void writeAllowed(Code *code, const Setting &object)
+{
+    writeStruct(code, "Texts", object, hasTexts, writeTexts);
+    writeStruct(code, "Allowed", object, isAllowedByFunction, writeCheck);
+}
+
+QString checkName(const Setting &setting)
+{
+    return isAllowedByFunction(setting)
+        ? QStringLiteral("Allowed::") + getterName(setting)
+        : QStringLiteral("Checks::") + QLatin1String(cppType(setting).check);
+}
+
+} // namespace Tarnvel::Schema
