@@ -21,6 +21,7 @@ const char description[] =
     "  docs SCHEMA                Write a document in Markdown, such as pandoc reads.\n"
     "  infer SCENARIO             Write a schema of the configuration in a scenario.\n"
     "  scenario SCHEMA            Write a scenario with the defaults, which names the schema.\n"
+    "  header SCHEMA --class NAME Write a C++ header with a class for the settings.\n"
     "\n"
     "The name - of a file to read stands for standard input. The exit status is 0 if all is\n"
     "well, 64 for a wrong command line, 65 if something in a file is invalid, 66 if a file\n"

@@ -32,6 +32,7 @@ constexpr Command commands[] = {
     {"docs", docs, 1},
     {"infer", infer, 1},
     {"scenario", scenario, 1},
+    {"header", header, 1},
 };
 
 Report run(const CommandLine &commandLine, QByteArray *output)

@@ -23,5 +23,6 @@ Report check(const CommandLine &commandLine, QByteArray *output);
 Report docs(const CommandLine &commandLine, QByteArray *output);
 Report infer(const CommandLine &commandLine, QByteArray *output);
 Report scenario(const CommandLine &commandLine, QByteArray *output);
+Report header(const CommandLine &commandLine, QByteArray *output);
 
 } // namespace Tarnvel::Schema
