@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
-#include <Tarnvel/ManagedConfiguration/Configuration>
-#include <Tarnvel/ManagedConfiguration/ConfigurationManager>
-#include <Tarnvel/ManagedConfiguration/Error>
+#include "viewersettings.h"
 
 #include <QtCore/QCoreApplication>
 #include <QtCore/QTextStream>
+#include <Tarnvel/ManagedConfiguration/ConfigurationManager>
+#include <Tarnvel/ManagedConfiguration/Error>
 
 #include <cstdlib>
 
@@ -14,16 +14,15 @@ using namespace Tarnvel::Application::ManagedConfiguration;
 
 namespace {
 
-void print(const Configuration &configuration)
+void print(const ViewerSettings &settings)
 {
-    const QStringList recentFiles = configuration.get("recentFiles").toStringList();
+    const bool isDark = settings.theme() == ViewerSettings::Theme::Dark;
     QTextStream out(stdout);
-    out << "  theme         " << configuration.get("theme").toString() << Qt::endl;
-    out << "  zoom          " << configuration.get("zoom").toInt() << " %" << Qt::endl;
-    out << "  recent files  " << recentFiles.join(", ") << Qt::endl;
-    out << "  first tool    " << configuration.getByXpath("window/toolbar/actions[0]").toString()
-        << Qt::endl;
-    out << "  proxy         " << configuration.getByXpath("network/proxy").toString() << Qt::endl;
+    out << "  theme         " << (isDark ? "dark" : "light") << Qt::endl;
+    out << "  zoom          " << settings.zoom() << " %" << Qt::endl;
+    out << "  recent files  " << settings.recentFiles().join(", ") << Qt::endl;
+    out << "  first tool    " << settings.window().toolbar().actions().value(0) << Qt::endl;
+    out << "  proxy         " << settings.network().proxy() << Qt::endl;
 }
 
 void print(const QString &request, const Error &error)
@@ -32,12 +31,12 @@ void print(const QString &request, const Error &error)
     QTextStream(stdout) << request << ": " << (error ? failure : "done") << Qt::endl;
 }
 
-void changeZoom()
+void changeZoom(const ViewerSettings &settings)
 {
-    Configuration change;
-    change.set("zoom", 125);
+    ViewerSettings::Change change(settings);
+    change.setZoom(125);
     ConfigurationManager::instance()->changeConfiguration(
-        change, [](const Error &error) { print("Changing the zoom", error); });
+        change.configuration(), [](const Error &error) { print("Changing the zoom", error); });
 }
 
 void start(const Configuration &configuration, const Error &error)
@@ -45,24 +44,23 @@ void start(const Configuration &configuration, const Error &error)
     print("Reading the configuration", error);
     if (error)
         return QCoreApplication::exit(EXIT_FAILURE);
-    print(configuration);
+    const ViewerSettings settings(configuration);
+    print(settings);
 
-    // To change a nested configuration, take it out, change it and put it back.
-    Configuration network = Configuration::fromVariant(configuration.get("network"));
-    network.set("proxy", "localhost:8080");
-    Configuration change;
-    change.set("network", QVariant::fromValue(network));
-    ConfigurationManager::instance()->changeConfiguration(change, [](const Error &changeError) {
+    ViewerSettings::Change change(settings);
+    change.network().setProxy("localhost:8080");
+    const auto proceed = [settings](const Error &changeError) {
         print("Changing the proxy", changeError);
-        changeZoom();
-    });
+        changeZoom(settings);
+    };
+    ConfigurationManager::instance()->changeConfiguration(change.configuration(), proceed);
 }
 
 void follow(const Configuration &configuration)
 {
     QTextStream(stdout) << "The configuration has changed" << Qt::endl;
     if (!configuration.isEmpty()) // It is also empty if it could not be read.
-        print(configuration);
+        print(ViewerSettings(configuration));
 }
 
 } // namespace
