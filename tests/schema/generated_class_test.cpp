@@ -113,11 +113,11 @@ void GeneratedClassTest::aValueThatIsNotAllowedReadsAsTheDefault_data()
         "theme: \"Light\" is not one of \"light\", \"dark\", \"two-pages\"; \"dark\" is used");
     add("theme", 0, 1, "theme: expected a string, found a number; \"dark\" is used");
     add("name", {}, "abc");
-    add("name", "a", "abc", "name: \"a\" has less than 2 characters; \"abc\" is used");
+    add("name", "a", "abc", "name: \"a\" has fewer than 2 characters; \"abc\" is used");
     add("name", "ab", "ab");
     add("name", "abcd", "abc", "name: \"abcd\" has more than 3 characters; \"abc\" is used");
     add("name", u8"\U0001f600", "abc",
-        u8"name: \"\U0001f600\" has less than 2 characters; \"abc\" is used");
+        u8"name: \"\U0001f600\" has fewer than 2 characters; \"abc\" is used");
     add("name", u8"\U0001f600\U0001f600\U0001f600", u8"\U0001f600\U0001f600\U0001f600");
     add("name", QString(QChar(0xde00)) + QChar(0xd83d), QString(QChar(0xde00)) + QChar(0xd83d));
     add("name", QString(QChar(0xd83d)) + 'a', QString(QChar(0xd83d)) + 'a');
@@ -133,7 +133,7 @@ void GeneratedClassTest::aValueThatIsNotAllowedReadsAsTheDefault_data()
     add("sizes", makeList<int>({1, 2, 3, 4}), makeList<int>({5, 6}),
         "sizes: the list has more than 3 items; [5, 6] is used");
     add("sizes", makeList<int>({}), makeList<int>({5, 6}),
-        "sizes: the list has less than 1 items; [5, 6] is used");
+        "sizes: the list has fewer than 1 items; [5, 6] is used");
     add("sizes", booleans, makeList<int>({5, 6}),
         "sizes: expected an integer, found a boolean; [5, 6] is used");
     add("sizes", 1, makeList<int>({5, 6}),

@@ -224,7 +224,7 @@ void SchemaFileTest::problemsOfValuesAreFound_data()
     row(R"({"least": -0, "sizes": [1, 3], "code": "``"})",
         {"27 2 sizes: 3 is not one of 1, 2", "39 2 code: \"``\" has more than 1 characters"});
     row(R"({"hosts": ["", "A", "a\nbcdefghi", 1]})",
-        {"11 2 hosts: \"\" has less than 1 characters", "15 2 hosts: \"A\" does not match [a-z]",
+        {"11 2 hosts: \"\" has fewer than 1 characters", "15 2 hosts: \"A\" does not match [a-z]",
          "20 2 hosts: \"a\\u000abcdefghi\" has more than 9 characters",
          "35 1 hosts: expected a string, found a number",
          "10 2 hosts: the list has more than 3 items"});

@@ -174,7 +174,7 @@ const char checksText[] =
             if (why)
                 *why = QStringLiteral("%1 has %2 than %3 characters")
                            .arg(quoted(text),
-                                length < minimum ? QStringLiteral("less") : QStringLiteral("more"),
+                                length < minimum ? QStringLiteral("fewer") : QStringLiteral("more"),
                                 QString::number(length < minimum ? minimum : maximum));
             return false;
         }
@@ -185,7 +185,7 @@ const char checksText[] =
                 return true;
             if (why)
                 *why = QStringLiteral("the list has %1 than %2 items")
-                           .arg(size < minimum ? QStringLiteral("less") : QStringLiteral("more"),
+                           .arg(size < minimum ? QStringLiteral("fewer") : QStringLiteral("more"),
                                 QString::number(size < minimum ? minimum : maximum));
             return false;
         }

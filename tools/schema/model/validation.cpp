@@ -78,7 +78,7 @@ QString invalidLength(const Scalar &scalar, const JsonValue &value)
 {
     const int length = value.text.toUcs4().size();
     if (length < scalar.minimumLength)
-        return QStringLiteral("%1 has less than %2 characters")
+        return QStringLiteral("%1 has fewer than %2 characters")
             .arg(shown(value))
             .arg(scalar.minimumLength);
     if (length > scalar.maximumLength)
@@ -103,7 +103,7 @@ void validateItems(const Setting &setting, const JsonValue &list, std::vector<Pr
     const auto size = static_cast<qint64>(list.items.size());
     if (size < setting.minimumItems)
         add(Problem::InvalidValue, list,
-            QStringLiteral("the list has less than %1 items").arg(setting.minimumItems));
+            QStringLiteral("the list has fewer than %1 items").arg(setting.minimumItems));
     if (size > setting.maximumItems)
         add(Problem::InvalidValue, list,
             QStringLiteral("the list has more than %1 items").arg(setting.maximumItems));
