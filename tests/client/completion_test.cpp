@@ -87,6 +87,18 @@ private Q_SLOTS:
         };
         for (const auto &[line, offered] : sandboxRows)
             QTest::newRow(line) << QString("managed-configuration-sandbox") + line << offered;
+
+        const QPair<const char *, const char *> schemaRows[] {
+            {" ", "check docs header infer scenario"},
+            {" -", "--application --class --help --output --version"},
+            {" header --c", "--class"},
+            {" header --class ", ""},
+            {" -o x d", "docs"},
+            {" docs /etc/passw", "/etc/passwd"},
+            {" docs -o /etc/passw", "/etc/passwd"},
+        };
+        for (const auto &[line, offered] : schemaRows)
+            QTest::newRow(line) << QString("managed-configuration-schema") + line << offered;
     }
 
     void argumentsAreCompleted()

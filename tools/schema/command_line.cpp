@@ -23,9 +23,10 @@ const char description[] =
     "  scenario SCHEMA            Write a scenario with the defaults, which names the schema.\n"
     "  header SCHEMA --class NAME Write a C++ header with a class for the settings.\n"
     "\n"
-    "The name - of a file to read stands for standard input. The exit status is 0 if all is\n"
-    "well, 64 for a wrong command line, 65 if something in a file is invalid, 66 if a file\n"
-    "cannot be read, and 73 if the output cannot be written.";
+    "The name - of a file to read stands for standard input.\n"
+    "\n"
+    "The exit status is 0 if all is well, 64 for a wrong command line, 65 if something in a\n"
+    "file is invalid, 66 if a file cannot be read, and 73 if the output cannot be written.";
 
 } // namespace
 
