@@ -28,11 +28,8 @@ struct Command
 };
 
 constexpr Command commands[] = {
-    {"check", check, 2},
-    {"docs", docs, 1},
-    {"infer", infer, 1},
-    {"scenario", scenario, 1},
-    {"header", header, 1},
+    {"check", check, 2},       {"docs", docs, 1},     {"infer", infer, 1},
+    {"scenario", scenario, 1}, {"header", header, 1},
 };
 
 Report run(const CommandLine &commandLine, QByteArray *output)
