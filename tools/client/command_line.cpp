@@ -3,11 +3,11 @@
 
 #include "command_line.h"
 
+#include "arguments.h"
 #include "endpoint.h"
 #include "text.h"
 #include "usage_failure.h"
 
-#include <QtCore/QCommandLineParser>
 #include <QtCore/QRegularExpression>
 
 namespace Tarnvel::Client {
@@ -126,22 +126,14 @@ Failure parseCommandLine(int count, const char *const *arguments, CommandLine *c
     const QCommandLineOption timeout(
         QStringLiteral("timeout"), QStringLiteral("How long to wait for a reply, from 0.1 to 20."),
         QStringLiteral("SECONDS"), QStringLiteral("20"));
-    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
-                                  QStringLiteral("Show this help."));
     QCommandLineParser parser;
     parser.setApplicationDescription(QLatin1String(description));
     parser.addOptions({organization, application, timeout});
     addCommandOptions(&parser);
-    parser.addOption(help);
-    const QCommandLineOption version = parser.addVersionOption();
     parser.addPositionalArgument(QStringLiteral("COMMAND"), QStringLiteral("What to do."),
                                  QStringLiteral("COMMAND [ARGUMENT...]"));
-    if (!parser.parse(decoded))
-        return usageFailure(parser.errorText());
-    if (parser.isSet(version))
-        parser.showVersion();
-    if (parser.isSet(help))
-        parser.showHelp();
+    if (const QString problem = Tools::parseArguments(decoded, &parser); !problem.isNull())
+        return usageFailure(problem);
 
     for (const QCommandLineOption &option : {organization, application}) {
         // A schema says what application it is for.

@@ -3,10 +3,9 @@
 
 #include "command_line.h"
 
+#include "arguments.h"
 #include "exit_status.h"
 #include "input_file.h"
-
-#include <QtCore/QCommandLineParser>
 
 namespace Tarnvel::Sandbox {
 
@@ -51,19 +50,11 @@ Tools::Failure parseCommandLine(const QStringList &arguments, Options *options)
     QCommandLineParser parser;
     parser.setApplicationDescription(QLatin1String(description));
     parser.setOptionsAfterPositionalArgumentsMode(QCommandLineParser::ParseAsPositionalArguments);
-    // addHelpOption() would also add --help-all, for Qt's own options.
-    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
-                                  QStringLiteral("Show this help."));
-    const QCommandLineOption version = parser.addVersionOption();
-    parser.addOptions({help, scenario, check, strict, format, log, expect, faults});
+    parser.addOptions({scenario, check, strict, format, log, expect, faults});
     parser.addPositionalArgument(QStringLiteral("COMMAND"), QStringLiteral("What to run."),
                                  QStringLiteral("[-- COMMAND ARGS...]"));
-    if (!parser.parse(arguments))
-        return usageFailure(parser.errorText());
-    if (parser.isSet(version))
-        parser.showVersion();
-    if (parser.isSet(help))
-        parser.showHelp();
+    if (const QString problem = Tools::parseArguments(arguments, &parser); !problem.isNull())
+        return usageFailure(problem);
     for (const QCommandLineOption &option : {scenario, check, log, expect}) {
         if (parser.values(option).contains(QString()))
             return usageFailure(QStringLiteral("\"--%1\" needs the name of a file")

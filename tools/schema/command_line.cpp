@@ -3,9 +3,8 @@
 
 #include "command_line.h"
 
+#include "arguments.h"
 #include "input_file.h"
-
-#include <QtCore/QCommandLineParser>
 
 #include <sysexits.h>
 
@@ -49,20 +48,12 @@ Tools::Failure parseCommandLine(const QStringList &arguments, CommandLine *comma
                                     QStringLiteral("FILE"));
     QCommandLineParser parser;
     parser.setApplicationDescription(QLatin1String(description));
-    // addHelpOption() would also add --help-all, for Qt's own options.
-    const QCommandLineOption help({QStringLiteral("h"), QStringLiteral("help")},
-                                  QStringLiteral("Show this help."));
-    const QCommandLineOption version = parser.addVersionOption();
-    parser.addOptions({help, className, application, output});
+    parser.addOptions({className, application, output});
     parser.addPositionalArgument(QStringLiteral("COMMAND"), QStringLiteral("What to do."));
     parser.addPositionalArgument(QStringLiteral("FILE"), QStringLiteral("The files to read."),
                                  QStringLiteral("FILE..."));
-    if (!parser.parse(arguments))
-        return usageFailure(parser.errorText());
-    if (parser.isSet(version))
-        parser.showVersion();
-    if (parser.isSet(help))
-        parser.showHelp();
+    if (const QString problem = Tools::parseArguments(arguments, &parser); !problem.isNull())
+        return usageFailure(problem);
     commandLine->files = parser.positionalArguments();
     if (commandLine->files.isEmpty())
         return usageFailure(QStringLiteral("the command is missing"));
