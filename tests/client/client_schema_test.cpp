@@ -79,7 +79,8 @@ private Q_SLOTS:
                 + correct,
             65);
         row("{'sizes': <@ai []>}", agreement, 0);
-        row("{'flags': <@ab []>}", "schema: flags: the list has less than 1 items\n" + correct, 65);
+        row("{'flags': <@ab []>}", "schema: flags: the list has fewer than 1 items\n" + correct,
+            65);
         row("{'flags': <@ai []>}",
             "schema: flags: expected a list of booleans, found D-Bus type ai (empty list)\n"
                 + correct,
