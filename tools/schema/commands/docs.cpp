@@ -3,6 +3,7 @@
 
 #include "commands.h"
 
+#include "facts.h"
 #include "schema_reader.h"
 #include "terminal.h"
 
@@ -58,38 +59,6 @@ QString paragraphs(const QString &text)
     return result;
 }
 
-QString typeName(const Setting &setting)
-{
-    static const QMap<QByteArray, QString> names {
-        {"i", QStringLiteral("integer")},
-        {"b", QStringLiteral("boolean")},
-        {"s", QStringLiteral("string")},
-        {"ai", QStringLiteral("list of integers")},
-        {"ab", QStringLiteral("list of booleans")},
-        {"as", QStringLiteral("list of strings")},
-    };
-    return names.value(dbusType(setting));
-}
-
-// Null if there is no limit.
-QString limits(qint32 minimum, qint32 maximum, qint32 lowest)
-{
-    const bool hasMaximum = maximum != std::numeric_limits<qint32>::max();
-    if (minimum != lowest && hasMaximum)
-        return QStringLiteral("%1 to %2").arg(minimum).arg(maximum);
-    if (minimum != lowest)
-        return QStringLiteral("at least %1").arg(minimum);
-    return hasMaximum ? QStringLiteral("at most %1").arg(maximum) : QString();
-}
-
-QString codes(const std::vector<Tools::JsonValue> &values)
-{
-    QStringList texts;
-    for (const Tools::JsonValue &value : values)
-        texts.append(code(toJson(value)));
-    return texts.join(QStringLiteral(", "));
-}
-
 // A line of the list of facts; nothing if there is no such fact.
 QString fact(const char *name, const QString &value)
 {
@@ -99,18 +68,15 @@ QString fact(const char *name, const QString &value)
 
 QString facts(const Setting &setting)
 {
-    const Scalar &scalar = setting.scalar;
-    const bool isList = setting.type == Type::List;
-    return fact("Type", typeName(setting)) + fact("Default", code(toJson(setting.defaultValue)))
-        + fact("Number of items", limits(setting.minimumItems, setting.maximumItems, 0))
-        + fact(isList ? "Allowed items" : "Allowed values", codes(scalar.values))
-        + fact(isList ? "Range of items" : "Range",
-               limits(scalar.minimum, scalar.maximum, std::numeric_limits<qint32>::min()))
-        + fact(isList ? "Length of items in characters" : "Length in characters",
-               limits(scalar.minimumLength, scalar.maximumLength, 0))
-        + fact(isList ? "Items contain a match of" : "Contains a match of",
-               scalar.pattern.isEmpty() ? QString() : code(scalar.pattern))
-        + fact("Examples", codes(setting.examples));
+    QString list;
+    const QVector<Fact> all = factsOf(setting);
+    for (const Fact &one : all) {
+        QStringList values;
+        for (const QString &value : one.values)
+            values.append(one.isCode ? code(value) : value);
+        list += fact(one.name, values.join(QStringLiteral(", ")));
+    }
+    return list;
 }
 
 QString section(const Setting &setting)
@@ -119,7 +85,7 @@ QString section(const Setting &setting)
     if (!setting.title.simplified().isEmpty())
         text += QStringLiteral("**%1**\n\n").arg(plain(setting.title));
     text += paragraphs(setting.description);
-    QString list = setting.type == Type::Object ? QString() : facts(setting);
+    QString list = facts(setting);
     if (setting.needsRestart)
         list += QStringLiteral("- A new value takes effect when the application is restarted.\n");
     list += fact("Deprecated", plain(setting.deprecated));
