@@ -3,6 +3,7 @@
 
 #include "change_writer.h"
 
+#include "checks.h"
 #include "literals.h"
 #include "names.h"
 
@@ -40,8 +41,7 @@ void writeSetter(Code *code, const Setting &setting)
     QString stored = QStringLiteral("value");
     if (isEnumeration(setting)) {
         parameter = typeName(setting) + QLatin1Char(' ');
-        stored = QStringLiteral("QString::fromUtf16(Texts::%1()[static_cast<int>(value)])")
-                     .arg(name);
+        stored = constantName(setting) + QLatin1String(".at(static_cast<int>(value))");
     } else if (setting.type == Type::List) {
         stored = QStringLiteral("QVariant::fromValue(value)");
     }

@@ -18,16 +18,10 @@ QStringList conditions(const Setting &setting, const QString &expression)
 {
     const Scalar &scalar = setting.scalar;
     const QString call = QStringLiteral("Checks::%1(%2, %3, why)");
-    const QString texts = QStringLiteral("Texts::%1()").arg(getterName(setting));
-    QStringList values;
-    for (const Tools::JsonValue &value : scalar.values)
-        values.append(toExpression(value.text.toInt()));
+    const QString constant = constantName(setting);
     // The schema's other limits hold for each of the values.
-    if (!values.isEmpty())
-        return {call.arg(QStringLiteral("isOneOf"), expression,
-                         scalar.type == Type::String
-                             ? QStringLiteral("%1, %2").arg(texts).arg(values.size())
-                             : QStringLiteral("{%1}").arg(values.join(QLatin1String(", "))))};
+    if (!scalar.values.empty())
+        return {call.arg(QStringLiteral("isOneOf"), expression, constant)};
     const Scalar any;
     const QString limits = QStringLiteral("%1, %2");
     QStringList conditions;
@@ -40,7 +34,7 @@ QStringList conditions(const Setting &setting, const QString &expression)
             QStringLiteral("hasLength"), expression,
             limits.arg(toExpression(scalar.minimumLength), toExpression(scalar.maximumLength))));
     if (!scalar.pattern.isEmpty())
-        conditions.append(call.arg(QStringLiteral("doesMatch"), expression, texts));
+        conditions.append(call.arg(QStringLiteral("doesMatch"), expression, constant));
     return conditions;
 }
 
@@ -55,33 +49,23 @@ bool isAllowedByFunction(const Setting &setting)
     return !conditions(setting, {}).isEmpty() || hasItemLimits(setting);
 }
 
-bool hasTexts(const Setting &setting)
+bool hasConstant(const Setting &setting)
+{
+    return !setting.scalar.values.empty() || !setting.scalar.pattern.isEmpty();
+}
+
+void writeConstant(Code *code, const Setting &setting)
 {
     const Scalar &scalar = setting.scalar;
-    return scalar.type == Type::String && (!scalar.values.empty() || !scalar.pattern.isEmpty());
-}
-
-bool hasPattern(const Setting &setting)
-{
-    return (hasTexts(setting) && setting.scalar.values.empty())
-        || std::any_of(setting.members.begin(), setting.members.end(), hasPattern);
-}
-
-void writeTexts(Code *code, const Setting &setting)
-{
-    QStringList texts;
-    for (const Tools::JsonValue &value : setting.scalar.values)
-        texts.append(QLatin1Char('u') + toLiteral(value.text));
+    const char *const type = scalar.values.empty() ? "QRegularExpression"
+        : scalar.type == Type::String              ? "QStringList"
+                                                   : "QList<int>";
     code->blank();
-    if (texts.isEmpty()) {
-        code->open("static const QRegularExpression &%1()", getterName(setting));
-        code->line("static const QRegularExpression texts(%1);",
-                   toStringLiteral(setting.scalar.pattern));
-    } else {
-        code->open("static const char16_t *const *%1()", getterName(setting));
-        code->line("static const char16_t *const texts[] = {%1};", texts.join(QLatin1String(", ")));
-    }
-    code->line("return texts;");
+    code->open("static const %1 &%2()", QLatin1String(type), getterName(setting));
+    code->line("static const %1 constant {%2};", QLatin1String(type),
+               scalar.values.empty() ? toStringLiteral(scalar.pattern)
+                                     : toExpressions(scalar.type, scalar.values));
+    code->line("return constant;");
     code->close();
 }
 
@@ -138,18 +122,27 @@ void writeStruct(Code *code, const char *name, const Setting &object,
 
 } // namespace
 
-void writeChecks(Code *code, const Setting &root)
+void writeChecks(Code *code)
 {
-    code->lines(checksText);
-    if (hasPattern(root))
-        code->lines(patternCheckText);
-    code->line("};");
+    for (const char *const file : checksTexts) {
+        const QString text = QString::fromUtf8(file);
+        // Without the includes and the namespace.
+        const int begin = text.indexOf(QLatin1String("// Whether "));
+        const int end = text.indexOf(QLatin1String("\n} // namespace"));
+        code->blank();
+        code->lines(text.mid(begin, end - begin));
+    }
 }
 
 void writeAllowed(Code *code, const Setting &object)
 {
-    writeStruct(code, "Texts", object, hasTexts, writeTexts);
+    writeStruct(code, "Constants", object, hasConstant, writeConstant);
     writeStruct(code, "Allowed", object, isAllowedByFunction, writeCheck);
+}
+
+QString constantName(const Setting &setting)
+{
+    return QStringLiteral("Constants::%1()").arg(getterName(setting));
 }
 
 QString checkName(const Setting &setting)

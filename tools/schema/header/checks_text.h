@@ -5,10 +5,7 @@
 
 namespace Tarnvel::Schema {
 
-/*! \brief The struct Checks up to its closing brace, in lines for the body of a class. */
-extern const char checksText[];
-
-/*! \brief Another function in it, for patterns. */
-extern const char patternCheckText[];
+/*! \brief The text of value_checks.h and entry_checks.h. */
+extern const char *const checksTexts[2];
 
 } // namespace Tarnvel::Schema

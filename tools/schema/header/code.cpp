@@ -26,9 +26,15 @@ QStringList wrapped(const QString &paragraph)
 
 } // namespace
 
-void Code::lines(const char *text)
+void Code::lines(const QString &text)
 {
-    m_text += QLatin1String(text);
+    const QStringList lines = text.split(QLatin1Char('\n'));
+    for (const QString &line : lines) {
+        if (line.isEmpty())
+            blank();
+        else
+            addLine(line);
+    }
 }
 
 void Code::addLine(const QString &text)

@@ -17,8 +17,8 @@ public:
         return m_text;
     }
 
-    /*! \brief Adds lines as they are. */
-    void lines(const char *text);
+    /*! \brief Adds indented lines. */
+    void lines(const QString &text);
 
     /*! \brief Adds an indented line, with \a texts for %1, %2 and so on. */
     template<typename... Texts>

@@ -8,6 +8,7 @@
 #include "comments.h"
 #include "literals.h"
 #include "names.h"
+#include "terminal.h"
 
 #include <algorithm>
 
@@ -55,8 +56,8 @@ void writeGetter(Code *code, const Setting &setting)
     QString read = QLatin1String(cppType(setting).read);
     if (isEnumeration(setting)) {
         type = typeName(setting);
-        read = QStringLiteral("static_cast<%1>(Checks::indexOf(%2, Texts::%3(), %4))")
-                   .arg(type, read, name, QString::number(setting.scalar.values.size()));
+        read = QStringLiteral("static_cast<%1>(%2.indexOf(%3))")
+                   .arg(type, constantName(setting), read);
     }
     code->open("%1 %2() const", type, name);
     code->line("const QVariant value = m_configuration.get(%1);", key);
@@ -79,8 +80,9 @@ void writeProblems(Code *code, const Setting &object)
                                       : toJson(setting.defaultValue) + QLatin1String(" is used");
         code->line("Checks::addProblem(m_configuration.get(%1), %2,", toStringLiteral(setting.key),
                    checkName(setting));
-        code->line("                   %1, %2, &problems);", toStringLiteral(setting.path),
-                   toStringLiteral(used));
+        code->line("                   %1, %2, &problems);",
+                   toLiteral(Tools::shownOnOneLine(setting.path)),
+                   toLiteral(Tools::shownOnOneLine(used)));
         if (isObject)
             code->line("problems += this->%1().problems();", getterName(setting));
     }
@@ -136,7 +138,7 @@ void writeClass(Code *code, const Setting &object, const QString &className)
     writeChange(code, object, className);
     code->label("private:");
     if (!isNested)
-        writeChecks(code, object);
+        writeChecks(code);
     writeAllowed(code, object);
     code->blank();
     code->line("Configuration m_configuration;");
@@ -160,8 +162,6 @@ QString writeHeader(const Schema &schema, const QString &className, const QStrin
          {"QList", "QRegularExpression", "QString", "QStringList", "QVariant"})
         code.line("#include <QtCore/%1>", QLatin1String(header));
     code.line("#include <Tarnvel/ManagedConfiguration/Configuration>");
-    code.blank();
-    code.line("#include <initializer_list>");
     code.comment({
         QStringLiteral("\\brief ") + escapedForComment(title),
         escapedForComment(root.description),

@@ -75,18 +75,24 @@ QString toExpression(qint32 number)
                                                         : QString::number(number);
 }
 
+QString toExpressions(Type type, const std::vector<JsonValue> &values)
+{
+    QStringList expressions;
+    for (const JsonValue &value : values)
+        expressions.append(scalarExpression(type, value));
+    return expressions.join(QLatin1String(", "));
+}
+
 QString toExpression(const Setting &setting, const JsonValue &value)
 {
     if (setting.type != Type::List)
         return scalarExpression(setting.type, value);
-    QStringList items;
-    for (const JsonValue &item : value.items)
-        items.append(scalarExpression(setting.scalar.type, item));
+    const QString items = toExpressions(setting.scalar.type, value.items);
     const QString type = setting.scalar.type == Type::String ? QStringLiteral("QStringList")
         : setting.scalar.type == Type::Integer               ? QStringLiteral("QList<int>")
                                                              : QStringLiteral("QList<bool>");
     return items.isEmpty() ? type + QStringLiteral("()")
-                           : QStringLiteral("%1 {%2}").arg(type, items.join(QLatin1String(", ")));
+                           : QStringLiteral("%1 {%2}").arg(type, items);
 }
 
 } // namespace Tarnvel::Schema

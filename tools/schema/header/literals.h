@@ -30,6 +30,9 @@ QString toStringLiteral(const QString &text);
  */
 QString toExpression(qint32 number);
 
+/*! \brief Expressions for integers, booleans or strings, with commas between them. */
+QString toExpressions(Type type, const std::vector<Tools::JsonValue> &values);
+
 /*! \brief An expression for the value \a value of \a setting, neither an enumeration nor an object.
  */
 QString toExpression(const Setting &setting, const Tools::JsonValue &value);

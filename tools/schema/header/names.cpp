@@ -34,8 +34,8 @@ const char macros[] =
     "strdupa strndupa timeradd timerclear timercmp timerisset timersub unix";
 
 // What each generated class has or uses.
-const char members[] = "Allowed Change Checks Configuration Qt Tarnvel Texts changedFrom "
-                       "configuration isChanged problems std";
+const char members[] = "Allowed Change Checks Configuration Constants Qt Tarnvel ValueChecks "
+                       "changedFrom configuration isChanged problems std";
 
 QSet<QString> words(const char *text)
 {

@@ -5,6 +5,7 @@
 
 #include "similar_text.h"
 #include "terminal.h"
+#include "value_checks.h"
 
 #include <QtCore/QStringList>
 
@@ -45,14 +46,6 @@ bool hasType(Type type, const JsonValue &value)
     return false;
 }
 
-bool areEqual(const JsonValue &left, const JsonValue &right)
-{
-    if (left.kind != right.kind)
-        return false;
-    return left.kind == JsonValue::Number ? left.text.toInt() == right.text.toInt()
-                                          : left.text == right.text;
-}
-
 QString wrongType(Type type, const JsonValue &value)
 {
     const QString found = value.kind == JsonValue::Number && !isInt32(value)
@@ -61,31 +54,28 @@ QString wrongType(Type type, const JsonValue &value)
     return QStringLiteral("expected %1, found %2").arg(describe(type), found);
 }
 
-QString shown(const JsonValue &value)
+QString invalidNumber(const Scalar &scalar, int number)
 {
-    return value.kind == JsonValue::String ? Tools::quotedExcerpt(value.text) : toJson(value);
+    QString why;
+    QList<int> values;
+    for (const JsonValue &value : scalar.values)
+        values.append(value.text.toInt());
+    if (values.isEmpty() || ValueChecks::isOneOf(number, values, &why))
+        ValueChecks::isInRange(number, scalar.minimum, scalar.maximum, &why);
+    return why;
 }
 
-QString listOf(const std::vector<JsonValue> &values)
+QString invalidText(const Scalar &scalar, const QString &text)
 {
-    QStringList texts;
-    for (const JsonValue &value : values)
-        texts.append(shown(value));
-    return texts.join(QLatin1String(", "));
-}
-
-QString invalidLength(const Scalar &scalar, const JsonValue &value)
-{
-    const int length = value.text.toUcs4().size();
-    if (length < scalar.minimumLength)
-        return QStringLiteral("%1 has fewer than %2 characters")
-            .arg(shown(value))
-            .arg(scalar.minimumLength);
-    if (length > scalar.maximumLength)
-        return QStringLiteral("%1 has more than %2 characters")
-            .arg(shown(value))
-            .arg(scalar.maximumLength);
-    return {};
+    QString why;
+    QStringList values;
+    for (const JsonValue &value : scalar.values)
+        values.append(value.text);
+    const bool isAllowed = (values.isEmpty() || ValueChecks::isOneOf(text, values, &why))
+        && ValueChecks::hasLength(text, scalar.minimumLength, scalar.maximumLength, &why);
+    if (isAllowed && !scalar.pattern.isEmpty())
+        ValueChecks::doesMatch(text, QRegularExpression(scalar.pattern), &why);
+    return why;
 }
 
 // Adds at most one problem for each item.
@@ -100,13 +90,10 @@ void validateItems(const Setting &setting, const JsonValue &list, std::vector<Pr
         else if (const QString reason = invalidReason(setting.scalar, item); !reason.isNull())
             add(Problem::InvalidValue, item, reason);
     }
-    const auto size = static_cast<qint64>(list.items.size());
-    if (size < setting.minimumItems)
-        add(Problem::InvalidValue, list,
-            QStringLiteral("the list has fewer than %1 items").arg(setting.minimumItems));
-    if (size > setting.maximumItems)
-        add(Problem::InvalidValue, list,
-            QStringLiteral("the list has more than %1 items").arg(setting.maximumItems));
+    QString why;
+    if (!ValueChecks::hasSize(static_cast<qint64>(list.items.size()), setting.minimumItems,
+                              setting.maximumItems, &why))
+        add(Problem::InvalidValue, list, why);
 }
 
 void validateValue(const Setting &setting, const JsonValue &value, std::vector<Problem> *problems);
@@ -165,24 +152,10 @@ std::vector<Problem> validate(const Setting &setting, const JsonValue &value)
 
 QString invalidReason(const Scalar &scalar, const JsonValue &value)
 {
-    const auto isValue = [&value](const JsonValue &one) { return areEqual(one, value); };
-    if (!scalar.values.empty() && std::none_of(scalar.values.begin(), scalar.values.end(), isValue))
-        return QStringLiteral("%1 is not one of %2").arg(shown(value), listOf(scalar.values));
-    if (scalar.type == Type::Integer) {
-        const int number = value.text.toInt();
-        if (number < scalar.minimum)
-            return QStringLiteral("%1 is below %2").arg(number).arg(scalar.minimum);
-        if (number > scalar.maximum)
-            return QStringLiteral("%1 is above %2").arg(number).arg(scalar.maximum);
-    }
-    if (scalar.type != Type::String)
+    if (scalar.type == Type::Boolean)
         return {};
-    if (const QString reason = invalidLength(scalar, value); !reason.isNull())
-        return reason;
-    const bool matches = scalar.pattern.isNull()
-        || QRegularExpression(scalar.pattern).match(value.text).hasMatch();
-    return matches ? QString()
-                   : QStringLiteral("%1 does not match %2").arg(shown(value), scalar.pattern);
+    return scalar.type == Type::Integer ? invalidNumber(scalar, value.text.toInt())
+                                        : invalidText(scalar, value.text);
 }
 
 QString describe(Type type)
