@@ -14,7 +14,11 @@ from pathlib import Path
 BUILD = Path("build/benchmark/benchmarks")
 BUILD_FOR_QT6 = Path("build/benchmark-qt6/benchmarks")
 DESCRIPTION = re.compile(r"^desc: Trigger: Client Request: (\S+)/(\d+)$", re.MULTILINE)
-PROGRAMS = ("count_instructions", "count_sandbox_instructions")
+PROGRAMS = (
+    "count_instructions",
+    "count_getter_instructions",
+    "count_sandbox_instructions",
+)
 OBJECT = re.compile(r"(c?)ob=\((\d+)\)(?: (.*))?$")
 COST = re.compile(r"[\d+*-]\S* (\d+)$")
 
