@@ -32,7 +32,8 @@ QByteArray schemaOf(const QByteArray &settings)
 QStringList textsOf(const Diagnostics &diagnostics)
 {
     QStringList texts;
-    for (const Diagnostic &one : diagnostics.all())
+    const QVector<Diagnostic> all = diagnostics.all();
+    for (const Diagnostic &one : all)
         texts << QString("%1:%2: %3").arg(one.line).arg(one.column).arg(one.message)
                 + (one.hint.isEmpty() ? QString() : " | " + one.hint);
     return texts;

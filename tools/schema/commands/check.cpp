@@ -51,7 +51,8 @@ Report check(const CommandLine &commandLine, QByteArray *)
     Report report = readSchema(commandLine.files.constFirst(), &schema);
     if (!report.isEmpty())
         return report;
-    for (const QString &file : commandLine.files.mid(1))
+    const QStringList scenarios = commandLine.files.mid(1);
+    for (const QString &file : scenarios)
         report += checkScenario(schema, file);
     return report;
 }

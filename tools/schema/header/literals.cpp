@@ -66,7 +66,9 @@ QString toLiteral(const QString &text)
 
 QString toStringLiteral(const QString &text)
 {
-    return QStringLiteral("QStringLiteral(%1)").arg(toLiteral(text));
+    const auto form = text.isEmpty() ? QLatin1String("QLatin1String(%1)")
+                                     : QLatin1String("QStringLiteral(%1)");
+    return QString(form).arg(toLiteral(text));
 }
 
 QString toExpression(qint32 number)

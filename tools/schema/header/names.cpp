@@ -70,9 +70,11 @@ QString identifierProblem(const QString &name)
     return {};
 }
 
-QString capitalized(const QString &name)
+QString capitalized(QString name)
 {
-    return name.left(1).toUpper() + name.mid(1);
+    if (!name.isEmpty())
+        name[0] = name.at(0).toUpper();
+    return name;
 }
 
 // "two-pages" becomes "TwoPages", and "PDF" becomes "Pdf".
@@ -130,7 +132,9 @@ public:
     Setting renamed(Setting setting)
     {
         const QString words = joinedWords(setting.key);
-        setting.name = words.left(1).toLower() + words.mid(1);
+        setting.name = words;
+        if (!words.isEmpty())
+            setting.name[0] = words.at(0).toLower();
         for (int count = ++m_renamed; !problem(setting).isNull(); ++count)
             setting.name = QStringLiteral("setting%1%2").arg(words).arg(count);
         return setting;
