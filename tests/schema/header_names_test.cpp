@@ -158,7 +158,7 @@ void HeaderNamesTest::theNameOfTheClassIsChecked_data()
     QTest::addColumn<QString>("name");
     QTest::addColumn<QString>("problem");
     QTest::newRow("none") << ""
-                          << "the option --class is missing";
+                          << "\"--class\" needs a value";
     const QString prefix = "\"%1\" cannot be the name of a class: ";
     QTest::newRow("namespace") << "a::B" << prefix + "it is not an identifier";
     QTest::newRow("injection") << "A {};" << prefix + "it is not an identifier";

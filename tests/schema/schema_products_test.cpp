@@ -62,6 +62,7 @@ private Q_SLOTS:
     void aSchemaIsInferred();
     void whatCannotBeInferredIsRefused_data();
     void whatCannotBeInferredIsRefused();
+    void theOutputCanBeAPipe();
     void commandsAreCheckedForMisuse_data();
     void commandsAreCheckedForMisuse();
 
@@ -176,10 +177,10 @@ void SchemaProductsTest::aSchemaIsInferred_data()
         R"({"a":{"type":"integer","default":5},"b":{"type":"string","default":"x"},)"
         R"("c":{"type":"array","items":{"type":"integer"},"default":[1,2]},)"
         R"("d":{"type":"boolean","default":true}})",
-        "3:18: a: left out: 5 is above 4\n"
-        "3:39: b: left out: a schema cannot restrict this setting so\n"
-        "3:49: c: left out: 2 is not one of 1\n"
-        "3:59: d: left out: a schema cannot restrict this setting so\n");
+        "3:18: warning: a: left out: 5 is above 4\n"
+        "3:39: warning: b: left out: a schema cannot restrict this setting so\n"
+        "3:49: warning: c: left out: 2 is not one of 1\n"
+        "3:59: warning: d: left out: a schema cannot restrict this setting so\n");
     row("faults",
         R"("configuration": {"a": 1, "c": []}, "faults": [
             {"fault": "replace", "time": 1, "configuration": {"b": true, "a": 9, "c": [1]}},
@@ -187,7 +188,7 @@ void SchemaProductsTest::aSchemaIsInferred_data()
         R"({"a":{"type":"integer","default":1},)"
         R"("c":{"type":"array","items":{"type":"integer"},"default":[]},)"
         R"("b":{"type":"boolean","default":true}})",
-        "4:65: a: left out: 9 is above 8\n");
+        "4:65: warning: a: left out: 9 is above 8\n");
 }
 
 void SchemaProductsTest::aSchemaIsInferred()
@@ -241,6 +242,13 @@ void SchemaProductsTest::whatCannotBeInferredIsRefused()
     QCOMPARE(outcome.status, 65);
 }
 
+void SchemaProductsTest::theOutputCanBeAPipe()
+{
+    const QString expected = textOf(run({"docs", everyKeyword}));
+    QCOMPARE(textOf(run({"docs", everyKeyword, "-o", "/dev/stdout"})), expected);
+    QCOMPARE(textOf(run({"docs", everyKeyword, "-o", "-"})), expected);
+}
+
 void SchemaProductsTest::commandsAreCheckedForMisuse_data()
 {
     QTest::addColumn<QStringList>("arguments");
@@ -270,6 +278,21 @@ void SchemaProductsTest::commandsAreCheckedForMisuse_data()
     QTest::newRow("output that cannot be written")
         << QStringList {"docs", everyKeyword, "-o", "NONE/x"}
         << "73: NONE/x: No such file or directory\n";
+    QTest::newRow("header without a class")
+        << QStringList {"header", everyKeyword} << "64: the option --class is missing\n" + help;
+    QTest::newRow("output that is a directory")
+        << QStringList {"docs", everyKeyword, "-o", m_directory.path()}
+        << QString("73: %1: Is a directory\n").arg(m_directory.path());
+    QTest::newRow("output without a name") << QStringList {"docs", everyKeyword, "-o", ""}
+                                           << "64: \"--output\" needs a value\n" + help;
+    QTest::newRow("output over what is read") << QStringList {"docs", "BROKEN", "-o", "BROKEN"}
+                                              << "64: the output would replace BROKEN\n" + help;
+    QTest::newRow("option of another command")
+        << QStringList {"check", everyKeyword, "EMPTY", "-o", "x"}
+        << "64: \"--output\" is not an option of \"check\"\n" + help;
+    QTest::newRow("several failures")
+        << QStringList {"check", everyKeyword, "NONE", "BROKEN"}
+        << "66: NONE: No such file or directory\nBROKEN:1:2: unexpected end of the file\n";
 }
 
 void SchemaProductsTest::commandsAreCheckedForMisuse()

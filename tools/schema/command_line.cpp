@@ -17,15 +17,16 @@ const char description[] =
     "\n"
     "Commands:\n"
     "  check SCHEMA SCENARIO...   Check the configurations in scenarios.\n"
-    "  docs SCHEMA                Write a document in Markdown, such as pandoc reads.\n"
+    "  docs SCHEMA                Write a document in Markdown, for pandoc.\n"
     "  infer SCENARIO             Write a schema of the configuration in a scenario.\n"
     "  scenario SCHEMA            Write a scenario with the defaults, which names the schema.\n"
     "  header SCHEMA --class NAME Write a C++ header with a class for the settings.\n"
     "\n"
-    "The name - of a file to read stands for standard input.\n"
+    "The file name - stands for standard input, or for standard output.\n"
     "\n"
     "The exit status is 0 if all is well, 64 for a wrong command line, 65 if something in a\n"
-    "file is invalid, 66 if a file cannot be read, and 73 if the output cannot be written.";
+    "file is invalid, 66 if a file cannot be read, and 73 if the output cannot be written.\n"
+    "The highest one counts.";
 
 } // namespace
 
@@ -44,7 +45,7 @@ Tools::Failure parseCommandLine(const QStringList &arguments, CommandLine *comma
         QStringLiteral("The application in the scenario, such as acme/viewer."),
         QStringLiteral("NAME"));
     const QCommandLineOption output({QStringLiteral("o"), QStringLiteral("output")},
-                                    QStringLiteral("The file to write, not standard output."),
+                                    QStringLiteral("Write to this file, not to standard output."),
                                     QStringLiteral("FILE"));
     QCommandLineParser parser;
     parser.setApplicationDescription(QLatin1String(description));
@@ -63,6 +64,16 @@ Tools::Failure parseCommandLine(const QStringList &arguments, CommandLine *comma
     commandLine->className = parser.value(className);
     commandLine->application = parser.value(application);
     commandLine->outputFile = parser.value(output);
+    for (const QCommandLineOption &option : {className, application, output}) {
+        if (!parser.isSet(option))
+            continue;
+        commandLine->options.append(option.names().constLast());
+        if (parser.value(option).isEmpty())
+            return usageFailure(
+                QStringLiteral("\"--%1\" needs a value").arg(option.names().constLast()));
+    }
+    if (commandLine->outputFile == QLatin1String(Tools::standardInputName))
+        commandLine->outputFile.clear();
     return {};
 }
 

@@ -17,6 +17,8 @@ struct CommandLine
     QString command;
     /*! The files after it. */
     QStringList files;
+    /*! The long names of the options. */
+    QStringList options;
     /*! The name of the class to generate. */
     QString className;
     /*! The application in a scenario: "acme/viewer"; empty for the only one. */

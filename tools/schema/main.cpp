@@ -7,8 +7,10 @@
 #include "terminal.h"
 
 #include <QtCore/QCoreApplication>
+#include <QtCore/QFileInfo>
 #include <QtCore/QSaveFile>
 
+#include <algorithm>
 #include <cstdlib>
 #include <sysexits.h>
 
@@ -25,12 +27,33 @@ struct Command
     Report (*run)(const CommandLine &commandLine, QByteArray *output);
     /*! The number of files, or the least number if there can be more. */
     int files;
+    /*! The options that it has, beside those of all commands. */
+    const char *options;
 };
 
 constexpr Command commands[] = {
-    {"check", check, 2},       {"docs", docs, 1},     {"infer", infer, 1},
-    {"scenario", scenario, 1}, {"header", header, 1},
+    {"check", check, 2, ""},
+    {"docs", docs, 1, "output"},
+    {"infer", infer, 1, "application output"},
+    {"scenario", scenario, 1, "output"},
+    {"header", header, 1, "class output"},
 };
+
+Failure checkOptions(const Command &command, const CommandLine &commandLine)
+{
+    const QStringList known = QString::fromLatin1(command.options).split(QLatin1Char(' '));
+    for (const QString &option : commandLine.options) {
+        if (!known.contains(option))
+            return usageFailure(QStringLiteral("\"--%1\" is not an option of \"%2\"")
+                                    .arg(option, commandLine.command));
+    }
+    const QFileInfo output(commandLine.outputFile);
+    for (const QString &file : commandLine.files) {
+        if (output.isFile() && output == QFileInfo(file))
+            return usageFailure(QStringLiteral("the output would replace ") + file);
+    }
+    return {};
+}
 
 Report run(const CommandLine &commandLine, QByteArray *output)
 {
@@ -44,38 +67,44 @@ Report run(const CommandLine &commandLine, QByteArray *output)
                                      .arg(commandLine.command,
                                           canHaveMore ? QStringLiteral("a schema and scenarios")
                                                       : QStringLiteral("one file")))};
+        if (const Failure failure = checkOptions(command, commandLine))
+            return {failure};
         return command.run(commandLine, output);
     }
     return {usageFailure(QStringLiteral("there is no command \"%1\"").arg(commandLine.command))};
 }
 
-// A file that exists stays as it is if the new one cannot be written whole.
 Failure write(const QString &fileName, const QByteArray &output)
 {
-    if (fileName.isEmpty()) {
-        const bool isWritten = std::fwrite(output.constData(), 1,
-                                           static_cast<std::size_t>(output.size()), stdout)
-            == static_cast<std::size_t>(output.size());
-        if (isWritten && std::fflush(stdout) == 0)
-            return {};
-        return {EX_CANTCREAT, qt_error_string(errno), {}, QStringLiteral("standard output")};
-    }
+    // A file stays as it is if the new one cannot be written whole. A device or a pipe is not
+    // replaced.
+    const QFileInfo existing(fileName);
+    const bool isReplaced = !fileName.isEmpty() && (!existing.exists() || existing.isFile());
     QSaveFile file(fileName);
-    if (file.open(QIODevice::WriteOnly) && file.write(output) == output.size() && file.commit())
+    QFile stream(fileName);
+    QFileDevice *const written = isReplaced ? static_cast<QFileDevice *>(&file) : &stream;
+    const bool isOpen = fileName.isEmpty() ? stream.open(stdout, QIODevice::WriteOnly)
+                                           : written->open(QIODevice::WriteOnly);
+    if (isOpen && written->write(output) == output.size()
+        && (isReplaced ? file.commit() : stream.flush()))
         return {};
-    return {EX_CANTCREAT, file.errorString(), {}, fileName};
+    return {EX_CANTCREAT,
+            written->errorString(),
+            {},
+            fileName.isEmpty() ? QStringLiteral("standard output") : fileName};
 }
 
 int report(const Report &report)
 {
     int status = EXIT_SUCCESS;
-    for (const Failure &failure : report) {
+    for (Failure failure : report) {
+        if (!failure)
+            failure.message.prepend(QLatin1String("warning: "));
         printLine(stderr, Tarnvel::Tools::shownOnOneLine(failure.text()),
                   failure ? Style::Bad : Style::News);
         if (!failure.hint.isEmpty())
             printLine(stderr, QStringLiteral("  what to do: ") + failure.hint);
-        if (status == EXIT_SUCCESS)
-            status = failure.status;
+        status = std::max(status, failure.status);
     }
     return status;
 }
