@@ -130,7 +130,7 @@ void SchemaFileTest::allKeywordsAreRead()
     QCOMPARE(hosts.maximumItems, 3);
     QCOMPARE(hosts.scalar.minimumLength, 1);
     QCOMPARE(hosts.scalar.maximumLength, 9);
-    QCOMPARE(hosts.scalar.pattern, QString("[a-z]"));
+    QCOMPARE(hosts.scalar.pattern.pattern(), QString("[a-z]"));
     QCOMPARE(schema.root.member("network")->member("proxy")->path, QString("network/proxy"));
     QVERIFY(!schema.root.member("proxy"));
 }

@@ -3,6 +3,8 @@
 
 #include "json_reader.h"
 
+#include "similar_text.h"
+
 #include <glib.h>
 #include <limits>
 #include <optional>
@@ -112,11 +114,14 @@ const JsonValue *ObjectReader::require(QLatin1String name)
 void ObjectReader::addUnknownMembers(const QString &object)
 {
     for (const JsonMember &member : m_value.members) {
-        if (!m_known.contains(member.name))
-            m_diagnostics->add(
-                member.offset,
-                QStringLiteral("unknown member %1 of %2").arg(quotedExcerpt(member.name), object),
-                QStringLiteral("use one of ") + m_known.join(QLatin1String(", ")));
+        if (m_known.contains(member.name))
+            continue;
+        const QString similar = similarTextHint(member.name, m_known);
+        m_diagnostics->add(
+            member.offset,
+            QStringLiteral("unknown member %1 of %2").arg(quotedExcerpt(member.name), object),
+            similar.isEmpty() ? QStringLiteral("use one of ") + m_known.join(QLatin1String(", "))
+                              : similar);
     }
 }
 

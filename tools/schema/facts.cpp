@@ -63,7 +63,7 @@ QVector<Fact> factsOf(const Setting &setting)
     add(isList ? "Length of items in characters" : "Length in characters",
         limits(scalar.minimumLength, scalar.maximumLength, 0), false);
     add(isList ? "Items contain a match of" : "Contains a match of",
-        scalar.pattern.isEmpty() ? QStringList() : QStringList {scalar.pattern}, true);
+        hasPattern(scalar) ? QStringList {scalar.pattern.pattern()} : QStringList(), true);
     add("Examples", json(setting.examples), true);
     return facts;
 }

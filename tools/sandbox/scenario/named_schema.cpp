@@ -63,7 +63,7 @@ std::shared_ptr<const Schema::Schema> readNamedSchema(const JsonValue &value,
         return nullptr;
     const auto schema = std::make_shared<Schema::Schema>();
     const QVector<Tools::Failure> failures = readSchema(
-        QFileInfo(diagnostics->fileName()).dir().filePath(name), schema.get());
+        QDir::cleanPath(QFileInfo(diagnostics->fileName()).dir().filePath(name)), schema.get());
     for (const Tools::Failure &failure : failures)
         diagnostics->add(value.offset, failure.text(), failure.hint);
     return failures.isEmpty() ? schema : nullptr;

@@ -23,6 +23,9 @@ Report header(const CommandLine &commandLine, QByteArray *output)
         return {usageFailure(
             QStringLiteral("\"%1\" cannot be the name of a class: %2").arg(className, problem))};
     const QString &fileName = commandLine.files.constFirst();
+    const QString nameInComments = fileName == QLatin1String(Tools::standardInputName)
+        ? QStringLiteral("its schema")
+        : QFileInfo(fileName).fileName();
     QByteArray text;
     if (const Tools::Failure failure = Tools::readInputFile(fileName, &text, EX_NOINPUT))
         return {failure};
@@ -31,7 +34,7 @@ Report header(const CommandLine &commandLine, QByteArray *output)
     if (diagnostics.isEmpty())
         checkNames(schema.root, className, &diagnostics);
     if (diagnostics.isEmpty())
-        *output = writeHeader(schema, className, QFileInfo(fileName).fileName()).toUtf8();
+        *output = writeHeader(schema, className, nameInComments).toUtf8();
     return diagnostics.failures(EX_DATAERR);
 }
 

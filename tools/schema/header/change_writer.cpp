@@ -88,7 +88,7 @@ void writeChange(Code *code, const Setting &object, const QString &className)
         {QStringLiteral("\\brief New values, for ConfigurationManager::changeConfiguration()."),
          QStringLiteral(
              "They are not checked: the service decides. A nested configuration in which "
-             "something has been set is sent whole, so that nothing in it is lost.")});
+             "something has been set is sent whole, with its other entries as they were read.")});
     code->open("class Change");
     code->label("public:");
     writeConstructor(code, object, className);

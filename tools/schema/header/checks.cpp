@@ -33,7 +33,7 @@ QStringList conditions(const Setting &setting, const QString &expression)
         conditions.append(call.arg(
             QStringLiteral("hasLength"), expression,
             limits.arg(toExpression(scalar.minimumLength), toExpression(scalar.maximumLength))));
-    if (!scalar.pattern.isEmpty())
+    if (hasPattern(scalar))
         conditions.append(call.arg(QStringLiteral("doesMatch"), expression, constant));
     return conditions;
 }
@@ -51,7 +51,7 @@ bool isAllowedByFunction(const Setting &setting)
 
 bool hasConstant(const Setting &setting)
 {
-    return !setting.scalar.values.empty() || !setting.scalar.pattern.isEmpty();
+    return !setting.scalar.values.empty() || hasPattern(setting.scalar);
 }
 
 void writeConstant(Code *code, const Setting &setting)
@@ -63,7 +63,7 @@ void writeConstant(Code *code, const Setting &setting)
     code->blank();
     code->open("static const %1 &%2()", QLatin1String(type), getterName(setting));
     code->line("static const %1 constant {%2};", QLatin1String(type),
-               scalar.values.empty() ? toStringLiteral(scalar.pattern)
+               scalar.values.empty() ? toStringLiteral(scalar.pattern.pattern())
                                      : toExpressions(scalar.type, scalar.values));
     code->line("return constant;");
     code->close();

@@ -92,8 +92,8 @@ void writeProblems(Code *code, const Setting &object)
 
 void writeChangedFrom(Code *code, const Setting &object, const QString &className)
 {
-    code->brief(
-        "Returns the paths of the settings whose values, or defaults, were others in \\a before.");
+    code->brief("Returns the paths of the settings whose values, or defaults, differ from those in "
+                "\\a before.");
     code->open(object.members.empty() ? "QStringList changedFrom(const %1 &) const"
                                       : "QStringList changedFrom(const %1 &before) const",
                className);

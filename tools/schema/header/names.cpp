@@ -43,29 +43,23 @@ QSet<QString> words(const char *text)
     return {list.begin(), list.end()};
 }
 
-bool matches(const QString &text, const char *pattern)
-{
-    return QRegularExpression(QRegularExpression::anchoredPattern(QLatin1String(pattern)))
-        .match(text)
-        .hasMatch();
-}
-
 // Why C++ does not allow the name, wherever it is; null if it does.
 QString identifierProblem(const QString &name)
 {
     static const QSet<QString> allKeywords = words(keywords);
     static const QSet<QString> allMacros = words(macros);
-    if (!matches(name, "[A-Za-z_][A-Za-z0-9_]*"))
+    static const QRegularExpression identifier(QStringLiteral("^[A-Za-z_][A-Za-z0-9_]*\\z"));
+    static const QRegularExpression macro(
+        QStringLiteral("^([A-Z][A-Z0-9_]*[A-Z_][A-Z0-9_]*|B[0-9]+|(PRI|SCN|[A-Z]+_).*|[qQ][A-Z_].*"
+                       "|(d|h|pthread|s6|sa|sched|si|sigev|st|va|be16|be32|be64)_.*"
+                       "|(htobe|htole)[0-9]+|(be|le)[0-9]+toh)\\z"));
+    if (!identifier.match(name).hasMatch())
         return QStringLiteral("it is not an identifier");
     if (name.startsWith(QLatin1Char('_')) || name.contains(QLatin1String("__")))
         return QStringLiteral("C++ reserves names that begin with \"_\" or contain \"__\"");
     if (allKeywords.contains(name))
         return QStringLiteral("it is a keyword");
-    if (allMacros.contains(name)
-        || matches(name,
-                   "[A-Z][A-Z0-9_]*[A-Z_][A-Z0-9_]*|B[0-9]+|(PRI|SCN|[A-Z]+_).*|[qQ][A-Z_].*"
-                   "|(d|h|pthread|s6|sa|sched|si|sigev|st|va|be16|be32|be64)_.*"
-                   "|(htobe|htole)[0-9]+|(be|le)[0-9]+toh"))
+    if (allMacros.contains(name) || macro.match(name).hasMatch())
         return QStringLiteral("it may be a macro or a name of Qt");
     return {};
 }
@@ -144,7 +138,7 @@ private:
     QString problem(const QString &name) const
     {
         if (m_owners.contains(name))
-            return QStringLiteral("\"%1\" has it").arg(m_owners.value(name));
+            return QStringLiteral("the setting \"%1\" has it").arg(m_owners.value(name));
         if (m_reserved.contains(name) || name.startsWith(QLatin1String("m_")))
             return QStringLiteral("the class uses it itself");
         return identifierProblem(name);
@@ -160,8 +154,8 @@ QString suggestedEnumerator(const QString &value, std::size_t index)
     const QString name = joinedWords(value);
     if (identifierProblem(name).isNull())
         return name;
-    return matches(name, "[0-9][A-Za-z0-9]*") ? QStringLiteral("Value") + name
-                                              : QStringLiteral("Value%1").arg(index + 1);
+    const bool isNumber = !name.isEmpty() && name.at(0).isDigit();
+    return isNumber ? QStringLiteral("Value") + name : QStringLiteral("Value%1").arg(index + 1);
 }
 
 // What makes all enumerators usable.
@@ -180,13 +174,6 @@ QString namesHint(const Setting &setting)
 void checkEnumerators(const Setting &setting, Diagnostics *diagnostics)
 {
     const std::vector<QString> names = enumeratorNames(setting);
-    if (names.size() != setting.scalar.values.size()) {
-        diagnostics->add(setting.offset,
-                         QStringLiteral("\"x-names\" has %1 names for %2 values")
-                             .arg(names.size())
-                             .arg(setting.scalar.values.size()));
-        return;
-    }
     QSet<QString> taken;
     for (std::size_t index = 0; index < names.size(); ++index) {
         const QString &name = names[index];
@@ -258,7 +245,7 @@ void checkNames(const Setting &object, const QString &className, Diagnostics *di
             problems.append({&setting, problem});
         if (setting.type == Type::Object)
             checkNames(setting, typeName(setting), diagnostics);
-        else if (isEnumeration(setting) || !setting.valueNames.empty())
+        else if (isEnumeration(setting))
             checkEnumerators(setting, diagnostics);
     }
     for (const auto &[setting, problem] : problems) {

@@ -11,6 +11,7 @@
 
 #include <QtCore/QSet>
 
+#include <cmath>
 #include <glib.h>
 #include <optional>
 #include <sysexits.h>
@@ -35,6 +36,22 @@ const QMap<QString, Type> &types()
         {QStringLiteral("string"), Type::String},
     };
     return types;
+}
+
+// To JSON Schema, 1.0, 1e0 and 1 are the same integer.
+void writeIntegersInOneWay(JsonValue *value)
+{
+    if (value->kind == JsonValue::Number) {
+        const double number = value->text.toDouble();
+        const bool isInt32 = number >= std::numeric_limits<qint32>::min()
+            && number <= std::numeric_limits<qint32>::max() && number == std::trunc(number);
+        if (isInt32)
+            value->text = QString::number(static_cast<qint32>(number));
+    }
+    for (JsonValue &item : value->items)
+        writeIntegersInOneWay(&item);
+    for (JsonMember &member : value->members)
+        writeIntegersInOneWay(&member.value);
 }
 
 // Reads one of the names of types; the default is not one of these.
@@ -71,13 +88,12 @@ void readLimits(ObjectReader *object, const char *minimumName, const char *maxim
                              .arg(QLatin1String(minimumName), QLatin1String(maximumName)));
 }
 
-QString readPattern(const JsonValue *value, Diagnostics *diagnostics)
+QRegularExpression readPattern(const JsonValue *value, Diagnostics *diagnostics)
 {
-    const QString pattern = Tools::readString(value, diagnostics);
-    const QRegularExpression expression(pattern);
-    if (expression.isValid())
+    const QRegularExpression pattern(Tools::readString(value, diagnostics));
+    if (pattern.isValid())
         return pattern;
-    diagnostics->add(value->offset, QStringLiteral("invalid pattern: ") + expression.errorString());
+    diagnostics->add(value->offset, QStringLiteral("invalid pattern: ") + pattern.errorString());
     return {};
 }
 
@@ -171,12 +187,15 @@ void readDefault(const JsonValue *value, Setting *setting, Diagnostics *diagnost
     }
 }
 
-std::vector<QString> readNames(const JsonValue *value, Diagnostics *diagnostics)
+void readNames(const JsonValue *value, Setting *setting, Diagnostics *diagnostics)
 {
-    std::vector<QString> names;
     for (const JsonValue &name : Tools::readList(value, diagnostics))
-        names.push_back(Tools::readString(&name, diagnostics));
-    return names;
+        setting->valueNames.push_back(Tools::readString(&name, diagnostics));
+    const auto expected = setting->scalar.values.size();
+    if (value && value->kind == JsonValue::List && setting->valueNames.size() != expected)
+        diagnostics->add(
+            value->offset,
+            QStringLiteral("%1 names for %2 values").arg(setting->valueNames.size()).arg(expected));
 }
 
 void readValue(ObjectReader *object, Setting *setting, Diagnostics *diagnostics)
@@ -189,7 +208,7 @@ void readValue(ObjectReader *object, Setting *setting, Diagnostics *diagnostics)
     } else {
         setting->scalar = readScalar(object, setting->type, diagnostics);
         if (setting->type == Type::String)
-            setting->valueNames = readNames(object->find(QLatin1String("x-names")), diagnostics);
+            readNames(object->find(QLatin1String("x-names")), setting, diagnostics);
     }
     readDefault(object->find(QLatin1String("default")), setting, diagnostics);
     if (const JsonValue *const examples = object->find(QLatin1String("examples")))
@@ -275,7 +294,8 @@ void readIdentity(ObjectReader *object, Schema *schema, Diagnostics *diagnostics
 
 Schema parseSchema(const QByteArray &text, Diagnostics *diagnostics)
 {
-    const JsonValue document = Tools::parseJson(text, diagnostics);
+    JsonValue document = Tools::parseJson(text, diagnostics);
+    writeIntegersInOneWay(&document);
     Schema schema;
     if (!diagnostics->isEmpty())
         return schema;

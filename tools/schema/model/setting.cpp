@@ -60,6 +60,11 @@ QByteArray dbusType(const Setting &setting)
         : type;
 }
 
+bool hasPattern(const Scalar &scalar)
+{
+    return !scalar.pattern.pattern().isEmpty();
+}
+
 QString toJson(const JsonValue &value)
 {
     QStringList parts;

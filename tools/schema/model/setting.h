@@ -36,7 +36,7 @@ struct Scalar
     qint32 minimumLength = 0;
     qint32 maximumLength = std::numeric_limits<qint32>::max();
     /*! What must match somewhere in a string; none if empty. */
-    QString pattern;
+    QRegularExpression pattern;
 };
 
 /*! \brief A setting, or an object that contains settings. */
@@ -86,6 +86,9 @@ struct Schema
 
 /*! \brief The D-Bus type of the values of \a setting: "ai". */
 QByteArray dbusType(const Setting &setting);
+
+/*! \brief True if strings must match a pattern. */
+bool hasPattern(const Scalar &scalar);
 
 /*! \brief \a value as JSON on one line. */
 QString toJson(const Tools::JsonValue &value);

@@ -7,6 +7,7 @@
 #include "terminal.h"
 #include "value_checks.h"
 
+#include <QtCore/QHash>
 #include <QtCore/QStringList>
 
 #include <algorithm>
@@ -73,8 +74,8 @@ QString invalidText(const Scalar &scalar, const QString &text)
         values.append(value.text);
     const bool isAllowed = (values.isEmpty() || ValueChecks::isOneOf(text, values, &why))
         && ValueChecks::hasLength(text, scalar.minimumLength, scalar.maximumLength, &why);
-    if (isAllowed && !scalar.pattern.isEmpty())
-        ValueChecks::doesMatch(text, QRegularExpression(scalar.pattern), &why);
+    if (isAllowed && hasPattern(scalar))
+        ValueChecks::doesMatch(text, scalar.pattern, &why);
     return why;
 }
 
@@ -100,12 +101,15 @@ void validateValue(const Setting &setting, const JsonValue &value, std::vector<P
 
 void validateMembers(const Setting &object, const JsonValue &value, std::vector<Problem> *problems)
 {
+    QHash<QString, const Setting *> settings;
     QStringList keys;
-    for (const Setting &known : object.members)
+    for (const Setting &known : object.members) {
+        settings.insert(known.key, &known);
         keys.append(known.key);
+    }
     int hints = 0;
     for (const JsonMember &member : value.members) {
-        if (const Setting *const setting = object.member(member.name)) {
+        if (const Setting *const setting = settings.value(member.name)) {
             validateValue(*setting, member.value, problems);
             continue;
         }
