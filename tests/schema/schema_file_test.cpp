@@ -90,8 +90,8 @@ private Q_SLOTS:
     void filesThatCannotBeReadAreReported();
     void problemsOfValuesAreFound_data();
     void problemsOfValuesAreFound();
-    void manySettingsAreReadInGoodTime();
-    void manyUnknownSettingsAreFoundInGoodTime();
+    void manySettingsAreRead();
+    void manyUnknownSettingsAreFound();
 };
 
 void SchemaFileTest::allKeywordsAreRead()
@@ -249,7 +249,7 @@ void SchemaFileTest::problemsOfValuesAreFound()
     QTEST(problemsOf(parse(contentOf(everyKeyword)), configuration), "problems");
 }
 
-void SchemaFileTest::manySettingsAreReadInGoodTime()
+void SchemaFileTest::manySettingsAreRead()
 {
     QByteArrayList settings;
     QByteArrayList values;
@@ -263,7 +263,7 @@ void SchemaFileTest::manySettingsAreReadInGoodTime()
     QCOMPARE(problemsOf(schema, '{' + values.join(", ") + '}'), QStringList());
 }
 
-void SchemaFileTest::manyUnknownSettingsAreFoundInGoodTime()
+void SchemaFileTest::manyUnknownSettingsAreFound()
 {
     QByteArrayList settings;
     QByteArrayList values;
