@@ -97,10 +97,11 @@ Failure write(const QString &fileName, const QByteArray &output)
 int report(const Report &report)
 {
     int status = EXIT_SUCCESS;
-    for (Failure failure : report) {
+    for (const Failure &failure : report) {
+        Failure shown = failure;
         if (!failure)
-            failure.message.prepend(QLatin1String("warning: "));
-        printLine(stderr, Tarnvel::Tools::shownOnOneLine(failure.text()),
+            shown.message.prepend(QLatin1String("warning: "));
+        printLine(stderr, Tarnvel::Tools::shownOnOneLine(shown.text()),
                   failure ? Style::Bad : Style::News);
         if (!failure.hint.isEmpty())
             printLine(stderr, QStringLiteral("  what to do: ") + failure.hint);
