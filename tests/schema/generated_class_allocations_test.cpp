@@ -97,6 +97,6 @@ void GeneratedClassAllocationsTest::aGetterAllocatesNoMoreThanItsValue()
     QCOMPARE(allocations(entries, readLists), ofLists);
 }
 
-QTEST_APPLESS_MAIN(GeneratedClassAllocationsTest)
+QTEST_GUILESS_MAIN(GeneratedClassAllocationsTest)
 
 #include "generated_class_allocations_test.moc"

@@ -303,6 +303,6 @@ void GeneratedClassTest::anyTextIsADefault()
     QCOMPARE(configuration.get(properties.keys().constLast()).toString(), QString("k"));
 }
 
-QTEST_APPLESS_MAIN(GeneratedClassTest)
+QTEST_GUILESS_MAIN(GeneratedClassTest)
 
 #include "generated_class_test.moc"
