@@ -1,0 +1,65 @@
+// SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
+// SPDX-License-Identifier: BSD-3-Clause
+
+#include "message_log.h"
+#include "waiting.h"
+
+#include <QtCore/QProcess>
+#include <QtGui/QGuiApplication>
+#include <QtQml/QQmlApplicationEngine>
+
+using namespace Tarnvel::Testing;
+
+// Runs in the sandbox, with a copy of the scenario of the viewer.
+class QuickViewerTest : public QObject
+{
+    Q_OBJECT
+
+private Q_SLOTS:
+    void controlsFollowTheConfiguration();
+};
+
+void QuickViewerTest::controlsFollowTheConfiguration()
+{
+    QGuiApplication::setOrganizationName("acme");
+    QGuiApplication::setApplicationName("viewer");
+    MessageLog log;
+    QQmlApplicationEngine engine;
+    engine.addImportPath(MODULES);
+    engine.load(QUrl::fromLocalFile(VIEWER));
+    QCOMPARE(engine.rootObjects().count(), 1);
+    const QObject *const window = engine.rootObjects().constFirst();
+    QObject *const zoom = window->findChild<QObject *>("zoom");
+    QObject *const proxy = window->findChild<QObject *>("proxy");
+    const QObject *const message = window->findChild<QObject *>("message");
+    QVERIFY(zoom && proxy && message);
+    QCOMPARE(zoom->property("enabled").toBool(), false);
+
+    TRY_COMPARE(proxy->property("text").toString(), "proxy.acme.example:3128");
+    QCOMPARE(zoom->property("value").toDouble(), 100.0);
+    QCOMPARE(window->findChild<QObject *>("recentFiles")->property("count").toInt(), 3);
+
+    // An accepted change.
+    zoom->setProperty("value", 125.4);
+    QMetaObject::invokeMethod(zoom, "moved");
+    TRY_COMPARE(zoom->property("value").toDouble(), 125.0);
+
+    // A refused one.
+    proxy->setProperty("text", "localhost:8080");
+    QMetaObject::invokeMethod(proxy, "editingFinished");
+    TRY_COMPARE(message->property("text").toString(), "\"network/proxy\" is locked");
+    QCOMPARE(proxy->property("text").toString(), "proxy.acme.example:3128");
+    QCOMPARE(proxy->property("enabled").toBool(), false);
+
+    // A change by the administrator.
+    const QStringList edit {"-i", "-e", "s/\"light\"/\"dark\"/", "-e", "s/3128/3129/", SCENARIO};
+    QCOMPARE(QProcess::execute("sed", edit), 0);
+    TRY_COMPARE(window->property("isDark").toBool(), true);
+    QCOMPARE(proxy->property("text").toString(), "proxy.acme.example:3129");
+    QCOMPARE(proxy->property("enabled").toBool(), true);
+    QCOMPARE(log.take().filter("Viewer.qml"), QStringList());
+}
+
+QTEST_MAIN(QuickViewerTest)
+
+#include "quick_viewer_test.moc"
