@@ -67,7 +67,7 @@ void QmlElementTest::withoutNamesNothingIsReadUntilTheyAreSet()
     QCOMPARE(element.awaitLog(), "[\"" + error + "\"]");
     QCOMPARE(m_service.calls().count(), 0);
 
-    // A change waits for the read, because it is completed from that.
+    // Changes wait for the read, because they are completed from that.
     QCoreApplication::setOrganizationName(name);
     m_service.leaveUnanswered();
     element.change("{nested: {a: 1}}");
@@ -75,6 +75,7 @@ void QmlElementTest::withoutNamesNothingIsReadUntilTheyAreSet()
     TRY_COMPARE(m_service.unanswered(), 1);
     QCOMPARE(m_service.calls().first().method, "GetConfiguration");
     QCOMPARE(m_service.calls().first().path, BusFixture::path);
+    element.change("{nested: {c: 3}}");
     m_service.replyTo(0, "({'key': <7>, 'nested': <{'b': <2>}>},)");
     TRY_COMPARE(m_service.unanswered(), 2);
     QCOMPARE(element.eval("[status, error.name, values]"),
@@ -82,6 +83,9 @@ void QmlElementTest::withoutNamesNothingIsReadUntilTheyAreSet()
     QCOMPARE(m_service.changes(), QStringList("({'nested': <{'a': <1>, 'b': <2>}>},)"));
     QCOMPARE(element.takeLog(), R"(["key"])");
     m_service.replyTo(1, "()");
+    QCOMPARE(element.awaitLog(), R"(["NoError "])");
+    TRY_COMPARE(m_service.unanswered(), 3);
+    m_service.replyTo(2, "()");
     QCOMPARE(element.awaitLog(), R"(["NoError "])");
 }
 
@@ -235,9 +239,20 @@ void QmlElementTest::newDefaultsAreMergedAgain()
     QCOMPARE(element.eval("(defaults = {key: 1, n: {}, other: 2}, values)"),
              R"({"key":7,"n":{},"other":2})");
     QCOMPARE(element.takeLog(), R"(["key,other"])");
-    element.eval("(function() { var o = {}; o.a = o; o.b = o; defaults = o })()");
-    QCOMPARE(log.take().join(' ').section(": ", -1), "defaults has too many levels");
-    QCOMPARE(element.eval("values"), QString());
+    // No value differs.
+    QCOMPARE(element.eval("(defaults = {key: 1, n: {m: {}}, other: 2}, values.n)"), R"({"m":{}})");
+    QCOMPARE(element.takeLog(), "[]");
+
+    // As many levels as a configuration has, one more, and no end.
+    const QString levels =
+        "(function() { let o = {}; for (let n = 1; n < %1; ++n) o = {n: o}; return o })()";
+    QVERIFY(!element.eval("(defaults = " + levels.arg(21) + ", values)").isEmpty());
+    QCOMPARE(log.take(), QStringList());
+    for (const QString &deep :
+         {levels.arg(22), QString("(log.o = {}, log.o.a = log.o.b = log.o)")}) {
+        QCOMPARE(element.eval("(defaults = " + deep + ", values)"), QString());
+        QCOMPARE(log.take().join(' ').section(": ", -1), "defaults has too many levels");
+    }
 }
 
 void QmlElementTest::anEmptyConfigurationIsReadOnceMore_data()
