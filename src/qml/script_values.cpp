@@ -20,7 +20,8 @@ bool isConfiguration(const QVariant &value)
 // Also true for a list that is a property of another object, which is no array.
 bool isList(const QJSValue &value)
 {
-    return value.isObject() && value.property(QStringLiteral("push")).isCallable();
+    return value.isObject() && value.property(QStringLiteral("length")).isNumber()
+        && value.property(QStringLiteral("push")).isCallable();
 }
 
 quint32 sizeOf(const QJSValue &list)

@@ -294,6 +294,7 @@ void QmlValuesTest::aChangeIsRefusedAtItsPath_data()
                                     "new ArrayBuffer(3)",
                                     "new Uint8Array(2)",
                                     "new (class A { constructor() { this.b = Symbol() } })()",
+                                    "new (class A { push() {} })()",
                                     "new Number(7)",
                                     "new String('x')",
                                     "managed",
