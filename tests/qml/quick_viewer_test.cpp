@@ -29,8 +29,8 @@ void QuickViewerTest::controlsFollowTheConfiguration()
     engine.load(QUrl::fromLocalFile(VIEWER));
     QCOMPARE(engine.rootObjects().count(), 1);
     const QObject *const window = engine.rootObjects().constFirst();
-    QObject *const zoom = window->findChild<QObject *>("zoom");
-    QObject *const proxy = window->findChild<QObject *>("proxy");
+    auto *const zoom = window->findChild<QObject *>("zoom");
+    auto *const proxy = window->findChild<QObject *>("proxy");
     const QObject *const message = window->findChild<QObject *>("message");
     QVERIFY(zoom && proxy && message);
     QCOMPARE(zoom->property("enabled").toBool(), false);
