@@ -80,11 +80,10 @@ QJSValue ManagedConfiguration::value(const QString &path) const
         const bool hasValue = isKey == isPlainObject(value) && value.hasOwnProperty(name);
         value = hasValue ? value.property(name) : QJSValue();
     }
-    QJSEngine *const engine = qjsEngine(this);
-    if (!value.isUndefined() || !xpath.isValid() || !engine)
-        return value;
-    // A setting that defaults does not name.
-    return toScript(*engine, SharedConfiguration::instance().configuration().getByXpath(path));
+    // This logs why there is none.
+    if (value.isUndefined() && xpath.isValid())
+        SharedConfiguration::instance().configuration().getByXpath(path);
+    return value;
 }
 
 void ManagedConfiguration::change(const QJSValue &object, const QJSValue &callback)

@@ -20,9 +20,9 @@ class ManagedConfiguration : public QObject, public QQmlParserStatus
     // Qt 5 would take the name with its namespaces.
     QML_NAMED_ELEMENT(ManagedConfiguration)
 
-    /*! An object that names the settings, each with the value for a configuration without it. */
+    /*! An object with the values that apply where the configuration has none. */
     Q_PROPERTY(QJSValue defaults READ defaults WRITE setDefaults NOTIFY defaultsChanged)
-    /*! The same object with the values of the configuration. */
+    /*! The values of the configuration, and the defaults of the others. */
     Q_PROPERTY(QJSValue values READ values NOTIFY valuesChanged)
     /*! Whether the configuration has been read. */
     Q_PROPERTY(Status status READ status NOTIFY statusChanged)

@@ -3,11 +3,15 @@
 
 #include "script_values.h"
 
+#include "configuration_p.h"
+
 #include <QtQml/QJSValueIterator>
 
 namespace Tarnvel::Qml {
 
 namespace {
+
+using Application::ManagedConfiguration::ConfigurationPrivate;
 
 // As many as a configuration can have. An object that contains itself has more.
 constexpr int maximumLevels = 21;
@@ -44,23 +48,21 @@ public:
                     const QString &parentPath = {}, int level = 1)
     {
         QJSValue object = m_engine.newObject();
+        // Meanwhile "__proto__" is a key like any other.
+        const QJSValue prototype = object.prototype();
+        object.setPrototype(QJSValue(QJSValue::NullValue));
+        QVariantMap kept = ConfigurationPrivate::data(configuration);
         QJSValueIterator member(defaults);
         while (!m_isTooDeep && member.next()) {
-            const QString path = parentPath + member.name();
-            const QVariant value = configuration.get(member.name());
-            if (!isPlainObject(member.value())) {
-                object.setProperty(member.name(), setting(path, value, member.value()));
-                continue;
-            }
-            m_isTooDeep = level == maximumLevels;
-            if (m_isTooDeep)
-                break;
-            const Configuration nested = isConfiguration(value) ? Configuration::fromVariant(value)
-                                                                : Configuration();
-            object.setProperty(
-                member.name(),
-                this->object(member.value(), nested, path + QLatin1Char('/'), level + 1));
+            const QString name = member.name();
+            object.setProperty(name,
+                               merged(member.value(), kept.take(name), parentPath + name, level));
         }
+        for (auto entry = kept.constBegin(); entry != kept.constEnd(); ++entry) {
+            const QJSValue none = isConfiguration(*entry) ? m_engine.newObject() : QJSValue();
+            object.setProperty(entry.key(), merged(none, *entry, parentPath + entry.key(), level));
+        }
+        object.setPrototype(prototype);
         return m_freeze.call({object});
     }
 
@@ -80,8 +82,16 @@ private:
         return engine.globalObject().property(QLatin1String(object)).property(QLatin1String(name));
     }
 
-    QJSValue setting(const QString &path, const QVariant &value, const QJSValue &defaultValue)
+    QJSValue merged(const QJSValue &defaultValue, const QVariant &value, const QString &path,
+                    int level)
     {
+        if (isPlainObject(defaultValue)) {
+            m_isTooDeep = m_isTooDeep || level == maximumLevels;
+            if (m_isTooDeep)
+                return {};
+            return object(defaultValue, Configuration::fromVariant(value), path + QLatin1Char('/'),
+                          level + 1);
+        }
         const bool isKept = value.isValid() && !isConfiguration(value);
         const QJSValue setting = isKept ? toScript(m_engine, value) : copy(defaultValue);
         m_settings.insert(path, m_stringify.call({setting}).toString());

@@ -25,11 +25,11 @@ struct Values
 };
 
 /*!
- * \brief The object \a defaults with the values that \a configuration has instead.
+ * \brief The values of \a configuration, and those of \a defaults that it does not have.
  *
- * A nested configuration replaces nothing but the defaults in an object, and no other value
- * replaces an object. All objects are new and frozen. Undefined if \a defaults has more levels than
- * a configuration can have.
+ * Where \a defaults has an object, so has the result, and where it has another value, the result
+ * has none. All objects are new and frozen. Undefined if \a defaults has more levels than a
+ * configuration can have.
  */
 Values mergedValues(QJSEngine &engine, const QJSValue &defaults,
                     const Configuration &configuration);
