@@ -71,6 +71,7 @@ private Q_SLOTS:
     void aNestedChangeCarriesItsSiblings();
     void everySetterStoresWhatTheGetterReads();
     void anyTextIsADefault();
+    void defaultsAreGivenByKey();
 };
 
 void GeneratedClassTest::aValueThatIsNotAllowedReadsAsTheDefault_data()
@@ -301,6 +302,22 @@ void GeneratedClassTest::anyTextIsADefault()
     const Configuration configuration = change.configuration();
     QCOMPARE(configuration.get("choice").toString(), QString(u8"\U0001f600"));
     QCOMPARE(configuration.get(properties.keys().constLast()).toString(), QString("k"));
+}
+
+void GeneratedClassTest::defaultsAreGivenByKey()
+{
+    QVariantMap defaults = GeneratedSettings::defaults();
+    const QVariantMap network = defaults.take("network").toMap();
+    QCOMPARE(network.value("updates").toMap(), QVariantMap({{"enabled", false}, {"hour", 0}}));
+    QCOMPARE(network.value("proxy"), QVariant(""));
+    defaults.remove("text");
+    QCOMPARE(describe(makeConfiguration(defaults)),
+             QString(R"({"any": int -7, "color": QString "#00", "copies": int 2, )"
+                     R"("days": QList<bool> [true], "files": QStringList ["b"], )"
+                     R"("key with spaces": bool false, "name": QString "abc", )"
+                     R"("sizes": QList<int> [5, 6], "theme": QString "dark", )"
+                     R"("visible": bool true, "zoom": int 100})"));
+    QCOMPARE(GeneratedSettings(makeConfiguration(defaults)).problems(), QStringList());
 }
 
 QTEST_GUILESS_MAIN(GeneratedClassTest)

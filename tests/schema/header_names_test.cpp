@@ -80,7 +80,8 @@ void HeaderNamesTest::aNameThatCannotBeInCppIsRefused_data()
     addKey("2nd-page", "it is not an identifier", "setting2ndPage1");
     addKey("\u00e4", "it is not an identifier", "setting1");
     addKey("\U0001d504", "it is not an identifier", "setting1");
-    for (const char *const key : {"problems", "changedFrom", "configuration", "isChanged", "std"})
+    for (const char *const key :
+         {"problems", "changedFrom", "configuration", "defaults", "isChanged", "std"})
         addKey(key, "the class uses it itself",
                "setting" + QByteArray(1, char(key[0] - 32)) + (key + 1) + "1");
     addKey("m_zoom", "the class uses it itself", "mZoom");

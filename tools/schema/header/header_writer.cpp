@@ -111,6 +111,25 @@ void writeChangedFrom(Code *code, const Setting &object, const QString &classNam
     code->close();
 }
 
+void writeDefaults(Code *code, const Setting &object)
+{
+    code->brief("Returns the defaults by their keys, for the element of the QML module.");
+    code->open("static QVariantMap defaults()");
+    code->line("QVariantMap defaults;");
+    for (const Setting &setting : object.members) {
+        const char *const form = setting.type == Type::Object ? "%1::defaults()"
+            : setting.type == Type::List                      ? "QVariant::fromValue(%1)"
+                                                              : "%1";
+        const QString value = setting.type == Type::Object
+            ? typeName(setting)
+            : toExpression(setting, setting.defaultValue);
+        code->line("defaults.insert(%1, %2);", toStringLiteral(setting.key),
+                   QString::fromLatin1(form).arg(value));
+    }
+    code->line("return defaults;");
+    code->close();
+}
+
 void writeClass(Code *code, const Setting &object, const QString &className)
 {
     const bool isNested = !object.key.isEmpty();
@@ -135,6 +154,7 @@ void writeClass(Code *code, const Setting &object, const QString &className)
         writeGetter(code, setting);
     writeProblems(code, object);
     writeChangedFrom(code, object, className);
+    writeDefaults(code, object);
     writeChange(code, object, className);
     code->label("private:");
     if (!isNested)

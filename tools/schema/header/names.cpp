@@ -35,7 +35,7 @@ const char macros[] =
 
 // What each generated class has or uses.
 const char members[] = "Allowed Change Checks Configuration Constants Qt Tarnvel ValueChecks "
-                       "changedFrom configuration isChanged problems std";
+                       "changedFrom configuration defaults isChanged problems std";
 
 QSet<QString> words(const char *text)
 {
