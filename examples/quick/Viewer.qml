@@ -27,14 +27,15 @@ ApplicationWindow {
     title: qsTr("Viewer")
     visible: true
     width: 480
-    height: 360
-    color: isDark ? "#202020" : "#fafafa"
+    height: 280
     palette.windowText: isDark ? "#fafafa" : "#202020"
+    background: Rectangle { color: window.isDark ? "#202020" : "#fafafa" }
 
     ManagedConfiguration {
         id: managed
 
-        defaults: ({ theme: "light", zoom: 100, recentFiles: [], network: { proxy: "" } })
+        // Of the schema.
+        defaults: viewerDefaults
         onChanged: window.locked = []
         onErrorChanged: message.text = managed.error.message
     }
@@ -70,7 +71,10 @@ ApplicationWindow {
                                              () => text = Qt.binding(() => managed.values.network.proxy))
         }
 
-        Label { text: qsTr("Recent files") }
+        Label {
+            Layout.alignment: Qt.AlignTop
+            text: qsTr("Recent files")
+        }
         ListView {
             objectName: "recentFiles"
             Layout.fillWidth: true

@@ -1,14 +1,20 @@
 // SPDX-FileCopyrightText: 2026 Tarnvel managed configuration contributors
 // SPDX-License-Identifier: BSD-3-Clause
 
+#include "viewersettings.h"
+
 #include <QtGui/QGuiApplication>
 #include <QtQml/QQmlApplicationEngine>
+#include <QtQml/QQmlContext>
 
 int main(int argc, char *argv[])
 {
     QGuiApplication application(argc, argv);
     QGuiApplication::setOrganizationName(QStringLiteral("acme"));
     QGuiApplication::setApplicationName(QStringLiteral("viewer"));
-    const QQmlApplicationEngine engine(QStringLiteral("qrc:/Viewer.qml"));
+    QQmlApplicationEngine engine;
+    engine.rootContext()->setContextProperty(QStringLiteral("viewerDefaults"),
+                                             ViewerSettings::defaults());
+    engine.load(QStringLiteral("qrc:/Viewer.qml"));
     return QGuiApplication::exec();
 }

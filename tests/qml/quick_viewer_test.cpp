@@ -2,11 +2,16 @@
 // SPDX-License-Identifier: BSD-3-Clause
 
 #include "message_log.h"
+#include "viewersettings.h"
 #include "waiting.h"
 
 #include <QtCore/QProcess>
 #include <QtGui/QGuiApplication>
 #include <QtQml/QQmlApplicationEngine>
+#include <QtQml/QQmlContext>
+#include <QtQuick/QQuickItem>
+#include <QtQuick/QQuickItemGrabResult>
+#include <QtQuick/QQuickWindow>
 
 using namespace Tarnvel::Testing;
 
@@ -17,6 +22,15 @@ class QuickViewerTest : public QObject
 
 private Q_SLOTS:
     void controlsFollowTheConfiguration();
+
+private:
+    // For scripts/pictures.
+    static void savePicture(QQuickWindow *window, const QString &fileName)
+    {
+        const auto grabbed = window->contentItem()->grabToImage();
+        TRY_VERIFY(!grabbed->image().isNull());
+        QVERIFY(grabbed->saveToFile(fileName));
+    }
 };
 
 void QuickViewerTest::controlsFollowTheConfiguration()
@@ -26,14 +40,16 @@ void QuickViewerTest::controlsFollowTheConfiguration()
     MessageLog log;
     QQmlApplicationEngine engine;
     engine.addImportPath(MODULES);
+    engine.rootContext()->setContextProperty("viewerDefaults", ViewerSettings::defaults());
     engine.load(QUrl::fromLocalFile(VIEWER));
     QCOMPARE(engine.rootObjects().count(), 1);
-    const QObject *const window = engine.rootObjects().constFirst();
+    auto *const window = qobject_cast<QQuickWindow *>(engine.rootObjects().constFirst());
     auto *const zoom = window->findChild<QObject *>("zoom");
     auto *const proxy = window->findChild<QObject *>("proxy");
     const QObject *const message = window->findChild<QObject *>("message");
     QVERIFY(zoom && proxy && message);
     QCOMPARE(zoom->property("enabled").toBool(), false);
+    QCOMPARE(window->findChild<QObject *>("recentFiles")->property("count").toInt(), 0);
 
     TRY_COMPARE(proxy->property("text").toString(), "proxy.acme.example:3128");
     QCOMPARE(zoom->property("value").toDouble(), 100.0);
@@ -50,6 +66,8 @@ void QuickViewerTest::controlsFollowTheConfiguration()
     TRY_COMPARE(message->property("text").toString(), "\"network/proxy\" is locked");
     QCOMPARE(proxy->property("text").toString(), "proxy.acme.example:3128");
     QCOMPARE(proxy->property("enabled").toBool(), false);
+    if (qEnvironmentVariableIsSet("PICTURE"))
+        savePicture(window, qEnvironmentVariable("PICTURE"));
 
     // A change by the administrator.
     const QStringList edit {"-i", "-e", "s/\"light\"/\"dark\"/", "-e", "s/3128/3129/", SCENARIO};
