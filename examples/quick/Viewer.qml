@@ -17,10 +17,10 @@ ApplicationWindow {
     function change(path, object, restore) {
         managed.change(object, error => {
             message.text = error.message;
-            if (error.name === "Forbidden")
-                window.locked = window.locked.concat(path);
             if (error.code)
                 restore();
+            if (error.name === "Forbidden")
+                window.locked = window.locked.concat(path);
         });
     }
 
@@ -67,8 +67,12 @@ ApplicationWindow {
             Layout.fillWidth: true
             enabled: window.locked.indexOf("network/proxy") < 0
             text: managed.values.network.proxy
-            onEditingFinished: window.change("network/proxy", { network: { proxy: text } },
-                                             () => text = Qt.binding(() => managed.values.network.proxy))
+            // It also finishes when it loses the focus.
+            onEditingFinished: {
+                if (text !== managed.values.network.proxy)
+                    window.change("network/proxy", { network: { proxy: text } },
+                                  () => text = Qt.binding(() => managed.values.network.proxy));
+            }
         }
 
         Label {

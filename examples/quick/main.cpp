@@ -16,5 +16,5 @@ int main(int argc, char *argv[])
     engine.rootContext()->setContextProperty(QStringLiteral("viewerDefaults"),
                                              ViewerSettings::defaults());
     engine.load(QStringLiteral("qrc:/Viewer.qml"));
-    return QGuiApplication::exec();
+    return engine.rootObjects().isEmpty() ? 1 : QGuiApplication::exec();
 }

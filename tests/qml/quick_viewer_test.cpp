@@ -9,6 +9,7 @@
 #include <QtGui/QGuiApplication>
 #include <QtQml/QQmlApplicationEngine>
 #include <QtQml/QQmlContext>
+#include <QtQml/QQmlExpression>
 #include <QtQuick/QQuickItem>
 #include <QtQuick/QQuickItemGrabResult>
 #include <QtQuick/QQuickWindow>
@@ -60,10 +61,16 @@ void QuickViewerTest::controlsFollowTheConfiguration()
     QMetaObject::invokeMethod(zoom, "moved");
     TRY_COMPARE(zoom->property("value").toDouble(), 125.0);
 
-    // A refused one.
-    proxy->setProperty("text", "localhost:8080");
-    QMetaObject::invokeMethod(proxy, "editingFinished");
+    // A refused one, which is requested once.
+    QVERIFY(QTest::qWaitForWindowActive(window));
+    QMetaObject::invokeMethod(proxy, "forceActiveFocus");
+    QTest::keyClick(window, Qt::Key_X);
+    QTest::keyClick(window, Qt::Key_Return);
     TRY_COMPARE(message->property("text").toString(), "\"network/proxy\" is locked");
+    QQmlExpression(qmlContext(window), window,
+                   "change('fence', { network: { proxy: 'z' } }, () => {})")
+        .evaluate();
+    TRY_COMPARE(window->property("locked").value<QJSValue>().toString(), "network/proxy,fence");
     QCOMPARE(proxy->property("text").toString(), "proxy.acme.example:3128");
     QCOMPARE(proxy->property("enabled").toBool(), false);
     if (qEnvironmentVariableIsSet("PICTURE"))
