@@ -43,10 +43,8 @@ void ManagedConfiguration::setDefaults(const QJSValue &defaults)
 {
     if (!isPlainObject(defaults))
         qmlWarning(this) << "defaults must be an object: put its braces into parentheses";
-    m_defaults = defaults;
-    m_values.object = QJSValue();
-    Q_EMIT defaultsChanged();
-    update();
+    m_defaults = isPlainObject(defaults) ? defaults : QJSValue();
+    update(true);
 }
 
 QJSValue ManagedConfiguration::values() const
@@ -61,7 +59,7 @@ ManagedConfiguration::Status ManagedConfiguration::status() const
 
 QJSValue ManagedConfiguration::error() const
 {
-    QJSEngine *const engine = qjsEngine(this);
+    QQmlEngine *const engine = qmlEngine(this);
     return engine ? engine->toScriptValue(describe(m_error)) : QJSValue();
 }
 
@@ -80,9 +78,11 @@ QJSValue ManagedConfiguration::value(const QString &path) const
         const bool hasValue = isKey == isPlainObject(value) && value.hasOwnProperty(name);
         value = hasValue ? value.property(name) : QJSValue();
     }
-    // This logs why there is none.
-    if (value.isUndefined() && xpath.isValid())
-        SharedConfiguration::instance().configuration().getByXpath(path);
+    // This logs why there is none, unless a default hides it.
+    const bool isHidden = value.isUndefined() && xpath.isValid()
+        && SharedConfiguration::instance().configuration().getByXpath(path).isValid();
+    if (isHidden)
+        qmlWarning(this) << "the defaults have no object for " << path;
     return value;
 }
 
@@ -101,20 +101,24 @@ void ManagedConfiguration::change(const QJSValue &object, const QJSValue &callba
         SharedConfiguration::instance().change(change, answer);
 }
 
-void ManagedConfiguration::classBegin() { }
+void ManagedConfiguration::classBegin()
+{
+    // Bindings in the element may use values before its defaults are set.
+    update();
+}
 
 void ManagedConfiguration::componentComplete()
 {
     m_isComplete = true;
     connect(&SharedConfiguration::instance(), &SharedConfiguration::updated, this,
-            &ManagedConfiguration::update);
+            [this] { update(); });
     SharedConfiguration::instance().load();
     update();
 }
 
-void ManagedConfiguration::update()
+void ManagedConfiguration::update(bool hasOtherDefaults)
 {
-    QJSEngine *const engine = qjsEngine(this);
+    QQmlEngine *const engine = qmlEngine(this);
     if (!engine)
         return;
     const Error oldError = m_error;
@@ -130,30 +134,38 @@ void ManagedConfiguration::update()
     if (values.object.isUndefined())
         qmlWarning(this) << "defaults has too many levels";
     const QStringList paths = differingPaths(m_values, values);
-    const bool isReplaced = !paths.isEmpty() || m_values.object.isUndefined();
+    const QJSValue pathsForScript = toScript(*engine, paths);
+    const bool isReplaced = hasOtherDefaults || !paths.isEmpty() || m_values.object.isUndefined();
     if (isReplaced)
         m_values = values;
+    const bool hasOtherStatus = m_status != oldStatus;
+    const bool hasOtherError = describe(m_error) != describe(oldError);
 
-    // Each handler finds all properties up to date.
-    if (m_status != oldStatus)
+    // Each handler finds all properties up to date. It may delete the element.
+    const QPointer<ManagedConfiguration> element(this);
+    if (hasOtherDefaults)
+        Q_EMIT defaultsChanged();
+    if (element && hasOtherStatus)
         Q_EMIT statusChanged();
-    if (describe(m_error) != describe(oldError))
+    if (element && hasOtherError)
         Q_EMIT errorChanged();
-    if (isReplaced)
+    if (element && isReplaced)
         Q_EMIT valuesChanged();
-    if (m_isComplete && !paths.isEmpty())
-        Q_EMIT changed(toScript(*engine, paths));
+    if (element && m_isComplete && !paths.isEmpty())
+        Q_EMIT changed(pathsForScript);
 }
 
 void ManagedConfiguration::answer(const QJSValue &callback, const Error &error)
 {
-    QJSEngine *const engine = qjsEngine(this);
+    QQmlEngine *const engine = qmlEngine(this);
     if (!engine)
         return;
     if (callback.isCallable()) {
         const QJSValue result = QJSValue(callback).call({engine->toScriptValue(describe(error))});
         if (result.isError())
-            qmlWarning(this) << result.toString();
+            qmlWarning(this) << result.property(QStringLiteral("fileName")).toString() << ':'
+                             << result.property(QStringLiteral("lineNumber")).toInt() << ": "
+                             << result.toString();
     } else if (error) {
         qmlWarning(this) << errorNames[error.code()] << ": " << error.message();
     }

@@ -71,7 +71,7 @@ protected:
     void componentComplete() override;
 
 private:
-    void update();
+    void update(bool hasOtherDefaults = false);
     void answer(const QJSValue &callback, const Error &error);
 
     QJSValue m_defaults;

@@ -117,13 +117,19 @@ private:
     bool m_isTooDeep = false;
 };
 
+// D-Bus carries no others.
+bool isText(const QString &text)
+{
+    return text.isValidUtf16() && !text.contains(QChar(QChar::Null));
+}
+
 // Invalid for what is no item of a list.
 QVariant toItem(const QJSValue &value)
 {
     if (value.isBool())
         return value.toBool();
     if (value.isString())
-        return value.toString();
+        return isText(value.toString()) ? QVariant(value.toString()) : QVariant();
     // Without a fraction and within the limits.
     if (value.isNumber() && value.toInt() == value.toNumber())
         return value.toInt();
@@ -161,7 +167,7 @@ QVariant toValue(const QJSValue &value, const QJSValue &present)
 
 Error notStored(const QString &path)
 {
-    const auto reason = QStringLiteral("\"%1\" is neither a string, a boolean, a 32-bit integer, "
+    const auto reason = QStringLiteral("\"%1\" is neither valid text, a boolean, a 32-bit integer, "
                                        "a list of one of these, nor an object of these");
     return Error(Error::InvalidType, reason.arg(path));
 }
@@ -184,7 +190,7 @@ Error readMembers(const QJSValue &object, const QJSValue &values, const QString 
                 return error;
             value = nested;
         }
-        if (!value.isValid())
+        if (!value.isValid() || !isText(member.name()))
             return notStored(path);
         change->insert(member.name(), value);
     }

@@ -87,14 +87,17 @@ void SharedConfiguration::apply(const Configuration &configuration, const Error 
     m_error = error;
     if (!error) {
         m_configuration = configuration;
+        m_changed = configuration;
         m_hasConfiguration = true;
     }
+    // Those that a handler requests wait for the next read.
+    const QQueue<Change> failed = m_hasConfiguration ? QQueue<Change>()
+                                                     : std::exchange(m_changes, {});
     Q_EMIT updated();
-    if (m_hasConfiguration)
-        return sendNext();
-    const QQueue<Change> changes = std::exchange(m_changes, {});
-    for (const Change &change : changes)
+    for (const Change &change : failed)
         change.callback(error);
+    if (m_hasConfiguration)
+        sendNext();
 }
 
 void SharedConfiguration::follow(const Configuration &configuration)
@@ -114,7 +117,7 @@ void SharedConfiguration::sendNext()
     if (m_isSending || m_changes.isEmpty())
         return;
     m_isSending = true;
-    const Configuration sent = completed(m_changes.head().values, m_configuration);
+    const Configuration sent = completed(m_changes.head().values, m_changed);
     m_manager->changeConfiguration(sent,
                                    [this, sent](const Error &error) { finishChange(sent, error); });
 }
@@ -123,9 +126,9 @@ void SharedConfiguration::finishChange(const Configuration &sent, const Error &e
 {
     m_isSending = false;
     const Change change = m_changes.dequeue();
-    // The service will announce it, but the next change may come before.
+    // The next change may be sent before this one is announced.
     for (auto entry = change.values.begin(); !error && entry != change.values.end(); ++entry)
-        m_configuration.set(entry.key(), sent.get(entry.key()));
+        m_changed.set(entry.key(), sent.get(entry.key()));
     sendNext();
     change.callback(error);
 }

@@ -76,6 +76,8 @@ private:
 
     ConfigurationManager *m_manager = nullptr;
     Configuration m_configuration;
+    // With the changes that were accepted, but perhaps not announced yet.
+    Configuration m_changed;
     Error m_error;
     // The number of the last read; answers to others are out of date.
     int m_read = 0;

@@ -56,6 +56,11 @@ public:
         return expression.hasError() ? expression.error().description() : result.toString();
     }
 
+    QObject *object() const
+    {
+        return m_object.get();
+    }
+
     /*! \brief The log, which is empty then. */
     QString takeLog() const
     {

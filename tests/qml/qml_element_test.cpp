@@ -6,12 +6,28 @@
 #include "message_log.h"
 
 #include <ctime>
+#include <functional>
 
 using namespace Tarnvel::Testing;
 
 namespace {
 
 const QString prefix = QStringLiteral("org.brenvik.ManagedConfiguration.Error.");
+
+// A slot for the signals of an element.
+class Handler : public QObject
+{
+    Q_OBJECT
+
+public:
+    std::function<void()> run;
+
+public Q_SLOTS:
+    void handle()
+    {
+        run();
+    }
+};
 
 } // namespace
 
@@ -25,8 +41,11 @@ public:
 private Q_SLOTS:
     // The first, before anything has been read.
     void withoutNamesNothingIsReadUntilTheyAreSet();
+    void valuesAreAnObjectFromTheStart();
     void elementsOfAllEnginesShareOneRead();
     void handlersFindAllPropertiesUpToDate();
+    void aHandlerMayDeleteTheElement_data();
+    void aHandlerMayDeleteTheElement();
     void theChangedPathsAreNamed_data();
     void theChangedPathsAreNamed();
     void anAnnouncementOfTheSameContentChangesNothing();
@@ -58,13 +77,16 @@ void QmlElementTest::withoutNamesNothingIsReadUntilTheyAreSet()
     const QString name = QCoreApplication::organizationName();
     QCoreApplication::setOrganizationName({});
     Engine engine;
-    const Element element(engine, "({key: 1, nested: {a: 0}})");
+    // A change after the first failure waits for another read.
+    const Element element(engine, "({key: 1, nested: {a: 0}})",
+                          "property int failures: 0\n"
+                          "onStatusChanged: if (status === 2 && ++failures === 1)\n"
+                          "    change({key: 2}, error => log.push(status + error.message))");
     QCOMPARE(element.eval("status"), "0");
     TRY_COMPARE(element.eval("status"), "2");
     const QString error = "Internal The organization name or the application name is missing";
     QCOMPARE(element.eval("error.code + error.name + ' ' + error.message"), "\"1" + error + '"');
-    element.change("{key: 2}");
-    QCOMPARE(element.awaitLog(), "[\"" + error + "\"]");
+    QCOMPARE(element.awaitLog(), "[\"2" + error.section(' ', 1) + "\"]");
     QCOMPARE(m_service.calls().count(), 0);
 
     // Changes wait for the read, because they are completed from that.
@@ -87,6 +109,16 @@ void QmlElementTest::withoutNamesNothingIsReadUntilTheyAreSet()
     TRY_COMPARE(m_service.unanswered(), 3);
     m_service.replyTo(2, "()");
     QCOMPARE(element.awaitLog(), R"(["NoError "])");
+}
+
+void QmlElementTest::valuesAreAnObjectFromTheStart()
+{
+    Engine engine;
+    QQmlComponent component(&engine);
+    component.setData("import Tarnvel.ManagedConfiguration 1.0; ManagedConfiguration {}", QUrl());
+    const std::unique_ptr<QObject> element(component.beginCreate(engine.rootContext()));
+    QVERIFY(element->property("values").value<QJSValue>().isObject());
+    component.completeCreate();
 }
 
 void QmlElementTest::elementsOfAllEnginesShareOneRead()
@@ -126,6 +158,35 @@ void QmlElementTest::handlersFindAllPropertiesUpToDate()
     m_service.replyWith("({'key': <8>},)");
     element.eval("reload()");
     QCOMPARE(element.awaitLog(), R"(["status 8","error 81","values 8NoError","key"])");
+}
+
+void QmlElementTest::aHandlerMayDeleteTheElement_data()
+{
+    QTest::addColumn<QByteArray>("emitted");
+    for (const char *const emitted :
+         {SIGNAL(defaultsChanged()), SIGNAL(statusChanged()), SIGNAL(errorChanged()),
+          SIGNAL(valuesChanged()), SIGNAL(changed(QJSValue))})
+        QTest::newRow(emitted + 1) << QByteArray(emitted);
+}
+
+void QmlElementTest::aHandlerMayDeleteTheElement()
+{
+    QFETCH(const QByteArray, emitted);
+
+    Engine engine;
+    auto element = std::make_unique<Element>(engine);
+    QVERIFY(element->reload());
+    m_service.replyWithError(prefix + "Forbidden", "no");
+    QVERIFY(!element->reload());
+    Handler handler;
+    handler.run = [&element] { element.reset(); };
+    QVERIFY(connect(element->object(), emitted.constData(), &handler, SLOT(handle())));
+    m_service.replyWith("({'key': <9>},)");
+    if (emitted.contains("defaults"))
+        element->eval("(defaults = {}, 0)");
+    else
+        element->eval("reload()");
+    TRY_VERIFY(!element);
 }
 
 void QmlElementTest::theChangedPathsAreNamed_data()
@@ -224,6 +285,8 @@ void QmlElementTest::newDefaultsAreMergedAgain()
     // No value differs.
     QCOMPARE(element.eval("(defaults = {key: 1, n: {m: {}}, other: 2}, values.n)"), R"({"m":{}})");
     QCOMPARE(element.takeLog(), "[]");
+    QCOMPARE(element.eval("(defaults = [1], values)"), R"({"key":7})");
+    QCOMPARE(log.take().count(), 1);
 
     // As many levels as a configuration has, one more, and no end.
     const QString levels =
@@ -354,6 +417,7 @@ void QmlElementTest::aValueIsFoundByItsPath_data()
     row("without a default", "n/more", R"("x")", "");
     row("list without a default", "n/flags", "[true]", "");
     row("nowhere", "n/b", "", "does not contain the \"b\" key");
+    row("hidden", "hidden/a", "", "the defaults have no object for");
     row("no item", "n/list[2]", "", "[2]");
     row("of JavaScript", "n/toString", "", "\"toString\" key");
     row("length", "n/list/length", "", "length");
@@ -370,9 +434,9 @@ void QmlElementTest::aValueIsFoundByItsPath()
     QFETCH(const QString, warning);
 
     Engine engine;
-    const Element element(engine, "({key: 1, n: {a: 0, list: [1]}})");
-    m_service.replyWith(
-        "({'key': <7>, 'n': <{'list': <[5, 6]>, 'more': <'x'>, 'flags': <[true]>}>},)");
+    const Element element(engine, "({key: 1, hidden: 3, n: {a: 0, list: [1]}})");
+    m_service.replyWith("({'key': <7>, 'hidden': <{'a': <1>}>,"
+                        " 'n': <{'list': <[5, 6]>, 'more': <'x'>, 'flags': <[true]>}>},)");
     QVERIFY(element.reload());
     MessageLog log;
     QCOMPARE(element.eval("value('" + path + "')"), value);
@@ -394,6 +458,8 @@ void QmlElementTest::aChangeWaitsForTheOneBefore()
     TRY_COMPARE(m_service.unanswered(), 1);
     m_service.replyTo(0, "()");
     QCOMPARE(element.awaitLog(), R"(["NoError "])");
+    // It has not been announced.
+    QCOMPARE(element.eval("(defaults = {}, values.n)"), R"({"a":1,"b":2,"c":3})");
     TRY_COMPARE(m_service.unanswered(), 2);
     m_service.replyWithError(prefix + "Forbidden", "no");
     m_service.stop();
@@ -420,7 +486,8 @@ void QmlElementTest::anErrorOfAChangeIsLoggedWithoutACallback()
     element.eval("change({key: 1}, error => log.push(error.name))");
     QCOMPARE(element.awaitLog(), R"(["Forbidden"])");
     const QString warning = "<Unknown File>:2:1: QML ManagedConfiguration: ";
-    QCOMPARE(log.take(), QStringList({warning + "Forbidden: no", warning + "Error: oops"}));
+    // The script is in no file.
+    QCOMPARE(log.take(), QStringList({warning + "Forbidden: no", warning + ":0: Error: oops"}));
 }
 
 void QmlElementTest::aCallbackIsNotCalledAfterItsElementOrEngine_data()

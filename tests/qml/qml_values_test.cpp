@@ -274,6 +274,8 @@ void QmlValuesTest::aChangeIsRefusedAtItsPath_data()
                                     "Infinity",
                                     "1e300",
                                     "-2147483649",
+                                    "'x\\0'",
+                                    "['\\ud800']",
                                     "() => 1",
                                     "new Date()",
                                     "/x/",
@@ -302,6 +304,8 @@ void QmlValuesTest::aChangeIsRefusedAtItsPath_data()
                                << "b/d";
     QTest::newRow("in itself") << "(function() { const o = {}; o.a = o; o.b = o; return o })()"
                                << QString("/a").repeated(21).mid(1);
+    QTest::newRow("invalid key") << R"({a: 1, 'b\0': 1})"
+                                 << R"(b\u0000)";
     QTest::newRow("throws") << "Object.defineProperty({}, 'a', {get: () => { throw 1 }})"
                             << "a";
     for (const char *const change : {"undefined", "null", "[1]", "7", "'x'", "managed"})
