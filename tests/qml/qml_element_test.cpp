@@ -148,6 +148,7 @@ void QmlElementTest::handlersFindAllPropertiesUpToDate()
     const Element element(engine, "({key: 1})",
                           "onStatusChanged: if (status > 0) log.push('status ' + values.key)\n"
                           "onErrorChanged: log.push('error ' + values.key + status)\n"
+                          "onDefaultsChanged: log.push('defaults ' + values.key)\n"
                           "onValuesChanged: log.push('values ' + values.key + error.name)");
     QVERIFY(element.reload());
     announce("{'key': <9>}");
@@ -158,6 +159,8 @@ void QmlElementTest::handlersFindAllPropertiesUpToDate()
     m_service.replyWith("({'key': <8>},)");
     element.eval("reload()");
     QCOMPARE(element.awaitLog(), R"(["status 8","error 81","values 8NoError","key"])");
+    element.eval("(defaults = {key: 1, more: 2}, 0)");
+    QCOMPARE(element.takeLog(), R"(["defaults 8","values 8NoError","more"])");
 }
 
 void QmlElementTest::aHandlerMayDeleteTheElement_data()
