@@ -11,6 +11,9 @@
 #include <QtCore/QJsonObject>
 #include <QtCore/QUrl>
 
+#include <algorithm>
+#include <iterator>
+
 using namespace Tarnvel::Testing;
 
 namespace {
@@ -49,14 +52,23 @@ private Q_SLOTS:
     void aChangeIsRefusedAtItsPath();
 
 private:
+    static QVector<Row> rowsBelow(const QString &header)
+    {
+        QVector<Row> rows;
+        const QVector<Row> all = rowsOf("values.md");
+        std::copy_if(all.begin(), all.end(), std::back_inserter(rows),
+                     [&header](const Row &row) { return row.header == header; });
+        if (rows.isEmpty())
+            qFatal("values.md has no table %s", qUtf8Printable(header));
+        return rows;
+    }
+
     static void addRows(const QString &header)
     {
         QTest::addColumn<QStringList>("cells");
-        const QVector<Row> rows = rowsOf("values.md");
-        for (const Row &row : rows) {
-            if (row.header == header)
-                QTest::newRow(qUtf8Printable(row.line)) << row.cells();
-        }
+        const QVector<Row> rows = rowsBelow(header);
+        for (const Row &row : rows)
+            QTest::newRow(qUtf8Printable(row.line)) << row.cells();
     }
 
     // An element that has read \a kept.
@@ -263,12 +275,9 @@ void QmlValuesTest::aChangeIsRefusedAtItsPath_data()
     QTest::addColumn<QString>("change");
     QTest::addColumn<QString>("path");
 
-    const QVector<Row> rows = rowsOf("values.md");
-    for (const Row &row : rows) {
-        if (row.header == "| in JSON | why it is refused |")
-            QTest::newRow(qUtf8Printable(row.line))
-                << "{a: " + row.cells().constFirst() + '}' << "a";
-    }
+    const QVector<Row> rows = rowsBelow("| in JSON | why it is refused |");
+    for (const Row &row : rows)
+        QTest::newRow(qUtf8Printable(row.line)) << "{a: " + row.cells().constFirst() + '}' << "a";
     const QString values =
         R"(undefined | NaN | Infinity | 1e300 | -2147483649 | 'x\0' | ['\ud800'] | () => 1 |
         new Date() | /x/ | new Map() | Symbol('x') | [Symbol('x')] | [1, undefined] | [1,,2] |
