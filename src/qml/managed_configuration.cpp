@@ -41,9 +41,10 @@ QJSValue ManagedConfiguration::defaults() const
 
 void ManagedConfiguration::setDefaults(const QJSValue &defaults)
 {
-    if (!isPlainObject(defaults))
+    const bool isObject = isPlainObject(defaults);
+    if (!isObject)
         qmlWarning(this) << "defaults must be an object: put its braces into parentheses";
-    m_defaults = isPlainObject(defaults) ? defaults : QJSValue();
+    m_defaults = isObject ? defaults : QJSValue();
     update(true);
 }
 
